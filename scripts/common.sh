@@ -1,0 +1,50 @@
+# Sourced by ./run, ./test and the scripts beside this one: packages, configuring, building.
+# shellcheck shell=bash
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root" || exit 1
+
+say() { printf '\033[1m%s\033[0m\n' "$*" >&2; }
+
+# need_packages PACKAGE... - installs those that are missing; on a system without apt it names them and stops.
+need_packages() {
+    local missing=() package
+    if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+        local stamp=build/packages-by-hand
+        [ -e "$stamp" ] && return
+        echo "This system has no apt. Install what Debian calls" >&2
+        echo "    $*" >&2
+        echo "by its own means, then 'mkdir -p build && touch $stamp' and call this again." >&2
+        exit 69
+    fi
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    say "Installing ${missing[*]}"
+    local as_root=()
+    if [ "$(id -u)" != 0 ]; then
+        command -v sudo >/dev/null || { echo "To install them, become root or install sudo." >&2; exit 77; }
+        as_root=(sudo)
+    fi
+    local install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq
+        --no-install-recommends -o Dpkg::Use-Pty=0 "${missing[@]}")
+    "${install[@]}" >/dev/null 2>&1 && return
+    "${as_root[@]}" apt-get update -qq
+    "${install[@]}" >/dev/null
+}
+
+# build PRESET [cmake --build option...] - configures where that was not done yet, and builds.
+build() {
+    local preset=$1 log
+    shift
+    if [ ! -f "build/$preset/build.ninja" ]; then
+        say "Configuring $preset"
+        log=$(cmake --preset "$preset" 2>&1) || { echo "$log" >&2; exit 1; }
+    fi
+    cmake --build --preset "$preset" "$@" >&2
+}
+
+packages_build=(cmake g++ ninja-build libcli11-dev nlohmann-json3-dev)
+packages_test=(libgtest-dev)
+packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
