@@ -38,7 +38,7 @@ using HidHandle = std::intptr_t;
 
 struct OpenAnswer {
     OpenOutcome outcome = OpenOutcome::failed;
-    std::optional<HidIdentity> identity;  ///< where it is known
+    std::optional<HidIdentity> identity;  ///< where it is known, and always with `opened`
     HidHandle handle = -1;                ///< with `opened` only: the caller's, to be given back with Close
 };
 

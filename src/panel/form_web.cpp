@@ -1,0 +1,218 @@
+#include "panel/form_web.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "panel/load_message.h"
+#include "panel/message_table.h"
+#include "programme/blanks.h"
+#include "protocol/operation_context.h"
+#include "usb/gestione_hid.h"
+
+namespace vento {
+namespace {
+
+constexpr std::int16_t kProgramIndex = 0;
+constexpr std::int16_t kCancelIndex = 3;
+constexpr std::int16_t kSendRIndex = 6;
+constexpr std::int16_t kSendQIndex = 8;
+constexpr std::int16_t kSecondEntryIndex = 10;
+
+constexpr std::string_view kDialogTitle = "Seleziona il file da aprire";
+constexpr std::string_view kDialogFilter = "File VENTO (*.qlb)|VENTO*.qlb|";
+
+// Leaves whatever runs when a handler, in a turn of the event loop, has ended the program.
+struct ProgramEnded {};
+
+// The record of a view: only its first item counts, and only if there is more to it than blanks.
+ProgrammeRecord RecordOf(const ListView& view) {
+    if (view.Items().empty()) return {};
+    const std::string_view text = TrimBlanks(view.Items().front());
+    return {std::string(text), !text.empty()};
+}
+
+std::string_view MissingTransmitterText(platform::Tongue tongue) {
+    return tongue == platform::Tongue::italian ? "Programmatore non collegato" : "Transmitter not connected";
+}
+
+}  // namespace
+
+Button& FormWeb::Command6(int index) {
+    switch (index) {
+        case kProgramIndex:
+            return command6_[0];
+        case kCancelIndex:
+            return command6_[1];
+        case kSecondEntryIndex:
+            return command6_[2];
+        default:
+            throw std::out_of_range("Command6 has no member " + std::to_string(index));
+    }
+}
+
+platform::Tongue FormWeb::Tongue() const {
+    return TongueOf(Language);
+}
+
+void FormWeb::Form_Load(std::string_view commandLine) {
+    Label2.SetCaption(commandLine);
+    if (!commandLine.empty()) {
+        std::string path(commandLine);
+        std::erase(path, '"');
+        Label2.SetCaption(path);
+        Aprifilevento(path);
+    }
+    Language = machine_.desktop.LanguageAbbreviation().value_or("ENG");
+    Command6(kProgramIndex).SetCaption(TextOf(PanelText::programCaption, Tongue()));
+    Command4.SetCaption(TextOf(PanelText::openCaption, Tongue()));
+    Command2.SetCaption(TextOf(PanelText::readCaption, Tongue()));
+    Command3.SetCaption(TextOf(PanelText::closeCaption, Tongue()));
+    Label1.SetCaption("");
+    ProgressBar1.SetVisible(false);
+    CentreForm(Place, machine_.desktop.ScreenSize());
+}
+
+void FormWeb::Form_Unload() {
+    End();
+}
+
+void FormWeb::Command3_Click() {
+    End();
+}
+
+void FormWeb::End() {
+    if (ended_) return;
+    machine_.files.Delete(Label2.Caption());
+    ended_ = true;
+    machine_.desktop.EndProgram();
+}
+
+// A handler that would start something: not while another one is at it. Whatever ends the program at one of
+// its yields lands here.
+template <class Body>
+void FormWeb::Begin(Body body) {
+    if (busy_ || ended_) return;
+    struct Guard {
+        bool& busy;
+        explicit Guard(bool& flag) : busy(flag) { busy = true; }
+        Guard(const Guard&) = delete;
+        Guard& operator=(const Guard&) = delete;
+        Guard(Guard&&) = delete;
+        Guard& operator=(Guard&&) = delete;
+        ~Guard() { busy = false; }
+    };
+    const Guard guard(busy_);
+    try {
+        body();
+    } catch (const ProgramEnded&) {
+        return;
+    }
+}
+
+void FormWeb::Command2_Click() {
+    Begin([this] {
+        latestOutcome_.reset();
+        Command6(kProgramIndex).SetEnabled(false);
+        std::int32_t vendorId = 0;
+        std::int32_t productId = 0;
+        if (FindTransmitter(vendorId, productId)) {
+            Operate(kReadOperation, {}, LinkTimingFor(vendorId), vendorId, productId);
+        }
+        Command6(kProgramIndex).SetEnabled(true);
+    });
+}
+
+void FormWeb::Command4_Click() {
+    Begin([this] {
+        if (const auto path = machine_.desktop.ChooseFile(kDialogTitle, kDialogFilter)) OpenAndTell(*path);
+    });
+}
+
+void FormWeb::DropFile(const std::string& path) {
+    Begin([&] { OpenAndTell(path); });
+}
+
+void FormWeb::OpenAndTell(const std::string& path) {
+    if (path.empty()) return;
+    const LoadResult load = Aprifilevento(path);
+    if (load.problem) machine_.desktop.ShowMessage(DescribeLoadProblem(*load.problem, Tongue()), path);
+}
+
+void FormWeb::Command6_Click(std::int16_t index) {
+    // The cancel flag may be set on top of a running operation: that is what it is for.
+    if (index != kCancelIndex) {
+        Begin([&] { Act(index); });
+    } else if (!ended_) {
+        Act(index);
+    }
+}
+
+void FormWeb::Act(std::int16_t index) {
+    if (index != kCancelIndex) latestOutcome_.reset();
+    Label1.SetVisible(true);
+    Command6(kProgramIndex).SetEnabled(false);
+    Programme programme;
+    if (index == kProgramIndex || index == kSecondEntryIndex) programme = GatherProgramme();
+    Command6(kProgramIndex).SetEnabled(true);
+    std::int32_t vendorId = 0;
+    std::int32_t productId = 0;
+    if (!FindTransmitter(vendorId, productId)) return;
+    const LinkTimingSet& timing = LinkTimingFor(vendorId);
+    switch (index) {
+        case kProgramIndex:
+            Operate(kProgramOperation, programme, timing, vendorId, productId);
+            break;
+        case kCancelIndex:
+            Command6(kCancelIndex).SetTag(kTagTrue);
+            break;
+        case kSendRIndex:
+            SendFrameR(machine_.hid, timing, vendorId, productId);
+            break;
+        case kSendQIndex:
+            SendFrameQ(machine_.hid, vendorId, productId);
+            break;
+        default:
+            break;
+    }
+}
+
+// Looks for the transmitter and tells the operator if there is none, or none that may be opened.
+bool FormWeb::FindTransmitter(std::int32_t& vendorId, std::int32_t& productId) {
+    const TransmitterSearch search = LocateTransmitter(machine_.hid, vendorId, productId);
+    if (search.found) return true;
+    machine_.desktop.ShowMessage(MissingTransmitterText(Tongue()),
+                                 DescribeObstacle(machine_.hid, search.obstacle, Tongue()));
+    return false;
+}
+
+Programme FormWeb::GatherProgramme() const {
+    Programme programme;
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        programme.LabelRecords[c] = RecordOf(ListView1[c]);
+        programme.ListARecords[c] = RecordOf(ListView2[c]);
+        programme.ListBRecords[c] = RecordOf(ListView3[c]);
+    }
+    return programme;
+}
+
+void FormWeb::Operate(std::int16_t operation, const Programme& programme, const LinkTimingSet& timing,
+                      std::int32_t& vendorId, std::int32_t& productId) {
+    const auto yield = [this] {
+        machine_.desktop.Yield();
+        if (ended_) throw ProgramEnded{};
+    };
+    latestOutcome_ = RunOperation(operation, programme, {Label1, Command6(kCancelIndex), ProgressBar1, Text1},
+                                  timing, vendorId, productId, machine_, Tongue(), yield);
+    Label1.SetCaption(latestOutcome_->message);
+}
+
+void FormWeb::Cancel() {
+    if (!ended_ && Command6(kCancelIndex).Enabled()) Command6(kCancelIndex).SetTag(kTagTrue);
+}
+
+LoadResult FormWeb::Aprifilevento(const std::string& nnfilevento) {
+    return vento::Aprifilevento(nnfilevento, machine_.files,
+                                {ListView1, ListView2, ListView3, Label2, Command6(kProgramIndex)});
+}
+
+}  // namespace vento

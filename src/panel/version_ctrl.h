@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/desktop.h"
+
+namespace vento {
+
+/// Where a form stands and how large it is, in twips.
+struct FormPlace {
+    int left = 0;
+    int top = 0;
+    int width = 0;
+    int height = 0;
+};
+
+/// Module `VersionCtrl`: puts a form into the middle of the screen. Each half is taken as a whole number by
+/// itself.
+void CentreForm(FormPlace& form, platform::TwipSize screen);
+
+}  // namespace vento
