@@ -1,0 +1,168 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "panel/form_web.h"
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/files.h"
+#include "platform/hid_host.h"
+
+/// Machines of the tests: what the logic asks for is answered from plain members, and what it does is kept.
+namespace vento::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+class FakeClock : public platform::Clock {
+  public:
+    Duration now{};
+
+    Duration Now() override { return now; }
+    void Sleep(Duration duration) override { now += duration; }
+};
+
+class FakeDesktop : public platform::Desktop {
+  public:
+    std::function<void(int)> onYield;  // gets the number of the yield, from 1
+    int yields = 0;
+    std::vector<std::pair<std::string, std::string>> messages;
+    std::deque<std::optional<std::string>> choices;  // of the file dialog, in order
+    std::pair<std::string, std::string> dialog;      // title and filter that it was shown with
+    std::optional<std::string> language = "ENG";
+    std::string activeForm = "FormWeb";
+    int ends = 0;
+
+    void Yield() override {
+        ++yields;
+        if (onYield) onYield(yields);
+    }
+    void ShowMessage(std::string_view text, std::string_view detail) override {
+        messages.emplace_back(text, detail);
+    }
+    std::optional<std::string> ChooseFile(std::string_view title, std::string_view filter) override {
+        dialog = {std::string(title), std::string(filter)};
+        auto choice = choices.front();
+        choices.pop_front();
+        return choice;
+    }
+    std::string ActiveFormName() const override { return activeForm; }
+    platform::TwipSize ScreenSize() const override { return {28801, 16201}; }
+    std::optional<std::string> LanguageAbbreviation() override { return language; }
+    void EndProgram() override { ++ends; }
+};
+
+class FakeFiles : public platform::Files {
+  public:
+    std::map<std::string, std::string> contents;
+    std::vector<std::string> deleted;
+    std::string section;                      // lines, each ended by a NUL
+    std::vector<std::size_t> sectionBuffers;  // sizes that were asked with
+    std::string sectionFile;
+
+    std::string ReadAll(const std::string& path) override {
+        const auto found = contents.find(path);
+        if (found == contents.end()) throw platform::FileError("No such file or directory");
+        return found->second;
+    }
+    void Delete(const std::string& path) override { deleted.push_back(path); }
+    std::filesystem::path ProgramFolder() override { return "/opt/vento"; }
+    std::size_t ReadSection(std::string_view name, std::span<char> buffer,
+                            const std::filesystem::path& file) override {
+        sectionBuffers.push_back(buffer.size());
+        sectionFile = file.generic_string() + "[" + std::string(name) + "]";
+        const bool fits = section.size() + 1 <= buffer.size();
+        const std::size_t count = fits ? section.size() : buffer.size() - 2;
+        std::copy_n(section.begin(), count, buffer.begin());
+        std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(count), buffer.end(), '\0');
+        return fits ? count : buffer.size() - 2;
+    }
+};
+
+/// HID interfaces whose transmitter answers by a function from frame to input payload. Keeps what crossed the
+/// link.
+class ScriptedHidHost : public platform::HidHost {
+  public:
+    struct Interface {
+        platform::HidIdentity identity;
+        platform::OpenOutcome outcome = platform::OpenOutcome::opened;
+    };
+    std::vector<Interface> interfaces{{{1240, 63}}};
+    /// The input payloads for what was written since the open; none to let the read fail.
+    std::function<std::deque<Bytes>(const Bytes& written)> answer;
+    std::function<void(int cycle)> onSearch;  // may change the interfaces
+    std::optional<std::size_t> failingWrite;  // in a cycle, from 0
+    int cycles = 0;
+    int openHandles = 0;
+    int opens = 0;
+    std::vector<platform::Report> reports;  // all that were written
+    std::vector<Bytes> frames;              // payloads of each cycle that wrote, joined
+    std::vector<std::string> calls;         // "write", "read", "cancel", "close" of the latest cycle
+    int reads = 0;
+
+    void BeginSearch() override {
+        ++cycles;
+        calls.clear();
+        if (onSearch) onSearch(cycles);
+        current_ = 0;
+    }
+    bool NextInterface() override { return ++current_ <= interfaces.size(); }
+    std::string InterfaceName() const override { return "interface " + std::to_string(current_); }
+    platform::OpenAnswer OpenInterface(bool (*wanted)(platform::HidIdentity)) override {
+        const Interface& interface = interfaces[current_ - 1];
+        if (!wanted(interface.identity)) return {platform::OpenOutcome::foreign, interface.identity, -1};
+        if (interface.outcome != platform::OpenOutcome::opened) {
+            return {interface.outcome, interface.identity, -1};
+        }
+        ++openHandles;
+        ++opens;
+        written_.clear();
+        answers_.reset();
+        return {platform::OpenOutcome::opened, interface.identity, 7};
+    }
+    void EndSearch() override {}
+    bool WriteReport(platform::HidHandle, const platform::Report& report) override {
+        calls.emplace_back("write");
+        if (failingWrite == written_.size() / platform::kReportPayload) return false;
+        reports.push_back(report);
+        if (written_.empty()) frames.emplace_back();
+        written_.insert(written_.end(), report.begin() + 1, report.end());
+        frames.back() = written_;
+        return true;
+    }
+    bool ReadReport(platform::HidHandle, platform::Report& report) override {
+        calls.emplace_back("read");
+        ++reads;
+        if (!answers_) answers_ = answer ? answer(written_) : std::deque<Bytes>{};
+        if (answers_->empty()) return false;
+        report.fill(0);
+        std::ranges::copy(answers_->front(), report.begin() + 1);
+        answers_->pop_front();
+        return true;
+    }
+    void Cancel(platform::HidHandle) override { calls.emplace_back("cancel"); }
+    void Close(platform::HidHandle) override {
+        calls.emplace_back("close");
+        --openHandles;
+    }
+    std::string Advice(platform::OpenOutcome, platform::Tongue tongue) const override {
+        return tongue == platform::Tongue::italian ? "consiglio" : "advice";
+    }
+
+  private:
+    std::size_t current_ = 0;
+    Bytes written_;
+    std::optional<std::deque<Bytes>> answers_;
+};
+
+}  // namespace vento::test
