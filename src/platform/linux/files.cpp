@@ -1,0 +1,78 @@
+#include "platform/linux/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "platform/linux/file_descriptor.h"
+#include "platform/linux/profile_section.h"
+
+namespace vento::platform {
+namespace {
+
+[[noreturn]] void ThrowReason(int error) {
+    throw FileError(std::generic_category().message(error));
+}
+
+/// A name with a NUL in it would reach the system cut short, as the name of another file.
+bool IsWhole(const std::string& path) {
+    return path.find('\0') == std::string::npos;
+}
+
+std::string ReadToEnd(int file) {
+    std::string bytes;
+    std::array<char, 65536> piece{};
+    for (;;) {
+        const ssize_t count = ::read(file, piece.data(), piece.size());
+        if (count > 0) {
+            bytes.append(piece.data(), static_cast<std::size_t>(count));
+        } else if (count == 0) {
+            return bytes;
+        } else if (errno != EINTR) {
+            ThrowReason(errno);
+        }
+    }
+}
+
+}  // namespace
+
+std::string LinuxFiles::ReadAll(const std::string& path) {
+    if (!IsWhole(path)) ThrowReason(ENOENT);
+    // Without O_NONBLOCK a pipe that nobody writes to would hold the program up before it could be told
+    // apart.
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file.IsOpen()) ThrowReason(errno);
+    struct stat status {};
+    if (::fstat(file.Number(), &status) != 0) ThrowReason(errno);
+    if (S_ISDIR(status.st_mode)) ThrowReason(EISDIR);
+    if (!S_ISREG(status.st_mode)) throw FileError("Not a regular file");
+    return ReadToEnd(file.Number());
+}
+
+void LinuxFiles::Delete(const std::string& path) {
+    struct stat status {};
+    if (!IsWhole(path) || ::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+    ::unlink(path.c_str());
+}
+
+std::filesystem::path LinuxFiles::ProgramFolder() {
+    std::error_code unknown;
+    return std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path();
+}
+
+std::size_t LinuxFiles::ReadSection(std::string_view section, std::span<char> buffer,
+                                    const std::filesystem::path& file) {
+    std::string text;
+    try {
+        text = ReadAll(file.string());
+    } catch (const FileError&) {
+        // A settings file that is not there has no lines, and neither has one that can't be read.
+    }
+    return CopySection(section, buffer, text);
+}
+
+}  // namespace vento::platform
