@@ -1,0 +1,110 @@
+#include "simulator/json_node.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "simulator/scenario_error.h"
+
+namespace vento::simulator {
+
+namespace {
+
+constexpr std::size_t kShownCharacters = 60;
+
+/// A value as an error shows it: as JSON in ASCII, cut off where it grows long.
+std::string Shown(const nlohmann::json& value) {
+    if (value.is_array()) return "a list of " + std::to_string(value.size());
+    if (value.is_object()) return "an object";
+    std::string text = value.dump(-1, ' ', true);
+    if (text.size() > kShownCharacters) text = text.substr(0, kShownCharacters) + "...";
+    return text;
+}
+
+std::string Joined(std::span<const std::string_view> words) {
+    std::string text;
+    for (const std::string_view word : words)
+        text.append(text.empty() ? "" : ", ").append(word);
+    return text;
+}
+
+}  // namespace
+
+void JsonNode::Refuse(std::string_view expected) const {
+    std::string text = path_.empty() ? "the whole" : path_;
+    text.append(": expected ").append(expected).append(", found ");
+    text.append(value_ == nullptr ? "nothing" : Shown(*value_));
+    throw ScenarioError(text);
+}
+
+bool JsonNode::IsNull() const {
+    return value_ != nullptr && value_->is_null();
+}
+
+bool JsonNode::IsList() const {
+    return value_ != nullptr && value_->is_array();
+}
+
+bool JsonNode::IsObject() const {
+    return value_ != nullptr && value_->is_object();
+}
+
+std::vector<std::string> JsonNode::Keys() const {
+    if (!IsObject()) Refuse("an object");
+    std::vector<std::string> keys;
+    for (const auto& member : value_->items())
+        keys.push_back(member.key());
+    return keys;
+}
+
+void JsonNode::AllowKeys(std::span<const std::string_view> keys) const {
+    for (const std::string& key : Keys()) {
+        if (std::ranges::find(keys, key) != keys.end()) continue;
+        At(key).Refuse("no other key than " + Joined(keys));
+    }
+}
+
+JsonNode JsonNode::At(std::string_view key) const {
+    if (!IsObject()) Refuse("an object");
+    std::string path = path_.empty() ? std::string(key) : path_ + "." + std::string(key);
+    const auto found = value_->find(key);
+    return {found == value_->end() ? nullptr : &*found, std::move(path)};
+}
+
+std::size_t JsonNode::Count(std::size_t most, std::string_view items) const {
+    if (!IsList() || value_->size() > most) {
+        Refuse("a list of " + std::to_string(most) + " " + std::string(items) + " at the most");
+    }
+    return value_->size();
+}
+
+JsonNode JsonNode::Item(std::size_t index) const {
+    return {&value_->at(index), path_ + "[" + std::to_string(index) + "]"};
+}
+
+bool JsonNode::Boolean() const {
+    if (value_ == nullptr || !value_->is_boolean()) Refuse("true or false");
+    return value_->get<bool>();
+}
+
+const std::string& JsonNode::Text() const {
+    if (value_ == nullptr || !value_->is_string()) Refuse("a text");
+    return value_->get_ref<const std::string&>();
+}
+
+std::size_t JsonNode::Choice(std::span<const std::string_view> choices) const {
+    if (value_ != nullptr && value_->is_string()) {
+        const auto found = std::ranges::find(choices, std::string_view(Text()));
+        if (found != choices.end()) return static_cast<std::size_t>(found - choices.begin());
+    }
+    Refuse("one of " + Joined(choices));
+}
+
+std::uint64_t JsonNode::Number(std::uint64_t least, std::uint64_t most) const {
+    if (value_ != nullptr && value_->is_number_unsigned()) {
+        const auto number = value_->get<std::uint64_t>();
+        if (number >= least && number <= most) return number;
+    }
+    Refuse("a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+}  // namespace vento::simulator

@@ -1,0 +1,81 @@
+#include "simulator/text_file.h"
+
+#include <cerrno>
+#include <fstream>
+#include <random>
+#include <system_error>
+
+#include "platform/files.h"
+#include "simulator/scenario_error.h"
+
+namespace vento::simulator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The error that the last failed file operation left behind.
+[[noreturn]] void ThrowLastError() {
+    const int error = errno != 0 ? errno : EIO;
+    throw platform::FileError(std::generic_category().message(error));
+}
+
+/// A name beside `file` that no other process will choose.
+fs::path NameBeside(const fs::path& file) {
+    std::random_device random;
+    fs::path name = file;
+    name += "." + std::to_string(random()) + ".new";
+    return name;
+}
+
+void WriteWhole(const fs::path& file, std::string_view text) {
+    errno = 0;
+    std::ofstream stream(file, std::ios::binary);
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    stream.close();
+    if (!stream) ThrowLastError();
+}
+
+}  // namespace
+
+std::string ReadText(const fs::path& file) {
+    errno = 0;
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) ThrowLastError();
+    std::string text(kLargestText + 1, '\0');
+    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+    if (stream.bad()) ThrowLastError();
+    text.resize(static_cast<std::size_t>(stream.gcount()));
+    if (text.size() > kLargestText) {
+        throw ScenarioError("expected a text of " + std::to_string(kLargestText) + " bytes at the most");
+    }
+    return text;
+}
+
+void ReplaceText(const fs::path& file, std::string_view text) {
+    try {
+        const fs::path target = fs::weakly_canonical(file);
+        const fs::path fresh = NameBeside(target);
+        try {
+            WriteWhole(fresh, text);
+            fs::rename(fresh, target);
+        } catch (...) {
+            std::error_code ignored;
+            fs::remove(fresh, ignored);
+            throw;
+        }
+    } catch (const fs::filesystem_error& error) {
+        throw platform::FileError(error.code().message());
+    }
+}
+
+std::string Utf8(const fs::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+fs::path PathFromUtf8(std::string_view text) {
+    return std::u8string(text.begin(), text.end());
+}
+
+}  // namespace vento::simulator

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "simulator/json_node.h"
+#include "simulator/remote.h"
+
+namespace vento::simulator {
+
+/// Which words a `memory` in JSON may hold.
+enum class WordForm : std::uint8_t {
+    firstByte,  ///< its first byte, the second being 52
+    anyWord,    ///< that, or a list of both bytes
+};
+
+/// Reads an object of lists of words, each under the decimal offset of its first. Throws ScenarioError.
+[[nodiscard]] WordRuns ReadWordRuns(const JsonNode& node, WordForm form);
+
+[[nodiscard]] std::string WriteWordRuns(const WordRuns& runs);
+
+}  // namespace vento::simulator
