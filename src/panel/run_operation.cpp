@@ -50,7 +50,7 @@ SequenceResult Converse(std::int16_t operation, const Programme& programme, cons
     }
     const OperationContext context{controls.statusLabel, controls.cancelControl,
                                    TextOf(PanelText::waitingForRemote, tongue), machine.clock, yield};
-    Link link{machine.hid, timing.linkFactor, vendorId, productId, 0, {}};
+    Link link{machine.hid, timing.linkFactor, vendorId, productId};
     SequenceResult result = RunSequence(operation, programme, controls, context, link, reading);
     vendorId = link.vendorId;
     productId = link.productId;

@@ -23,7 +23,7 @@ struct Link {
     std::int32_t productId = 0;
 
     std::uint64_t reportsRead = 0;  ///< over this link so far
-    Exchange latest;                ///< how the latest exchange went
+    Exchange latest{};              ///< how the latest exchange went
 };
 
 /// `ExchangeReports` over a link, noting how it went. `reply` is zeroed first.

@@ -94,10 +94,10 @@ class FakeFiles : public platform::Files {
 class ScriptedHidHost : public platform::HidHost {
   public:
     struct Interface {
-        platform::HidIdentity identity;
+        platform::HidIdentity identity{1240, 63};
         platform::OpenOutcome outcome = platform::OpenOutcome::opened;
     };
-    std::vector<Interface> interfaces{{{1240, 63}}};
+    std::vector<Interface> interfaces = std::vector<Interface>(1);
     /// The input payloads for what was written since the open; none to let the read fail.
     std::function<std::deque<Bytes>(const Bytes& written)> answer;
     std::function<void(int cycle)> onSearch;  // may change the interfaces
