@@ -25,7 +25,7 @@ struct Unplugged {
     UnplugMoment when = UnplugMoment::open;
     /// After this time it is back. Without, its absence ends with the cycles of the fault where searches are
     /// counted, and never where opens are: an absent device is not opened.
-    std::optional<std::chrono::milliseconds> absence;
+    std::optional<std::chrono::milliseconds> absence{};
 };
 
 /// A transmitter is there, and does not let itself be opened.

@@ -116,56 +116,58 @@ std::size_t Remote::ExpectedSize(Awaiting awaiting) const {
 }
 
 bool Remote::TakeCommand(std::uint8_t command, Answer& answer) {
-    answer.Put(command);
     switch (command) {
         case kRelease:
-        case kPoll:
-            return true;
         case kCountSections:
-            answer.Put(static_cast<std::uint8_t>(sections_.size()));
-            return true;
         case kTellSections:
-            for (const std::uint16_t offset : sections_) {
-                answer.Put(static_cast<std::uint8_t>(offset & 255));
-                answer.Put(static_cast<std::uint8_t>(offset >> 8));
-            }
-            return true;
         case kTellVersion:
-            answer.Put(version_);
-            return true;
+        case kPoll:
+            break;
         case kWriteBlock:
             awaiting_ = Awaiting::blockHeader;
-            return true;
+            break;
         case kVerify:
             awaiting_ = Awaiting::verifyRange;
-            return true;
+            break;
         case kWriteFlags:
             awaiting_ = Awaiting::flagValue;
-            return true;
+            break;
         case kPrefix:
             awaiting_ = Awaiting::prefixedCommand;
-            return true;
+            break;
         default:
             return false;
+    }
+    answer.Put(command);
+    if (command == kCountSections) answer.Put(static_cast<std::uint8_t>(sections_.size()));
+    if (command == kTellSections) PutSections(answer);
+    if (command == kTellVersion) answer.Put(version_);
+    return true;
+}
+
+void Remote::PutSections(Answer& answer) const {
+    for (const std::uint16_t offset : sections_) {
+        answer.Put(static_cast<std::uint8_t>(offset & 255));
+        answer.Put(static_cast<std::uint8_t>(offset >> 8));
     }
 }
 
 bool Remote::TakePrefixedCommand(std::uint8_t command, Answer& answer) {
-    answer.Put(command);
     switch (command) {
         case kPrefixedRead:
             awaiting_ = Awaiting::readRange;
-            return true;
+            break;
         case kPrefixedActivate:
-            answer.Put(free_);
             awaiting_ = Awaiting::activation;
-            return true;
+            break;
         case kPrefixedTellFree:
-            answer.Put(free_);
-            return true;
+            break;
         default:
             return false;
     }
+    answer.Put(command);
+    if (command != kPrefixedRead) answer.Put(free_);
+    return true;
 }
 
 void Remote::TakeBlockHeader(std::span<const std::uint8_t> header) {

@@ -77,6 +77,7 @@ class Remote {
     [[nodiscard]] bool IsInReach(std::span<const std::uint8_t> sendBytes);
     [[nodiscard]] std::size_t ExpectedSize(Awaiting awaiting) const;
     [[nodiscard]] bool TakeCommand(std::uint8_t command, Answer& answer);
+    void PutSections(Answer& answer) const;
     [[nodiscard]] bool TakePrefixedCommand(std::uint8_t command, Answer& answer);
     void TakeBlockHeader(std::span<const std::uint8_t> header);
     void TakeBlockData(std::span<const std::uint8_t> data, Answer& answer);
