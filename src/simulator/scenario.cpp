@@ -158,8 +158,9 @@ Scenario ParseScenario(std::string_view text, const fs::path& folder) {
     if (const JsonNode node = root.At("remote"); node.IsThere()) scenario.remote = ReadRemote(node);
     ReadNumber(root, "reportMicroseconds", scenario.perReport, 0, kLongestReport);
     if (const JsonNode node = root.At("image"); node.IsThere()) {
-        if (node.Text().empty()) node.Refuse("the name of a file");
-        scenario.image = folder / PathFromUtf8(node.Text());
+        const std::string& name = node.Text();
+        if (name.empty() || name.find('\0') != std::string::npos) node.Refuse("the name of a file");
+        scenario.image = folder / PathFromUtf8(name);
     }
     if (const JsonNode node = root.At("faults"); node.IsThere()) scenario.faults = ReadFaults(node);
     return scenario;

@@ -39,16 +39,23 @@ void WriteWhole(const fs::path& file, std::string_view text) {
 }  // namespace
 
 std::string ReadText(const fs::path& file) {
+    std::error_code unknown;
+    // What is no regular file may never end, or hold the program up.
+    const fs::file_status status = fs::status(file, unknown);
+    if (fs::is_directory(status)) throw platform::FileError("Is a directory");
+    if (fs::is_other(status)) throw platform::FileError("Not a regular file");
     errno = 0;
     std::ifstream stream(file, std::ios::binary);
     if (!stream) ThrowLastError();
-    std::string text(kLargestText + 1, '\0');
+    const std::uintmax_t size = fs::file_size(file, unknown);
+    if (unknown) throw platform::FileError(unknown.message());
+    if (size > kLargestText) {
+        throw ScenarioError("expected a text of " + std::to_string(kLargestText) + " bytes at the most");
+    }
+    std::string text(static_cast<std::size_t>(size), '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     if (stream.bad()) ThrowLastError();
     text.resize(static_cast<std::size_t>(stream.gcount()));
-    if (text.size() > kLargestText) {
-        throw ScenarioError("expected a text of " + std::to_string(kLargestText) + " bytes at the most");
-    }
     return text;
 }
 

@@ -16,13 +16,13 @@
 #include <vector>
 
 #include "platform/linux/file_descriptor.h"
-#include "platform/scratch_folder.h"
+#include "support/scratch_folder.h"
 
 namespace vento::platform {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ScratchFolder;
+using test::ScratchFolder;
 
 bool IsTransmitter(HidIdentity identity) {
     return identity.vendorId == 0x2B11;

@@ -8,13 +8,13 @@
 
 #include "platform/linux/files.h"
 #include "platform/linux/language.h"
-#include "platform/scratch_folder.h"
+#include "support/scratch_folder.h"
 
 namespace vento::platform {
 namespace {
 
 using namespace std::string_literals;
-using testing::ScratchFolder;
+using test::ScratchFolder;
 
 TEST(LinuxFiles, ReadsEveryByteOfARegularFile) {
     const ScratchFolder folder;

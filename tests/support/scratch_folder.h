@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace vento::test {
+
+/// A folder of a test's own, which goes with it.
+class ScratchFolder {
+  public:
+    ScratchFolder()
+        : path_(std::filesystem::temp_directory_path() /
+                ("vento-" + std::to_string(std::random_device()()))) {
+        std::filesystem::create_directory(path_);
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ScratchFolder(ScratchFolder&&) = delete;
+    ScratchFolder& operator=(ScratchFolder&&) = delete;
+    ~ScratchFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    /// The path of what has this UTF-8 name.
+    [[nodiscard]] std::filesystem::path operator/(std::string_view name) const {
+        return path_ / std::u8string(name.begin(), name.end());
+    }
+
+    /// Returns the UTF-8 path of the file.
+    [[nodiscard]] std::string Write(std::string_view name, std::string_view content) const {
+        std::ofstream(*this / name, std::ios::binary) << content;
+        const std::u8string path = (*this / name).u8string();
+        return {path.begin(), path.end()};
+    }
+
+  private:
+    std::filesystem::path path_;
+};
+
+}  // namespace vento::test
