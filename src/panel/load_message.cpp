@@ -4,12 +4,20 @@ namespace vento {
 namespace {
 
 std::string Place(const LoadProblem& problem, bool italian) {
+    if (problem.line == 0) return {};
     const std::string line = std::to_string(problem.line);
     const std::string field = std::to_string(problem.field);
     return italian ? "Riga " + line + ", campo " + field + ": " : "Line " + line + ", field " + field + ": ";
 }
 
-std::string Reason(const LoadProblem& problem, bool italian) {
+}  // namespace
+
+std::string DescribeLoadProblem(const LoadProblem& problem, platform::Tongue tongue) {
+    return Place(problem, tongue == platform::Tongue::italian) + DescribeLoadReason(problem, tongue);
+}
+
+std::string DescribeLoadReason(const LoadProblem& problem, platform::Tongue tongue) {
+    const bool italian = tongue == platform::Tongue::italian;
     switch (problem.reason) {
         case LoadProblem::Reason::cannotOpen:
             return (italian ? "Impossibile aprire il file: " : "The file could not be opened: ") +
@@ -19,20 +27,13 @@ std::string Reason(const LoadProblem& problem, bool italian) {
         case LoadProblem::Reason::tooManyLines:
             return italian ? "Il file ha più di 32767 righe." : "The file has more than 32767 lines.";
         case LoadProblem::Reason::missingField:
-            return Place(problem, italian) +
-                   (italian ? "manca. Ogni riga deve avere almeno 5 campi separati da punto e virgola."
-                            : "missing. Each line needs at least 5 fields separated by semicolons.");
+            return italian ? "manca. Ogni riga deve avere almeno 5 campi separati da punto e virgola."
+                           : "missing. Each line needs at least 5 fields separated by semicolons.";
         case LoadProblem::Reason::badColumn:
-            return Place(problem, italian) + (italian ? "il numero della colonna deve essere 1, 2 o 3."
-                                                      : "the column number has to be 1, 2 or 3.");
+            return italian ? "il numero della colonna deve essere 1, 2 o 3."
+                           : "the column number has to be 1, 2 or 3.";
     }
     return {};
-}
-
-}  // namespace
-
-std::string DescribeLoadProblem(const LoadProblem& problem, platform::Tongue tongue) {
-    return Reason(problem, tongue == platform::Tongue::italian);
 }
 
 }  // namespace vento

@@ -1,7 +1,7 @@
 #include "protocol/read_back.h"
 
+#include <algorithm>
 #include <array>
-#include <span>
 
 #include "protocol/commands.h"
 #include "protocol/section_table.h"
@@ -9,21 +9,15 @@
 #include "protocol/wait_for_remote.h"
 
 namespace vento {
-namespace {
 
-constexpr std::size_t kNameLength = 8;
-
-// A character is stored with 128 added to its code. What can't be one reads as a blank.
 std::string DecodeName(std::span<const std::uint8_t> memory) {
     std::string name;
-    for (const std::uint8_t stored : memory) {
+    for (const std::uint8_t stored : memory.first(std::min(memory.size(), kNameLength))) {
         const int code = stored - 128;
         name.push_back(code > 31 && code < 127 ? static_cast<char>(code) : ' ');
     }
     return name;
 }
-
-}  // namespace
 
 RemoteVersion SplitVersion(std::uint8_t version) {
     return {static_cast<std::uint8_t>(version >> 6), static_cast<std::uint8_t>((version >> 4) & 3),

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "protocol/link.h"
@@ -17,6 +19,13 @@ struct RemoteVersion {
 };
 
 [[nodiscard]] RemoteVersion SplitVersion(std::uint8_t version);
+
+/// Bytes at the head of a section that hold its name.
+inline constexpr std::size_t kNameLength = 8;
+
+/// The name of the section whose memory begins with `memory`, eight bytes or what there is of them, as a
+/// read-back shows it: a character is stored with 128 added to its code, and what can't be one is a blank.
+[[nodiscard]] std::string DecodeName(std::span<const std::uint8_t> memory);
 
 /// Waits for the remote and reads its version and section flags. `version` stays as it was, and the result is
 /// success all the same, if the remote does not acknowledge the end of the conversation.

@@ -1,0 +1,170 @@
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "console/commands.h"
+#include "console/console_machine.h"
+#include "console/failure.h"
+#include "console/panel_report.h"
+#include "console/phrase.h"
+#include "console/text_layout.h"
+#include "panel/form_web.h"
+#include "panel/load_message.h"
+#include "programme/blanks.h"
+#include "protocol/code_lists.h"
+#include "protocol/read_back.h"
+#include "protocol/sections.h"
+
+namespace vento::console {
+namespace {
+
+using nlohmann::ordered_json;
+using platform::Tongue;
+
+constexpr std::size_t kListField = 2;  // where a line has its code list
+constexpr std::size_t kWidestPiece = 24;
+
+// A code list of the programme.
+struct CheckedList {
+    std::size_t column = 0;
+    char letter = 'A';
+    std::size_t line = 0;
+    ParsedCodeList list;
+};
+
+// Why the programme can't be used.
+struct Problem {
+    std::size_t line = 0;  // 0 where the whole file is meant
+    std::size_t field = 0;
+    std::string reason;
+};
+
+void Declare(CLI::App& command, Options& options) {
+    command.add_option("FILE", options.file, "The programme file")->required();
+}
+
+std::string ColumnName(std::size_t column) {
+    return std::string(TrimBlanks(kSections[column].SectionLabel));
+}
+
+void TakeList(const ListView& view, CheckedList place, std::vector<CheckedList>& lists) {
+    if (view.Items().empty()) return;
+    const std::string_view text = TrimBlanks(view.Items().front());
+    if (text.empty()) return;  // no list: a remote that would want it is refused, others are not
+    place.list = ParseCodeList(text);
+    lists.push_back(std::move(place));
+}
+
+std::vector<CheckedList> ListsOf(const FormWeb& form, const LoadResult& load) {
+    std::vector<CheckedList> lists;
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        TakeList(form.ListView2[c], {c, 'A', load.lines[c].listA, {}}, lists);
+        TakeList(form.ListView3[c], {c, 'B', load.lines[c].listB, {}}, lists);
+    }
+    return lists;
+}
+
+std::string DescribeBadPiece(const BadPiece& piece, Tongue tongue) {
+    return Phrase{"elemento ", "piece "}.In(tongue) + std::to_string(piece.place) + ": \"" +
+           Shorten(Printable(piece.text), kWidestPiece) + "\" " +
+           Phrase{"non è un numero da 0 a 255.", "is not a number from 0 to 255."}.In(tongue);
+}
+
+std::optional<Problem> ProblemOf(const LoadResult& load, const std::vector<CheckedList>& lists,
+                                 Tongue tongue) {
+    if (const auto& problem = load.problem) {
+        return Problem{problem->line, problem->field, DescribeLoadReason(*problem, tongue)};
+    }
+    for (const CheckedList& each : lists) {
+        if (each.list.bad) return Problem{each.line, kListField, DescribeBadPiece(*each.list.bad, tongue)};
+    }
+    return std::nullopt;
+}
+
+ordered_json ListFields(const std::vector<CheckedList>& lists) {
+    ordered_json fields = ordered_json::array();
+    for (const CheckedList& each : lists) {
+        fields.push_back({{"column", ColumnName(each.column)},
+                          {"list", std::string(1, each.letter)},
+                          {"bytes", each.list.bytes.size()},
+                          {"name", DecodeName(each.list.bytes)},
+                          {"valid", !each.list.bad}});
+    }
+    return fields;
+}
+
+ordered_json ProblemFields(const std::optional<Problem>& problem) {
+    if (!problem) return nullptr;
+    ordered_json fields = {{"line", nullptr}, {"field", nullptr}, {"reason", problem->reason}};
+    if (problem->line > 0) {
+        fields["line"] = problem->line;
+        fields["field"] = problem->field;
+    }
+    return fields;
+}
+
+// TV   Label
+//      A    312 bytes  NAME      line 1
+std::string DescribeList(const CheckedList& each, Tongue tongue) {
+    std::string text = "     " + std::string(1, each.letter) + "  ";
+    if (each.list.bad) return text + DescribeBadPiece(*each.list.bad, tongue) + "\n";
+    const std::string bytes = std::to_string(each.list.bytes.size());
+    text += std::string(bytes.size() < 5 ? 5 - bytes.size() : 0, ' ') + bytes;
+    text += Phrase{" byte  ", " bytes  "}.In(tongue) + Pad(DecodeName(each.list.bytes), kNameLength);
+    return text + Phrase{"  riga ", "  line "}.In(tongue) + std::to_string(each.line) + "\n";
+}
+
+std::string DescribeProgramme(const FormWeb& form, const std::vector<CheckedList>& lists, Tongue tongue) {
+    std::string text;
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        const auto& labels = form.ListView1[c].Items();
+        std::string own;
+        for (const CheckedList& each : lists) {
+            if (each.column == c) own += DescribeList(each, tongue);
+        }
+        if (labels.empty() && own.empty()) continue;
+        text += std::string(
+            TrimBlanks(Pad(ColumnName(c), 5) + (labels.empty() ? "" : Printable(labels.front()))));
+        text += "\n" + own;
+    }
+    return text;
+}
+
+std::string DescribeProblem(const Problem& problem, Tongue tongue) {
+    if (problem.line == 0) return problem.reason;
+    return Phrase{"Riga ", "Line "}.In(tongue) + std::to_string(problem.line) +
+           Phrase{", campo ", ", field "}.In(tongue) + std::to_string(problem.field) + ": " + problem.reason;
+}
+
+void Run(const Console& console, Answer& answer) {
+    answer.fields = {{"loads", false}, {"columns", ordered_json::array()}, {"lists", ordered_json::array()}};
+    answer.fields["problem"] = nullptr;
+    ConsoleMachine machine(console);
+    FormWeb form(machine.ForPanel());
+    form.Form_Load("");
+    answer.fields["columns"] = ColumnFields(form);
+    const LoadResult load = form.Aprifilevento(console.options.file);
+    const std::vector<CheckedList> lists = ListsOf(form, load);
+    const auto problem = ProblemOf(load, lists, form.Tongue());
+    answer.fields["loads"] = !load.problem;
+    answer.fields["columns"] = ColumnFields(form);
+    answer.fields["lists"] = ListFields(lists);
+    answer.fields["problem"] = ProblemFields(problem);
+    answer.text = DescribeProgramme(form, lists, form.Tongue());
+    if (load.problem && load.problem->reason == LoadProblem::Reason::cannotOpen) {
+        RefuseProgramme(console, *load.problem, form.Tongue(), answer);
+    } else if (problem) {
+        answer.status = kUnusableInput;
+        answer.Diagnose(DescribeProblem(*ProblemOf(load, lists, Tongue::english), Tongue::english));
+        answer.text += DescribeProblem(*problem, form.Tongue()) + "\n";
+    }
+    machine.Finish();
+}
+
+}  // namespace
+
+constinit const CommandEntry kCheckCommand{
+    "check", "Say what a programme file holds, or what is wrong with it", Declare, Run};
+
+}  // namespace vento::console

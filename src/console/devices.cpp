@@ -1,0 +1,135 @@
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "console/commands.h"
+#include "console/console_machine.h"
+#include "console/notices.h"
+#include "console/phrase.h"
+#include "console/text_layout.h"
+#include "panel/run_operation.h"
+#include "usb/gestione_hid.h"
+
+namespace vento::console {
+namespace {
+
+using nlohmann::ordered_json;
+using platform::OpenOutcome;
+using platform::Tongue;
+
+// A HID interface, and how the search for a transmitter fares with it.
+struct Found {
+    std::string name;
+    std::optional<platform::HidIdentity> identity;
+    OpenOutcome outcome = OpenOutcome::failed;
+    bool taken = false;
+
+    [[nodiscard]] bool Recognised() const { return identity && IsTransmitter(*identity); }
+};
+
+void Declare(CLI::App&, Options&) {}
+
+// The search of an operation, except that it goes on behind the transmitter that it finds.
+std::vector<Found> Walk(platform::HidHost& host) {
+    std::vector<Found> all;
+    bool taken = false;
+    host.BeginSearch();
+    while (host.NextInterface()) {
+        const platform::OpenAnswer answer = host.OpenInterface(IsTransmitter);
+        Found& found = all.emplace_back(Found{host.InterfaceName(), answer.identity, answer.outcome, false});
+        if (answer.outcome != OpenOutcome::opened) continue;
+        const HidDevice device(host, answer.handle);
+        found.taken = !std::exchange(taken, true);
+    }
+    host.EndSearch();
+    return all;
+}
+
+struct AccessName {
+    std::string_view key;
+    Phrase phrase;
+};
+
+AccessName AccessOf(OpenOutcome outcome) {
+    switch (outcome) {
+        case OpenOutcome::opened:
+            return {"ok", {"accessibile", "accessible"}};
+        case OpenOutcome::forbidden:
+            return {"forbidden", {"vietato", "forbidden"}};
+        case OpenOutcome::busy:
+            return {"busy", {"occupato", "busy"}};
+        case OpenOutcome::failed:
+            return {"failed", {"non si apre", "does not open"}};
+        case OpenOutcome::foreign:
+            break;
+    }
+    return {"unknown", {"", ""}};  // it was left alone
+}
+
+ordered_json InterfaceFields(const Found& found) {
+    ordered_json fields = {{"name", found.name},
+                           {"vendorId", nullptr},
+                           {"productId", nullptr},
+                           {"recognised", found.Recognised()},
+                           {"access", AccessOf(found.outcome).key},
+                           {"taken", found.taken}};
+    if (found.identity) {
+        fields["vendorId"] = found.identity->vendorId;
+        fields["productId"] = found.identity->productId;
+    }
+    return fields;
+}
+
+std::string Hex(std::uint16_t value) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string hex;
+    for (int shift = 12; shift >= 0; shift -= 4)
+        hex += kDigits[static_cast<std::size_t>(value >> shift) & 15U];
+    return hex;
+}
+
+// * 04d8:0001  transmitter  accessible  /dev/hidraw0
+std::string Describe(const Found& found, Tongue tongue) {
+    const std::string ids =
+        found.identity ? Hex(found.identity->vendorId) + ":" + Hex(found.identity->productId) : "????:????";
+    const Phrase kind =
+        found.Recognised() ? Phrase{"trasmettitore", "transmitter"} : Phrase{"altro", "other"};
+    return std::string(found.taken ? "* " : "  ") + ids + "  " + Pad(kind.In(tongue), 13) + "  " +
+           Pad(AccessOf(found.outcome).phrase.In(tongue), 13) + "  " + Printable(found.name) + "\n";
+}
+
+std::string Legend(const std::vector<Found>& all, Tongue tongue) {
+    Phrase legend{"Nessuna interfaccia sarebbe usata.\n", "No interface would be taken.\n"};
+    if (all.empty()) legend = {"Non c'è alcuna interfaccia HID.\n", "There is no HID interface.\n"};
+    if (std::ranges::any_of(all, &Found::taken)) legend = {"* sarebbe usata\n", "* would be taken\n"};
+    return legend.In(tongue);
+}
+
+// What keeps a transmitter from being taken is for the operator to mend.
+void AdviseOn(const Found& found, const Console& console, const platform::HidHost& host, Tongue tongue) {
+    if (!found.Recognised() || found.outcome == OpenOutcome::opened) return;
+    console.notices.Error(found.name, DescribeObstacle(host, found.outcome, tongue));
+}
+
+void Run(const Console& console, Answer& answer) {
+    answer.fields = {{"interfaces", ordered_json::array()}};
+    ConsoleMachine machine(console);
+    const Tongue tongue = TongueFor(console.options);
+    const std::vector<Found> all = Walk(machine.Hid());
+    for (const Found& found : all) {
+        answer.fields["interfaces"].push_back(InterfaceFields(found));
+        answer.text += Describe(found, tongue);
+        AdviseOn(found, console, machine.Hid(), tongue);
+    }
+    answer.text += Legend(all, tongue);
+    machine.Finish();
+}
+
+}  // namespace
+
+constinit const CommandEntry kDevicesCommand{
+    "devices", "List the HID interfaces and say which one would be taken", Declare, Run};
+
+}  // namespace vento::console

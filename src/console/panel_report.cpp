@@ -1,0 +1,183 @@
+#include "console/panel_report.h"
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#include "console/failure.h"
+#include "console/notices.h"
+#include "console/phrase.h"
+#include "console/text_layout.h"
+#include "panel/load_message.h"
+#include "programme/blanks.h"
+
+namespace vento::console {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr int kCancelHolder = 3;  // index in Command6
+
+ordered_json ItemOf(const ListView& view) {
+    return view.Items().empty() ? ordered_json(nullptr) : ordered_json(view.Items().front());
+}
+
+std::string_view LanguageName(platform::Tongue tongue) {
+    return tongue == platform::Tongue::italian ? "ITA" : "ENG";
+}
+
+Progress ProgressOf(FormWeb& form) {
+    Progress progress;
+    progress.caption = form.Label1.Caption();
+    if (form.Command6(kCancelHolder).Enabled()) {
+        progress.hint = Phrase{"Ctrl-C annulla", "Ctrl-C cancels"}.In(form.Tongue());
+    }
+    const ProgressBar& bar = form.ProgressBar1;
+    if (bar.Visible() && bar.Maximum() > bar.Minimum()) {
+        progress.fraction = (bar.Value() - bar.Minimum()) / (bar.Maximum() - bar.Minimum());
+    }
+    return progress;
+}
+
+void Cancel(FormWeb& form, Notices& notices) {
+    if (form.Command6(kCancelHolder).Enabled()) {
+        form.Cancel();
+    } else {
+        notices.Note(Phrase{"Ora non c'è nulla da annullare; un altro Ctrl-C interrompe subito.",
+                            "There is nothing to cancel now; another Ctrl-C ends at once."}
+                         .In(form.Tongue()));
+    }
+}
+
+// The panel's events lead to standard error for as long as this lives.
+class Shown {
+  public:
+    Shown(FormWeb& form, ConsoleDesktop& desktop, Notices& notices)
+        : form_(form), desktop_(desktop), notices_(notices) {
+        Observe([this] {
+            // What comes in last is the outcome, which is told by other means.
+            if (!form_.LatestOutcome()) notices_.ShowProgress(ProgressOf(form_));
+        });
+        desktop_.OnInterrupt([this] { Cancel(form_, notices_); });
+    }
+    ~Shown() {
+        Observe({});
+        desktop_.OnInterrupt({});
+        notices_.ClearProgress();
+    }
+    Shown(const Shown&) = delete;
+    Shown& operator=(const Shown&) = delete;
+    Shown(Shown&&) = delete;
+    Shown& operator=(Shown&&) = delete;
+
+  private:
+    void Observe(const std::function<void()>& observer) {
+        form_.Label1.Observe(observer);
+        form_.ProgressBar1.Observe(observer);
+        form_.Command6(kCancelHolder).Observe(observer);
+    }
+
+    FormWeb& form_;
+    ConsoleDesktop& desktop_;
+    Notices& notices_;
+};
+
+// A message of several lines, without what would steer the terminal and without blanks at the ends.
+std::string LinesOf(std::string_view message) {
+    std::string text;
+    while (!message.empty()) {
+        const auto end = message.find('\n');
+        const std::string line = Printable(message.substr(0, end));
+        const std::string_view trimmed = TrimBlanks(line);
+        if (!trimmed.empty()) text += std::string(trimmed) + "\n";
+        if (end == std::string_view::npos) break;
+        message.remove_prefix(end + 1);
+    }
+    return text;
+}
+
+void Conclude(FormWeb& form, const ConsoleDesktop& desktop, Notices& notices, Answer& answer) {
+    const auto& outcome = form.LatestOutcome();
+    if (!outcome) {
+        answer.status = static_cast<int>(ResultCode::noTransmitter);
+        answer.Diagnose(desktop.LatestDetail().empty() ? "No transmitter was found."
+                                                       : desktop.LatestDetail());
+        return;
+    }
+    answer.status = static_cast<int>(outcome->code);
+    answer.fields["result"] = answer.status;
+    answer.Diagnose(outcome->diagnostic);
+    if (outcome->code != ResultCode::success) {
+        notices.Error(outcome->message, outcome->diagnostic);
+        return;
+    }
+    answer.text = LinesOf(outcome->message);
+    if (!outcome->diagnostic.empty()) notices.Error(outcome->diagnostic);
+}
+
+}  // namespace
+
+ordered_json BlankPanelFields(platform::Tongue tongue) {
+    const ordered_json column = {{"label", nullptr}, {"listA", nullptr}, {"listB", nullptr}};
+    return {{"result", nullptr},
+            {"message", ""},
+            {"text1", ""},
+            {"messageBox", nullptr},
+            {"language", LanguageName(tongue)},
+            {"label2", ""},
+            {"programButton", {{"visible", false}, {"enabled", false}}},
+            {"progressBar", {{"minimum", 0}, {"maximum", 0}, {"value", 0}, {"visible", false}}},
+            {"columns", {column, column, column}},
+            {"cycles", 0},
+            {"seconds", 0}};
+}
+
+ordered_json ColumnFields(const FormWeb& form) {
+    ordered_json columns = ordered_json::array();
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        columns.push_back({{"label", ItemOf(form.ListView1[c])},
+                           {"listA", ItemOf(form.ListView2[c])},
+                           {"listB", ItemOf(form.ListView3[c])}});
+    }
+    return columns;
+}
+
+void ReportPanel(FormWeb& form, ConsoleMachine& machine, Answer& answer) {
+    ordered_json& fields = answer.fields;
+    const Button& program = form.Command6(0);
+    const ProgressBar& bar = form.ProgressBar1;
+    fields["message"] = form.Label1.Caption();
+    fields["text1"] = form.Text1.Text();
+    if (const auto& box = machine.Desktop().LatestMessage()) fields["messageBox"] = *box;
+    fields["language"] = LanguageName(form.Tongue());
+    fields["label2"] = form.Label2.Caption();
+    fields["programButton"] = {{"visible", program.Visible()}, {"enabled", program.Enabled()}};
+    fields["progressBar"] = {{"minimum", bar.Minimum()},
+                             {"maximum", bar.Maximum()},
+                             {"value", bar.Value()},
+                             {"visible", bar.Visible()}};
+    fields["columns"] = ColumnFields(form);
+    fields["cycles"] = machine.Hid().Cycles();
+}
+
+void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer,
+             const std::function<void()>& click) {
+    const auto begin = machine.Clock().Now();
+    {
+        const Shown shown(form, machine.Desktop(), console.notices);
+        click();
+    }
+    const std::chrono::duration<double> seconds = machine.Clock().Now() - begin;
+    answer.fields["seconds"] = seconds.count();
+    Conclude(form, machine.Desktop(), console.notices, answer);
+}
+
+void RefuseProgramme(const Console& console, const LoadProblem& problem, platform::Tongue tongue,
+                     Answer& answer) {
+    const bool unread = problem.reason == LoadProblem::Reason::cannotOpen;
+    answer.status = unread ? kMissingInput : kUnusableInput;
+    answer.Diagnose(DescribeLoadProblem(problem, platform::Tongue::english));
+    console.notices.Error(console.options.file, DescribeLoadProblem(problem, tongue));
+}
+
+}  // namespace vento::console

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <nlohmann/json.hpp>
+
+#include "console/commands.h"
+#include "console/console_machine.h"
+#include "panel/form_web.h"
+
+namespace vento::console {
+
+/// The fields of `program` and `read` as long as there is no panel.
+[[nodiscard]] nlohmann::ordered_json BlankPanelFields(platform::Tongue tongue);
+
+/// The texts in the columns' views: null where a view holds no item.
+[[nodiscard]] nlohmann::ordered_json ColumnFields(const FormWeb& form);
+
+/// Puts the state of the panel into the fields of `answer`.
+void ReportPanel(FormWeb& form, ConsoleMachine& machine, Answer& answer);
+
+/// Lets `click` press a button of `form` that begins an operation, shows on standard error how it goes, hands
+/// the operator's cancel on, and puts what came of it into `answer`.
+void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer,
+             const std::function<void()>& click);
+
+/// A programme file did not load: says why, and puts it into `answer`.
+void RefuseProgramme(const Console& console, const LoadProblem& problem, platform::Tongue tongue,
+                     Answer& answer);
+
+}  // namespace vento::console

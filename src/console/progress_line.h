@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/terminal.h"
+
+namespace vento::console {
+
+/// What an operation shows of itself while it runs.
+struct Progress {
+    std::string caption;             ///< the status line; may be empty
+    std::string hint;                ///< what the operator can do, in a line below; may be empty
+    std::optional<double> fraction;  ///< of the bar, 0 to 1; nothing where no bar is shown
+};
+
+/// Draws progress on standard error and draws it anew in place, on as many lines as it takes. For a terminal
+/// that can redraw. It is gone from the screen when its owner is.
+class ProgressLine {
+  public:
+    /// `terminal` has to outlive this.
+    ProgressLine(const platform::Terminal& terminal, bool colour) : terminal_(terminal), colour_(colour) {}
+    ~ProgressLine() { Clear(); }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+    ProgressLine(ProgressLine&&) = delete;
+    ProgressLine& operator=(ProgressLine&&) = delete;
+
+    /// Writes nothing if the picture would stay the same.
+    void Show(const Progress& progress);
+
+    void Clear();
+
+  private:
+    enum class Style : std::uint8_t { plain, faint, bar };
+    struct Line {
+        std::string text;
+        Style style = Style::plain;
+
+        friend bool operator==(const Line&, const Line&) = default;
+    };
+
+    [[nodiscard]] static std::vector<Line> LayOut(const Progress& progress, std::size_t width);
+    [[nodiscard]] std::string Coloured(const Line& line) const;
+    [[nodiscard]] std::string Erasure() const;
+
+    const platform::Terminal& terminal_;
+    bool colour_;
+    std::vector<Line> shown_;
+};
+
+}  // namespace vento::console

@@ -1,0 +1,69 @@
+#include "console/trace.h"
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <span>
+#include <system_error>
+
+#include "console/failure.h"
+
+namespace vento::console {
+namespace {
+
+std::string Describe(const std::string& path) {
+    return "The trace " + path + " can't be written: " + std::generic_category().message(errno) + ".";
+}
+
+// Byte 0 is the report id and always 0, whatever a read has left there.
+std::string Hex(const platform::Report& report) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string hex = "00";
+    hex.reserve(2 * report.size());
+    for (const std::uint8_t byte : std::span(report).subspan<1>()) {
+        hex += kDigits[byte >> 4U];
+        hex += kDigits[byte & 15U];
+    }
+    return hex;
+}
+
+std::string Word(bool value) {
+    return value ? "true" : "false";
+}
+
+}  // namespace
+
+Trace::Trace(const std::string& path) : path_(path) {
+    errno = 0;
+    stream_.open(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                 std::ios::binary | std::ios::trunc);
+    if (!stream_) throw Failure(kFailedOutput, Describe(path));
+}
+
+void Trace::Line(std::uint64_t cycle, const std::string& rest) {
+    if (problem_) return;
+    errno = 0;
+    stream_ << R"({"cycle":)" + std::to_string(cycle) + "," + rest + "}\n" << std::flush;
+    if (!stream_) problem_ = Describe(path_);
+}
+
+void Trace::Search(std::uint64_t cycle, const std::optional<platform::HidIdentity>& found) {
+    Line(cycle, R"("event":"search","found":)" + Word(found.has_value()) + R"(,"vendorId":)" +
+                    (found ? std::to_string(found->vendorId) : "null") + R"(,"productId":)" +
+                    (found ? std::to_string(found->productId) : "null"));
+}
+
+void Trace::Write(std::uint64_t cycle, bool ok, const platform::Report& report) {
+    Line(cycle, R"("event":"write","ok":)" + Word(ok) + R"(,"report":")" + Hex(report) + '"');
+}
+
+void Trace::Read(std::uint64_t cycle, const platform::Report* report) {
+    Line(cycle, R"("event":"read","ok":)" + Word(report != nullptr) + R"(,"report":)" +
+                    (report != nullptr ? '"' + Hex(*report) + '"' : "null"));
+}
+
+void Trace::Close(std::uint64_t cycle) {
+    Line(cycle, R"("event":"close")");
+}
+
+}  // namespace vento::console
