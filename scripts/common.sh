@@ -6,6 +6,18 @@ cd "$root" || exit 1
 
 say() { printf '\033[1m%s\033[0m\n' "$*" >&2; }
 
+# as_root COMMAND... - runs it as root, which may ask for a password.
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        echo "For '$*' become root or install sudo." >&2
+        return 77
+    fi
+}
+
 # need_packages PACKAGE... - installs those that are missing; on a system without apt it names them and stops.
 need_packages() {
     local missing=() package
@@ -22,16 +34,11 @@ need_packages() {
     done
     [ ${#missing[@]} -gt 0 ] || return 0
     say "Installing ${missing[*]}"
-    local as_root=()
-    if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null || { echo "To install them, become root or install sudo." >&2; exit 77; }
-        as_root=(sudo)
-    fi
-    local install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq
-        --no-install-recommends -o Dpkg::Use-Pty=0 "${missing[@]}")
-    "${install[@]}" >/dev/null 2>&1 && return
-    "${as_root[@]}" apt-get update -qq
-    "${install[@]}" >/dev/null
+    local install=(env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends
+        -o Dpkg::Use-Pty=0 "${missing[@]}")
+    as_root "${install[@]}" >/dev/null 2>&1 && return
+    as_root apt-get update -qq
+    as_root "${install[@]}" >/dev/null
 }
 
 # build PRESET [cmake --build option...] - configures where that was not done yet, and builds.
@@ -48,3 +55,4 @@ build() {
 packages_build=(cmake g++ ninja-build libcli11-dev nlohmann-json3-dev)
 packages_test=(libgtest-dev)
 packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
+packages_vm=(busybox-static cpio kmod qemu-system-x86 udev python3)
