@@ -1,0 +1,66 @@
+#include "desktop/session.h"
+
+#include "panel/form_web.h"
+#include "panel/message_table.h"
+#include "platform/native.h"
+#include "simulator/image.h"
+#include "simulator/scenario.h"
+#include "simulator/simulated_hid_host.h"
+
+namespace vento::desktop {
+namespace {
+
+bool IsItalian(platform::Tongue tongue) {
+    return tongue == platform::Tongue::italian;
+}
+
+}  // namespace
+
+Session::Session(std::string_view simulate)
+    : files_(platform::MakeNativeFiles()), clock_(platform::MakeNativeClock()) {
+    if (simulate.empty() || simulate == "0") {
+        hid_ = platform::MakeNativeHidHost();
+        return;
+    }
+    const simulator::Scenario scenario =
+        simulate == "1" ? simulator::Scenario{} : simulator::LoadScenario(std::string(simulate));
+    auto simulated = std::make_unique<simulator::SimulatedHidHost>(scenario, *clock_);
+    simulated_ = simulated.get();
+    hid_ = std::move(simulated);
+}
+
+Session::~Session() = default;
+
+Machine Session::MachineWith(platform::Desktop& desktop) {
+    return {*hid_, desktop, *files_, *clock_};
+}
+
+std::string Session::Title(platform::Tongue tongue) const {
+    std::string title(FormWeb::kTitle);
+    if (simulated_ != nullptr) title += IsItalian(tongue) ? " (simulazione)" : " (simulation)";
+    return title;
+}
+
+std::optional<Notice> Session::Finish(platform::Tongue tongue) {
+    if (simulated_ == nullptr) return std::nullopt;
+    try {
+        simulated_->SaveImage();
+        return std::nullopt;
+    } catch (const simulator::ImageError& error) {
+        return Notice{IsItalian(tongue) ? "Il contenuto del telecomando simulato non è stato salvato"
+                                        : "The contents of the simulated remote were not saved",
+                      error.what()};
+    }
+}
+
+Notice StartNotice(std::string_view simulate, std::string_view reason, platform::Tongue tongue) {
+    return {IsItalian(tongue) ? "Lo scenario della simulazione non è utilizzabile"
+                              : "The scenario of the simulation can't be used",
+            std::string(simulate).append(": ").append(reason)};
+}
+
+platform::Tongue DesktopTongue() {
+    return TongueOf(platform::NativeLanguageAbbreviation().value_or(""));
+}
+
+}  // namespace vento::desktop
