@@ -1,0 +1,83 @@
+#include "desktop/qt/qt_desktop.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QScreen>
+
+#include "desktop/layout.h"
+#include "desktop/qt/look.h"
+#include "platform/native.h"
+
+namespace vento::desktop::qt {
+namespace {
+
+constexpr int kDetailPercent = 90;  // of the height of the text above it
+
+// The toolkit gives the informative text no smaller type by itself and takes what looks like markup in it for
+// markup, which a path may well contain.
+void StyleDetail(QMessageBox& box) {
+    auto* const label = box.findChild<QLabel*>("qt_msgbox_informativelabel");
+    if (label == nullptr) return;
+    QFont font = label->font();
+    font.setPixelSize(QFontInfo(font).pixelSize() * kDetailPercent / 100);
+    label->setFont(font);
+    label->setTextFormat(Qt::PlainText);
+}
+
+}  // namespace
+
+void QtDesktop::Yield() {
+    QCoreApplication::processEvents();
+}
+
+void QtDesktop::ShowMessage(std::string_view text, std::string_view detail) {
+    QMessageBox box(QMessageBox::Warning, QCoreApplication::applicationName(), ShownLines(text),
+                    QMessageBox::Ok, window_);
+    box.setTextFormat(Qt::PlainText);
+    if (!detail.empty()) {
+        box.setInformativeText(ShownLines(detail));
+        StyleDetail(box);
+    }
+    box.exec();
+}
+
+std::optional<std::string> QtDesktop::ChooseFile(std::string_view title, std::string_view filter) {
+    QFileDialog dialog(window_, Text(title));
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::HideNameFilterDetails);
+    dialog.setNameFilters(NameFilters(filter));
+    if (!latestFile_.isEmpty()) dialog.selectFile(latestFile_);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+    latestFile_ = dialog.selectedFiles().front();
+    return QFile::encodeName(latestFile_).toStdString();
+}
+
+platform::TwipSize QtDesktop::ScreenSize() const {
+    const QSize size = QGuiApplication::primaryScreen()->size();
+    return {TwipsFromPixels(size.width(), kDotsPerInch), TwipsFromPixels(size.height(), kDotsPerInch)};
+}
+
+std::optional<std::string> QtDesktop::LanguageAbbreviation() {
+    return platform::NativeLanguageAbbreviation();
+}
+
+// A box or dialog that is still open comes to its end with its window, as if it had been cancelled.
+void QtDesktop::EndProgram() {
+    for (QWidget* const each : QApplication::topLevelWidgets())
+        each->hide();
+    QCoreApplication::exit();
+}
+
+QStringList NameFilters(std::string_view filter) {
+    QStringList filters;
+    const QStringList parts = Text(filter).split('|', Qt::SkipEmptyParts);
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        filters.append(parts[i] + " (" + QString(parts[i + 1]).replace(';', ' ') + ")");
+    }
+    return filters;
+}
+
+}  // namespace vento::desktop::qt

@@ -1,0 +1,151 @@
+#include "desktop/qt/views.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPicture>
+#include <QSvgRenderer>
+#include <cmath>
+#include <utility>
+
+#include "desktop/qt/look.h"
+
+namespace vento::desktop::qt {
+namespace {
+
+constexpr int kButtonPadding = 6;  // pixels beside a caption
+
+void LayOut(QWidget& view, const ControlLayout& layout, platform::Tongue tongue) {
+    view.setGeometry(PlaceOf(layout.place));
+    view.setFont(FontOf(layout.font));
+    view.setAccessibleName(Text(layout.name.In(tongue)));
+    view.setToolTip(Text(ToolTipOf(layout, tongue)));
+}
+
+// Breaks a text at its blanks into lines that are no wider than `width`, where that is possible.
+QString Wrapped(const QString& text, const QFontMetrics& metrics, int width) {
+    QString lines;
+    QString line;
+    for (const QString& word : text.split(' ')) {
+        const QString longer = line.isEmpty() ? word : line + ' ' + word;
+        if (line.isEmpty() || metrics.horizontalAdvance(longer) <= width) {
+            line = longer;
+        } else {
+            lines += line + '\n';
+            line = word;
+        }
+    }
+    return lines + line;
+}
+
+}  // namespace
+
+ButtonView::ButtonView(Button& button, ControlId id, platform::Tongue tongue, std::function<void()> handler,
+                       QWidget* parent)
+    : QPushButton(parent), button_(button) {
+    const ControlLayout& layout = LayoutOf(id);
+    LayOut(*this, layout, tongue);
+    setStyleSheet(ButtonStyle(layout.background));
+    setFocusPolicy(Qt::StrongFocus);
+    shortcut_ = QKeySequence("Alt+" + Text(layout.mnemonic.In(tongue)));
+    connect(this, &QPushButton::clicked, this, std::move(handler));
+    button.Observe([this] { Follow(); });
+    Follow();
+}
+
+void ButtonView::Follow() {
+    const QString caption = ShownLines(button_.Caption());
+    setText(Wrapped(caption, fontMetrics(), width() - 2 * kButtonPadding).replace('&', "&&"));
+    setAccessibleName(caption);
+    setShortcut(shortcut_);  // a new text has taken it away
+    setVisible(button_.Visible());
+    if (isEnabled() == button_.Enabled()) return;
+    // Disabled, a button would lose the focus to the next one, and Enter would then press that.
+    if (!button_.Enabled()) {
+        focusWasTaken_ = hasFocus();
+        clearFocus();
+    }
+    setEnabled(button_.Enabled());
+    if (button_.Enabled() && focusWasTaken_ && window()->focusWidget() == nullptr) setFocus();
+}
+
+void ButtonView::keyPressEvent(QKeyEvent* event) {
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!isEnter) {
+        QPushButton::keyPressEvent(event);
+    } else if (!event->isAutoRepeat()) {
+        click();
+    }
+}
+
+LabelView::LabelView(Label& label, ControlId id, platform::Tongue tongue, QWidget* parent)
+    : QLabel(parent), label_(label), name_(Text(LayoutOf(id).name.In(tongue))) {
+    LayOut(*this, LayoutOf(id), tongue);
+    setAccessibleDescription(name_);
+    setTextFormat(Qt::PlainText);
+    setAlignment(Qt::AlignCenter);
+    setWordWrap(true);
+    label.Observe([this] { Follow(); });
+    Follow();
+}
+
+// For a screen reader the text is the name, as with any label, except that an empty one would have none.
+void LabelView::Follow() {
+    const QString text = ShownLines(label_.Caption());
+    setText(text);
+    setAccessibleName(text.isEmpty() ? name_ : text);
+    setVisible(label_.Visible());
+}
+
+ItemsView::ItemsView(ListView& list, ControlId id, platform::Tongue tongue, QWidget* parent)
+    : QListWidget(parent), list_(list) {
+    LayOut(*this, LayoutOf(id), tongue);
+    setStyleSheet(ListStyle());
+    setSelectionMode(QAbstractItemView::NoSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setTextElideMode(Qt::ElideRight);
+    setWordWrap(true);
+    list.Observe([this] { Follow(); });
+    Follow();
+}
+
+void ItemsView::Follow() {
+    clear();
+    const QSize room = contentsRect().size();
+    for (const std::string& each : list_.Items()) {
+        addItem(ShownLines(each).replace('\n', ' '));
+        QListWidgetItem& item = *this->item(count() - 1);
+        item.setTextAlignment(Qt::AlignCenter);
+        item.setSizeHint(QSize(1, room.height()));
+        const QRect needed = fontMetrics().boundingRect(QRect(QPoint(), room), Qt::TextWordWrap, item.text());
+        if (needed.width() > room.width() || needed.height() > room.height()) item.setToolTip(item.text());
+    }
+}
+
+BarView::BarView(ProgressBar& bar, ControlId id, platform::Tongue tongue, QWidget* parent)
+    : QProgressBar(parent), bar_(bar) {
+    LayOut(*this, LayoutOf(id), tongue);
+    setStyleSheet(BarStyle());
+    setTextVisible(false);
+    bar.Observe([this] { Follow(); });
+    Follow();
+}
+
+void BarView::Follow() {
+    setRange(static_cast<int>(std::lround(bar_.Minimum())), static_cast<int>(std::lround(bar_.Maximum())));
+    setValue(static_cast<int>(std::lround(bar_.Value())));
+    setVisible(bar_.Visible());
+}
+
+LogoView::LogoView(ControlId id, platform::Tongue tongue, QWidget* parent) : QLabel(parent) {
+    LayOut(*this, LayoutOf(id), tongue);
+    QPicture picture;
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QSvgRenderer(QStringLiteral(":/logo.svg")).render(&painter, rect());
+    painter.end();
+    setPicture(picture);
+}
+
+}  // namespace vento::desktop::qt
