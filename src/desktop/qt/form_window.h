@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QMainWindow>
 #include <QShortcut>
 #include <QString>
-#include <QWidget>
 #include <array>
 
 #include "desktop/qt/views.h"
@@ -12,7 +12,7 @@ namespace vento::desktop::qt {
 
 /// FormWeb on the screen: it shows the form's controls and takes what the operator does to its handlers. The
 /// form has been through `Form_Load` and outlives the window.
-class FormWindow : public QWidget {
+class FormWindow : public QMainWindow {
   public:
     FormWindow(FormWeb& form, const QString& title);
 

@@ -77,17 +77,21 @@ QRect PlaceOf(const Rectangle& twips) {
     return {pixels.left, pixels.top, pixels.width, pixels.height};
 }
 
+QPixmap Drawing(const QString& name, int size, qreal pixelRatio) {
+    const int pixels = qRound(size * pixelRatio);
+    QPixmap pixmap(pixels, pixels);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    QSvgRenderer(":/" + name).render(&painter);
+    painter.end();
+    pixmap.setDevicePixelRatio(pixelRatio);
+    return pixmap;
+}
+
 QIcon ProgramIcon() {
-    QSvgRenderer drawing(QStringLiteral(":/vento.svg"));
     QIcon icon;
-    for (const int size : std::array{16, 32, 48, 128}) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        drawing.render(&painter);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
+    for (const int size : std::array{16, 32, 48, 128})
+        icon.addPixmap(Drawing("vento.svg", size, 1));
     return icon;
 }
 

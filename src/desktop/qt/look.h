@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QIcon>
+#include <QPixmap>
 #include <QPoint>
 #include <QRect>
 #include <QString>
@@ -25,6 +26,8 @@ void ApplyLook(platform::Tongue tongue);
 [[nodiscard]] QColor ColourOf(const Colour& colour);
 [[nodiscard]] QFont FontOf(const Font& font);
 [[nodiscard]] QRect PlaceOf(const Rectangle& twips);
+/// A square drawing of the program's own, `size` wide on a screen with this ratio of device pixels to ours.
+[[nodiscard]] QPixmap Drawing(const QString& name, int size, qreal pixelRatio);
 [[nodiscard]] QIcon ProgramIcon();
 
 /// The style of a button with this background: its border, and how it answers to mouse, keyboard and

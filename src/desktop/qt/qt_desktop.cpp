@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScreen>
 
 #include "desktop/layout.h"
@@ -14,16 +15,18 @@
 namespace vento::desktop::qt {
 namespace {
 
-constexpr int kDetailPercent = 90;  // of the height of the text above it
+constexpr Font kTextFont{"Calibri", "Carlito", 240, true};
+constexpr Font kDetailFont{"Calibri", "Carlito", 210, false};
+constexpr int kDetailWidth = 5400;  // twips, below which the detail is not squeezed
+constexpr int kIconSize = 48;       // pixels
 
-// The toolkit gives the informative text no smaller type by itself and takes what looks like markup in it for
-// markup, which a path may well contain.
-void StyleDetail(QMessageBox& box) {
-    auto* const label = box.findChild<QLabel*>("qt_msgbox_informativelabel");
+// The toolkit gives the informative text no smaller type by itself, and takes what looks like markup in it
+// for markup, which a path may well contain.
+void StyleLabel(QMessageBox& box, const QString& name, const Font& font, int leastWidth) {
+    auto* const label = box.findChild<QLabel*>(name);
     if (label == nullptr) return;
-    QFont font = label->font();
-    font.setPixelSize(QFontInfo(font).pixelSize() * kDetailPercent / 100);
-    label->setFont(font);
+    label->setFont(FontOf(font));
+    label->setMinimumWidth(PixelsFromTwips(leastWidth, kDotsPerInch));
     label->setTextFormat(Qt::PlainText);
 }
 
@@ -34,13 +37,13 @@ void QtDesktop::Yield() {
 }
 
 void QtDesktop::ShowMessage(std::string_view text, std::string_view detail) {
-    QMessageBox box(QMessageBox::Warning, QCoreApplication::applicationName(), ShownLines(text),
+    QMessageBox box(QMessageBox::NoIcon, QCoreApplication::applicationName(), ShownLines(text),
                     QMessageBox::Ok, window_);
-    box.setTextFormat(Qt::PlainText);
-    if (!detail.empty()) {
-        box.setInformativeText(ShownLines(detail));
-        StyleDetail(box);
-    }
+    box.setIconPixmap(Drawing("warning.svg", kIconSize, box.devicePixelRatio()));
+    box.setInformativeText(ShownLines(detail));
+    StyleLabel(box, "qt_msgbox_label", kTextFont, 0);
+    StyleLabel(box, "qt_msgbox_informativelabel", kDetailFont, kDetailWidth);
+    box.button(QMessageBox::Ok)->setIcon({});
     box.exec();
 }
 
