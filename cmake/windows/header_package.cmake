@@ -1,0 +1,15 @@
+# header_package(NAME TARGET FOLDER): a library that is headers alone, below /usr/include/FOLDER of the building system.
+# That folder is reached through a link of its own, since the rest of /usr/include is for another system.
+function(header_package name target folder)
+    if(NOT EXISTS /usr/include/${folder})
+        message(FATAL_ERROR "${name} was not found: there is no /usr/include/${folder}.")
+    endif()
+    set(headers ${PROJECT_BINARY_DIR}/headers/${name})
+    file(MAKE_DIRECTORY ${headers})
+    file(CREATE_LINK /usr/include/${folder} ${headers}/${folder} SYMBOLIC)
+    if(NOT TARGET ${target})
+        add_library(${target} INTERFACE IMPORTED GLOBAL)
+        target_include_directories(${target} SYSTEM INTERFACE ${headers})
+    endif()
+    set(${name}_FOUND TRUE PARENT_SCOPE)
+endfunction()
