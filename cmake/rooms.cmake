@@ -36,10 +36,17 @@ function(vento_room name)
     endif()
 endfunction()
 
+if(WIN32)
+    include(${CMAKE_CURRENT_LIST_DIR}/windows/program_resources.cmake)
+endif()
+
 # vento_program(NAME SOURCES file... [USES room...] [LINKS target...]), the files relative to the current folder.
 function(vento_program name)
     cmake_parse_arguments(ARG "" "" "SOURCES;USES;LINKS" ${ARGN})
     list(TRANSFORM ARG_USES PREPEND vento_)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_USES} ${ARG_LINKS} vento_options)
+    if(WIN32)
+        program_resources(${name})
+    endif()
 endfunction()

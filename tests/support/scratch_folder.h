@@ -30,11 +30,16 @@ class ScratchFolder {
         return path_ / std::u8string(name.begin(), name.end());
     }
 
+    /// The same as UTF-8.
+    [[nodiscard]] std::string Path(std::string_view name) const {
+        const std::u8string path = (*this / name).u8string();
+        return {path.begin(), path.end()};
+    }
+
     /// Returns the UTF-8 path of the file.
     [[nodiscard]] std::string Write(std::string_view name, std::string_view content) const {
         std::ofstream(*this / name, std::ios::binary) << content;
-        const std::u8string path = (*this / name).u8string();
-        return {path.begin(), path.end()};
+        return Path(name);
     }
 
   private:
