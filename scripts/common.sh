@@ -36,9 +36,8 @@ need_packages() {
     say "Installing ${missing[*]}"
     local install=(env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends
         -o Dpkg::Use-Pty=0 "${missing[@]}")
-    as_root "${install[@]}" >/dev/null 2>&1 && return
-    as_root apt-get update -qq
-    as_root "${install[@]}" >/dev/null
+    as_root "${install[@]}" >/dev/null 2>&1 || { as_root apt-get update -qq && as_root "${install[@]}" >/dev/null; }
+    rm -f build/*/build.ninja # what was configured without them looks around again
 }
 
 # build PRESET [cmake --build option...] - configures where that was not done yet, and builds.
@@ -55,4 +54,7 @@ build() {
 packages_build=(cmake g++ ninja-build libcli11-dev nlohmann-json3-dev)
 packages_test=(libgtest-dev)
 packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
+packages_window=(fonts-crosextra-carlito fonts-liberation qt6-base-dev qt6-svg-dev)
+packages_window_test=(appstream at-spi2-core dbus-daemon desktop-file-utils gir1.2-atspi-2.0 python3-gi python3-xlib
+    shared-mime-info xvfb)
 packages_vm=(busybox-static cpio kmod qemu-system-x86 udev python3)

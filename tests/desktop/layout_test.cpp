@@ -1,0 +1,58 @@
+#include "desktop/layout.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "desktop/shown_text.h"
+
+namespace vento::desktop {
+namespace {
+
+TEST(Layout, KeepsEveryControlOfItsRowOnOneLineAndInsideTheFormOnEveryScreen) {
+    for (const int dpi : {96, 120, 144, 168, 192, 288}) {
+        const Rectangle form = PixelsFromTwips(kFormArea, dpi);
+        for (const ControlLayout& each : ControlLayouts()) {
+            const Rectangle place = PixelsFromTwips(each.place, dpi);
+            EXPECT_LE(place.top + place.height, form.height) << dpi;
+            const bool runsOut = each.id == ControlId::Line1;  // the rule goes on beyond the edge
+            EXPECT_EQ(place.left + place.width > form.width, runsOut) << dpi;
+        }
+        const Rectangle open = PixelsFromTwips(LayoutOf(ControlId::Command4).place, dpi);
+        const Rectangle list = PixelsFromTwips(LayoutOf(ControlId::ListView1_2).place, dpi);
+        EXPECT_EQ(open.top + open.height, list.top + list.height) << dpi;
+    }
+    EXPECT_EQ(PixelsFromTwips(Rectangle{10, 10, 10, 10}, 96), (Rectangle{1, 1, 0, 0}));
+    EXPECT_EQ(PixelsFromTwips(TwipsFromPixels(777, 120), 120), 777);
+}
+
+TEST(Layout, GivesEveryButtonAKeyOfItsOwnInEachLanguage) {
+    for (const auto tongue : {platform::Tongue::italian, platform::Tongue::english}) {
+        std::set<std::string_view> keys;
+        for (const ControlLayout& each : ControlLayouts()) {
+            const std::string_view key = each.mnemonic.In(tongue);
+            if (key.empty()) continue;
+            EXPECT_TRUE(keys.insert(key).second) << key;
+            EXPECT_TRUE(ToolTipOf(each, tongue).ends_with("(Alt+" + std::string(key) + ")"));
+        }
+        EXPECT_EQ(keys.size(), 4U);
+    }
+}
+
+TEST(ShownText, HasNoControlCharactersAndNoEmptyLineAtItsEnd) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"", ""},
+        {"TV ALFA\r\nSAT\r\n", "TV ALFA\nSAT"},
+        {"Si \u00E8\u008F verificato", "Si \u00E8 verificato"},
+        {"\tA\x7F\u0080\u009F\u00A0B", "A\u00A0B"},
+        {"cut\xC2", "cut\xC2"},
+        {"\n\n", ""},
+    };
+    for (const auto& [text, shown] : cases)
+        EXPECT_EQ(ShownText(text), shown) << text;
+}
+
+}  // namespace
+}  // namespace vento::desktop
