@@ -57,7 +57,7 @@ def inside_a_desktop():
     sys.exit(status)
 
 
-def eventually(condition, what, seconds=8):
+def eventually(condition, what, seconds=30):
     """What `condition` gives as soon as it is true."""
     end = time.monotonic() + seconds
     while True:
@@ -143,7 +143,7 @@ class Window:
     def status(self):
         return self.label.get_name()
 
-    def await_status(self, text, seconds=8):
+    def await_status(self, text, seconds=30):
         eventually(lambda: text in self.status(), f"the status {text}", seconds)
 
     def items(self):
@@ -214,6 +214,6 @@ class Window:
         source.destroy()
         return accepted
 
-    def ends(self, seconds=3):
+    def ends(self, seconds=10):
         """The exit status, for which the program has little time."""
         return self.process.wait(timeout=seconds)

@@ -53,7 +53,7 @@ class WindowTest(unittest.TestCase):
     def open_slowly(self, **keys):
         """With a programme loaded whose transfer takes seconds."""
         self.file = programme(self.folder, length=2000)
-        return self.open(self.file, simulate=scenario(self.folder, **keys))
+        return self.open(self.file, simulate=scenario(self.folder, reportMicroseconds=2000, **keys))
 
     def choose(self, window, text):
         """Fills in the file dialog; what stood in it before."""
@@ -100,7 +100,8 @@ class WindowTest(unittest.TestCase):
 
     def test_programs_with_a_moving_bar_and_reads_back(self):
         file = programme(self.folder, "VENTO con spazi.qlb")
-        window = self.open(*file.name.split(" "), simulate=scenario(self.folder, reportMicroseconds=3000))
+        window = self.open(*file.name.split(" "), simulate=scenario(self.folder, reportMicroseconds=3000,
+                                                                             remote={"arrivesAtPoll": 100}))
         self.assertEqual(window.items(), LABELS)
         values = []
         window.press("PROGRAMMA")
@@ -180,7 +181,7 @@ class WindowTest(unittest.TestCase):
             window.press(caption)
         self.assertTrue(window.drop(programme(self.folder, "VENTO-b.qlb", [["B"]] * 3)))
         self.assertIsNotNone(window.bar())
-        window.await_status(SUCCESS, 20)
+        window.await_status(SUCCESS, 60)
         time.sleep(0.3)
         self.assertEqual(window.status(), SUCCESS)
         self.assertEqual(window.all("dialog"), [])
@@ -200,7 +201,7 @@ class WindowTest(unittest.TestCase):
                     window.await_status(WAITING) if moment == "wait" else harness.eventually(window.bar, "the bar")
                     window.press("Leggi Programmazione")  # what is pending must not run either
                     close(window)
-                    self.assertEqual(window.ends(1.5), 0)
+                    self.assertEqual(window.ends(5), 0)
                     self.assertFalse(self.file.exists())
                     words = sum(map(len, json.loads(image.read_text())["memory"].values()))
                     self.assertLess(words, 1 if moment == "wait" else 6000)
