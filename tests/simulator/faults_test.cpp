@@ -7,90 +7,48 @@ namespace {
 
 using platform::OpenOutcome;
 
-Fault In(std::uint32_t cycle, FaultKind kind) {
-    return {.cycle = cycle, .through = cycle, .kind = std::move(kind)};
-}
-
-fault::Reply ReplyOf(const Bytes& bytes) {
-    fault::Reply reply;
-    std::ranges::copy(bytes, reply.payload.begin());
-    return reply;
-}
-
-struct AlteredPoll {
-    std::string name;
-    std::vector<FaultKind> kinds;  ///< all in cycle 2
-    std::optional<Bytes> reply;    ///< of that cycle's poll
-    std::uint8_t replyCount = 1;
-
-    friend void PrintTo(const AlteredPoll& each, std::ostream* out) { *out << each.name; }
-};
-
-class FaultInOneCycle : public testing::TestWithParam<AlteredPoll> {};
-
-TEST_P(FaultInOneCycle, ChangesThatCycleAndNoOther) {
-    Scenario scenario;
-    for (const FaultKind& kind : GetParam().kinds)
-        scenario.faults.push_back(In(2, kind));
-    Wire wire(scenario);
-    std::optional<Bytes> expected;
-    if (GetParam().reply) expected = Padded(*GetParam().reply);
-    EXPECT_EQ(wire.Exchange(RemoteFrame({165}, 1)), Padded({0, 165}));
-    EXPECT_EQ(wire.Exchange(RemoteFrame({165}, GetParam().replyCount)), expected);
-    EXPECT_EQ(wire.Exchange(RemoteFrame({165}, 1)), Padded({0, 165}));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, FaultInOneCycle,
-    testing::Values(
-        AlteredPoll{"Unplugged", {fault::Unplugged{}}, std::nullopt},
-        AlteredPoll{"UnpluggedBeforeTheReply", {fault::Unplugged{.when = UnplugMoment::read}}, std::nullopt},
-        AlteredPoll{"Refused", {fault::Refused{}}, std::nullopt},
-        AlteredPoll{"WriteFails", {fault::WriteFails{}}, std::nullopt},
-        AlteredPoll{"WriteFailsBehindTheLastReport", {fault::WriteFails{.report = 2}}, Bytes{0, 165}},
-        AlteredPoll{"ReadFails", {fault::ReadFails{}}, std::nullopt},
-        AlteredPoll{"Status", {fault::Status{7}}, Bytes{7, 165}},
-        AlteredPoll{"Reply", {ReplyOf({9, 8, 7, 6})}, Bytes{9, 8, 7, 6}},
-        AlteredPoll{"Flip", {fault::Flip{.byte = 1, .mask = 0x81}}, Bytes{0, 0x24}},
-        AlteredPoll{"FlipOfTheLastByte",
-                    {fault::Flip{.byte = 63, .mask = 1}},
-                    [] {
-                        Bytes reply(64);
-                        reply[1] = 165;
-                        reply[63] = 1;
-                        return reply;
-                    }()},
-        AlteredPoll{"StatusWithoutAReport", {fault::Status{7}}, std::nullopt, 0},
-        AlteredPoll{"FlipWithoutAReport", {fault::Flip{.byte = 0, .mask = 1}}, std::nullopt, 0},
-        AlteredPoll{"ReplyWithoutAReport", {ReplyOf({3})}, Bytes{3}, 0}),
-    [](const auto& each) { return each.param.name; });
-
-INSTANTIATE_TEST_SUITE_P(
-    InTheirOrder, FaultInOneCycle,
-    testing::Values(
-        AlteredPoll{"ReplyOverStatus", {ReplyOf({0, 1}), fault::Status{7}}, Bytes{0, 1}},
-        AlteredPoll{"FlipOverStatus", {fault::Flip{.byte = 0, .mask = 1}, fault::Status{7}}, Bytes{6, 165}},
-        AlteredPoll{"FlipOverReply", {fault::Flip{.byte = 1, .mask = 3}, ReplyOf({0, 1})}, Bytes{0, 2}, 0},
-        AlteredPoll{"ReadFailsOverReply", {fault::ReadFails{}, ReplyOf({0, 165})}, std::nullopt}),
-    [](const auto& each) { return each.param.name; });
-
-TEST(Faults, LastThroughAllCyclesOfTheirRange) {
-    Scenario scenario;
-    scenario.faults = {{.cycle = 2, .through = 4, .kind = fault::ReadFails{}}};
-    Wire wire(scenario);
-    for (int cycle = 1; cycle <= 5; ++cycle) {
-        EXPECT_EQ(wire.Exchange(RemoteFrame({165}, 1)).has_value(), cycle == 1 || cycle == 5) << cycle;
+TEST(Fault, ChangesItsCycleAndNoOther) {
+    struct Case {
+        const char* faults;
+        const char* step;  ///< how the cycle goes
+    };
+    const std::vector<Case> cases = {
+        {R"({"cycle": 2, "kind": "unplugged"})", "165 /1"},
+        {R"({"cycle": 2, "kind": "unplugged", "when": "open"})", "165 /1"},
+        {R"({"cycle": 2, "kind": "unplugged", "when": "write"})", "165 /1"},
+        {R"({"cycle": 2, "kind": "unplugged", "when": "read"})", "165 /1"},
+        {R"({"cycle": 2, "kind": "refused"})", "165 /1"},
+        {R"({"cycle": 2, "kind": "writeFails"})", "165 /1"},
+        {R"({"cycle": 2, "kind": "writeFails", "report": 2})", "165 = 0 165"},
+        {R"({"cycle": 2, "kind": "readFails"})", "165 /1"},
+        {R"({"cycle": 2, "kind": "status", "value": 255})", "165 = 255 165"},
+        {R"({"cycle": 2, "kind": "status", "value": 7})", "165 /0"},
+        {R"({"cycle": 2, "kind": "reply", "bytes": [9, 8, 7]})", "165 /1 = 9 8 7"},
+        {R"({"cycle": 2, "kind": "reply", "bytes": [3]})", "165 /0 = 3"},
+        {R"({"cycle": 2, "kind": "flip", "byte": 1, "mask": 129})", "165 = 0 36"},
+        {R"({"cycle": 2, "kind": "flip", "byte": 0, "mask": 1})", "165 /0"},
+        // Whatever their order in the list is, they apply in their own.
+        {R"({"cycle": 2, "kind": "reply", "bytes": [0, 1]}, {"cycle": 2, "kind": "status", "value": 7})",
+         "165 /1 = 0 1"},
+        {R"({"cycle": 2, "kind": "flip", "byte": 0, "mask": 1}, {"cycle": 2, "kind": "status", "value": 7})",
+         "165 = 6 165"},
+        {R"({"cycle": 2, "kind": "flip", "byte": 63, "mask": 3}, {"cycle": 2, "kind": "flip", "byte": 63, "mask": 3},
+            {"cycle": 2, "kind": "flip", "byte": 1, "mask": 3}, {"cycle": 2, "kind": "reply", "bytes": [0, 1]})",
+         "165 /0 = 0 2"},
+        {R"({"cycle": 2, "kind": "readFails"}, {"cycle": 2, "kind": "reply", "bytes": [0, 165]})", "165 /1"},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.faults);
+        Wire wire(std::string(R"({"faults": [)") + each.faults + "]}");
+        wire.Play(std::string("165 = 0 165;") + each.step + "; 165 = 0 165");
     }
 }
 
-TEST(Faults, CountEachSearchWhetherAnythingIsOpenedOrNot) {
-    Scenario scenario;
-    scenario.faults = {In(3, fault::ReadFails{})};
-    Wire wire(scenario);
+TEST(Fault, LastsThroughItsRangeOfSearches) {
+    Wire wire(R"({"faults": [{"cycle": 3, "through": 5, "kind": "readFails"}]})");
     wire.host.BeginSearch();
     wire.host.EndSearch();
-    EXPECT_TRUE(wire.Exchange(RemoteFrame({165}, 1)));
-    EXPECT_FALSE(wire.Exchange(RemoteFrame({165}, 1)));
+    wire.Play("165 = 0 165; 165 /1; 165 /1; 165 /1; 165 = 0 165");
 }
 
 /// The outcome of every interface that a search comes upon.
@@ -98,9 +56,10 @@ std::vector<OpenOutcome> Search(Wire& wire) {
     std::vector<OpenOutcome> outcomes;
     wire.host.BeginSearch();
     while (wire.host.NextInterface()) {
-        const auto wanted = [](platform::HidIdentity each) { return each.vendorId != 1; };
-        const platform::OpenAnswer answer = wire.host.OpenInterface(wanted);
+        const auto answer =
+            wire.host.OpenInterface([](platform::HidIdentity each) { return each.vendorId != 1; });
         EXPECT_EQ(answer.handle >= 0, answer.outcome == OpenOutcome::opened);
+        EXPECT_TRUE(answer.identity);
         wire.host.Close(answer.handle);
         outcomes.push_back(answer.outcome);
     }
@@ -108,12 +67,10 @@ std::vector<OpenOutcome> Search(Wire& wire) {
     return outcomes;
 }
 
-TEST(Faults, OfPresenceLeaveForeignInterfacesAlone) {
-    Scenario scenario;
-    scenario.interfaces = {
-        {.vendorId = 1, .opens = false}, {.opens = false}, {.vendorId = 11025}, {.vendorId = 2}};
-    scenario.faults = {In(2, fault::Unplugged{}), In(3, fault::Refused{})};
-    Wire wire(scenario);
+TEST(Fault, LeavesForeignInterfacesAlone) {
+    Wire wire(
+        R"({"interfaces": [{"vendorId": 1, "opens": false}, {"opens": false}, {"vendorId": 11025}, {"vendorId": 2}],
+                  "faults": [{"cycle": 2, "kind": "unplugged"}, {"cycle": 3, "kind": "refused"}]})");
     using enum OpenOutcome;
     EXPECT_EQ(Search(wire), (std::vector{foreign, forbidden, opened, foreign}));
     EXPECT_EQ(Search(wire), (std::vector{foreign, foreign}));
@@ -121,74 +78,60 @@ TEST(Faults, OfPresenceLeaveForeignInterfacesAlone) {
     EXPECT_EQ(Search(wire).size(), 4U);
 }
 
-TEST(Faults, InTheMiddleOfAFrameCutItThere) {
+TEST(Fault, CutsARunOfReportsWhereItSays) {
     struct Case {
-        FaultKind kind;
-        std::size_t written;
+        const char* fault;
+        std::size_t written;  ///< of three
+        bool read;
     };
-    const std::vector<Case> cases = {{fault::WriteFails{.report = 1}, 0},
-                                     {fault::WriteFails{.report = 2}, 1},
-                                     {fault::Unplugged{.when = UnplugMoment::write}, 1},
-                                     {fault::Unplugged{.when = UnplugMoment::read}, 3}};
-    for (const Case& each : cases) {
-        Scenario scenario;
-        scenario.faults = {In(1, each.kind)};
-        Wire wire(scenario);
+    for (const Case& each : {Case{R"("writeFails")", 0, false}, Case{R"("writeFails", "report": 2)", 1, true},
+                             Case{R"("unplugged", "when": "write")", 1, false},
+                             Case{R"("unplugged", "when": "read")", 3, false}}) {
+        SCOPED_TRACE(each.fault);
+        Wire wire(std::string(R"({"faults": [{"cycle": 1, "kind": )") + each.fault + "}]}");
         ASSERT_TRUE(wire.Open());
         std::size_t written = 0;
         for (int report = 0; report < 3; ++report)
-            written += wire.Write(RemoteFrame({165}, 1)) ? 1U : 0U;
-        EXPECT_EQ(written, each.written) << each.kind.index();
-        EXPECT_EQ(wire.Read().has_value(), each.kind.index() == 2 && each.written == 1) << each.kind.index();
+            written += wire.Write(Step("165 /1").Frame()) ? 1U : 0U;
+        EXPECT_EQ(written, each.written);
+        EXPECT_EQ(wire.Read().has_value(), each.read);
     }
 }
 
-TEST(Faults, KeepTheTransmitterAwayForATime) {
-    for (const UnplugMoment moment : {UnplugMoment::open, UnplugMoment::write, UnplugMoment::read}) {
-        Scenario scenario;
-        scenario.perReport = {};
-        scenario.faults = {In(1, fault::Unplugged{.when = moment, .absence = std::chrono::milliseconds(5)})};
-        Wire wire(scenario);
-        EXPECT_EQ(wire.Exchange(RemoteFrame({165}, 1)), std::nullopt);
+TEST(Fault, KeepsTheTransmitterAwayForATime) {
+    for (const std::string when : {"open", "write", "read"}) {
+        SCOPED_TRACE(when);
+        Wire wire(R"({"reportMicroseconds": 0, "faults": [
+                      {"cycle": 1, "kind": "unplugged", "forMilliseconds": 5, "when": ")" +
+                  when + "\"}]}");
+        wire.Play("165 /1");
         wire.clock.now += std::chrono::microseconds(4999);
         EXPECT_FALSE(wire.Open());
         wire.clock.now += std::chrono::microseconds(1);
-        EXPECT_EQ(wire.Exchange(RemoteFrame({165}, 1)), Padded({0, 165}));
+        wire.Play("165 = 0 165");
     }
 }
 
 TEST(SimulatedHidHost, TakesItsTimeForEachReportThatPasses) {
-    Scenario scenario;
-    scenario.perReport = std::chrono::microseconds(250);
-    scenario.faults = {In(2, fault::ReadFails{}), In(3, fault::WriteFails{}), In(4, fault::Unplugged{})};
-    Wire wire(scenario);
-    std::vector<std::int64_t> reports;
-    for (int cycle = 1; cycle <= 4; ++cycle) {
+    Wire wire(R"({"reportMicroseconds": 250, "faults": [{"cycle": 2, "kind": "readFails"},
+                  {"cycle": 3, "kind": "writeFails"}, {"cycle": 4, "kind": "unplugged"}]})");
+    for (const int reports : {2, 1, 0, 0}) {
         const auto before = wire.clock.now;
-        wire.Exchange(RemoteFrame({165}, 1));
-        reports.push_back((wire.clock.now - before) / scenario.perReport);
+        wire.Exchange(Step("165 /1").Frame());
+        EXPECT_EQ(wire.clock.now - before, reports * std::chrono::microseconds(250));
     }
-    EXPECT_EQ(reports, (std::vector<std::int64_t>{2, 1, 0, 0}));
 }
 
 TEST(SimulatedHidHost, HasNoReportsForADeviceThatIsNotOpen) {
     Wire wire;
     ASSERT_TRUE(wire.Open());
     wire.host.Close(wire.device);
-    wire.host.Close(wire.device);
     for (const platform::HidHandle handle : {wire.device, platform::HidHandle{-1}, platform::HidHandle{9}}) {
         wire.device = handle;
-        EXPECT_FALSE(wire.Write({}));
+        EXPECT_FALSE(wire.Write(Step("165 /1").Frame()));
         EXPECT_EQ(wire.Read(), std::nullopt);
+        wire.host.Close(handle);
     }
-}
-
-TEST(SimulatedHidHost, SaysInBothLanguagesThatTheScenarioForbids) {
-    const Wire wire;
-    EXPECT_NE(wire.host.Advice(OpenOutcome::forbidden, platform::Tongue::italian).find("vieta"),
-              std::string::npos);
-    EXPECT_NE(wire.host.Advice(OpenOutcome::forbidden, platform::Tongue::english).find("not let"),
-              std::string::npos);
 }
 
 }  // namespace

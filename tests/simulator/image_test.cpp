@@ -18,71 +18,52 @@ class RemoteImage : public testing::Test {
         std::ifstream stream(folder_ / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
+    [[nodiscard]] std::ptrdiff_t FileCount(std::string_view name = "") const {
+        return std::distance(fs::directory_iterator(folder_ / name), {});
+    }
+    /// Writes the words 1, 52 and 2, 3 at 256, and says that section TV holds a programme.
+    void Program() const {
+        Wire(kScenario, folder_ / "").Play("1 = 0 1; 1 0 4; 1 52 2 3 x4 = 0 186; 7 = 0 7; 144 = 0 144 0");
+    }
 
+    static constexpr const char* kScenario = R"({"image": "image.json", "remote": {"memory": {"7": [9]}}})";
+    static constexpr const char* kProgrammed =
+        "{ \"free\": 96,\n  \"memory\": { \"7\": [9],\n  \"256\": [1,[2,3]] } }\n";
     test::ScratchFolder folder_;
-    Scenario scenario_ = [this] {
-        Scenario scenario;
-        scenario.image = folder_ / "image.json";
-        scenario.remote->contents.memory[7] = {{9, 52}};
-        return scenario;
-    }();
 };
 
-/// Writes the words 1, 52 and 2, 3 at 256, and says that section TV holds a programme.
-void Program(Wire& wire) {
-    Play(wire,
-         {{{1}, 1, {0, 1}},
-          {{1, 0, 4}, 0, {}},
-          {{1, 52, 2, 3}, 1, {0, static_cast<std::uint8_t>(254 + 255 + 251 + 254 + 203 + 253 + 252)}, 4},
-          {{7}, 1, {0, 7}},
-          {{144}, 2, {0, 144}}});
-}
-
 TEST_F(RemoteImage, LivesOnBetweenRuns) {
-    {
-        Wire wire(scenario_);
-        Program(wire);
-        wire.host.SaveImage();
-        EXPECT_EQ(Content(), "{ \"free\": 96,\n  \"memory\": { \"7\": [9],\n  \"256\": [1,[2,3]] } }\n");
-    }
-    scenario_.remote->contents = {.free = 255, .memory = {{1, {{2, 52}}}}};
-    const Wire wire(scenario_);
-    EXPECT_EQ(wire.host.TheRemote()->Contents(),
-              (RemoteContents{.free = 96, .memory = {{7, {{9, 52}}}, {256, {{1, 52}, {2, 3}}}}}));
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / ""), {}), 1);
-}
-
-TEST_F(RemoteImage, IsSavedAlsoWhenNobodyAsks) {
-    { const Wire wire(scenario_); }
-    EXPECT_EQ(Content(), "{ \"free\": 112,\n  \"memory\": { \"7\": [9] } }\n");
+    Program();
+    EXPECT_EQ(Content(), kProgrammed);
+    Wire wire(R"({"image": "image.json", "remote": {"free": 255, "memory": {"1": [2]}}})", folder_ / "");
+    wire.Play("8 = 0 8; 5 = 0 5 96; 2 = 0 2; 1 0 0 1 = 0 194");
+    EXPECT_EQ(wire.host.TheRemote()->Contents().memory, (WordRuns{{7, {{9, 52}}}, {256, {{1, 52}, {2, 3}}}}));
+    EXPECT_EQ(FileCount(), 1);
 }
 
 TEST_F(RemoteImage, IsLeftAsItStandsIfNothingHasChanged) {
     const std::string text = R"({"memory":{},"free":112})";
     (void)folder_.Write("image.json", text);
-    { const Wire wire(scenario_); }
+    Wire(kScenario, folder_ / "").Play("165 = 0 165");
     EXPECT_EQ(Content(), text);
 }
 
 TEST_F(RemoteImage, HoldsAFullMemory) {
-    scenario_.remote->contents.memory = {{0, std::vector<Word>(Remote::kMemoryWords, {255, 52})}};
-    { const Wire wire(scenario_); }
-    Scenario next;
-    next.image = scenario_.image;
-    EXPECT_EQ(Wire(next).host.TheRemote()->Contents(), scenario_.remote->contents);
+    Remote remote({.contents = {.memory = {{0, std::vector<Word>(Remote::kMemoryWords, {255, 52})}}}});
+    { const Image image(folder_ / "image.json", remote); }
+    Remote next({});
+    const Image image(folder_ / "image.json", next);
+    EXPECT_EQ(next.Contents(), remote.Contents());
 }
 
 TEST_F(RemoteImage, ThatIsALinkIsReplacedWhereItPoints) {
-    (void)folder_.Write("kept.json", R"({"memory":{},"free":0})");
+    (void)folder_.Write("kept.json", R"({"memory":{"7":[9]},"free":112})");
     std::error_code noLinks;
-    fs::create_symlink("kept.json", scenario_.image, noLinks);
+    fs::create_symlink("kept.json", folder_ / "image.json", noLinks);
     if (noLinks) GTEST_SKIP() << "no links here";
-    {
-        Wire wire(scenario_);
-        Program(wire);
-    }
-    EXPECT_TRUE(fs::is_symlink(scenario_.image));
-    EXPECT_NE(Content("kept.json").find("[1,[2,3]]"), std::string::npos);
+    Program();
+    EXPECT_TRUE(fs::is_symlink(folder_ / "image.json"));
+    EXPECT_EQ(Content("kept.json"), kProgrammed);
 }
 
 TEST_F(RemoteImage, ThatIsCorruptIsRefusedAndKept) {
@@ -91,29 +72,25 @@ TEST_F(RemoteImage, ThatIsCorruptIsRefusedAndKept) {
           R"({"free": 1, "memory": {"1": [[2]]}})", R"({"free": 1, "memory": {"1": [[2, 3, 4]]}})",
           R"({"free": 1, "memory": {"1": [[2, 300]]}})", R"({"free": 1, "memory": {}, "version": 1})"}) {
         (void)folder_.Write("image.json", text);
-        EXPECT_THROW(const Wire wire(scenario_), ScenarioError) << text;
+        EXPECT_THROW(Wire(kScenario, folder_ / ""), ScenarioError) << text;
         EXPECT_EQ(Content(), text);
     }
 }
 
 TEST_F(RemoteImage, NeedsAPlaceForAFile) {
-    for (const fs::path& bad : {folder_ / "no folder/image.json", folder_ / ""}) {
-        scenario_.image = bad;
-        EXPECT_THROW(const Wire wire(scenario_), ScenarioError);
-    }
-    scenario_.remote.reset();  // with nothing to keep the image is of no concern
-    EXPECT_NO_THROW(const Wire wire(scenario_));
+    EXPECT_THROW(Wire(kScenario, folder_ / "no folder"), ScenarioError);
+    EXPECT_THROW(Wire(R"({"image": "."})", folder_ / ""), ScenarioError);
+    EXPECT_NO_THROW(Wire(R"({"image": ".", "remote": null})", folder_ / ""));  // nothing is to be kept
 }
 
 TEST_F(RemoteImage, ThatCantBeWrittenIsToldOfAndLeavesNothingBehind) {
     fs::create_directory(folder_ / "gone");
-    scenario_.image = folder_ / "gone/image.json";
-    Wire wire(scenario_);
+    Wire wire(kScenario, folder_ / "gone");
     fs::remove(folder_ / "gone");
     EXPECT_THROW(wire.host.SaveImage(), ImageError);
-    fs::create_directories(scenario_.image);  // a folder where the file should be
+    fs::create_directories(folder_ / "gone/image.json");  // a folder where the file should be
     EXPECT_THROW(wire.host.SaveImage(), ImageError);
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "gone"), {}), 1);
+    EXPECT_EQ(FileCount("gone"), 1);
 }
 
 }  // namespace

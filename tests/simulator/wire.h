@@ -4,15 +4,17 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <span>
+#include <sstream>
 #include <string>
-#include <utility>
+#include <string_view>
 #include <vector>
 
 #include "simulator/simulated_hid_host.h"
 
-/// What the simulator's tests write on the wire, and a machine to write it to.
+/// A simulated machine, and what the simulator's tests write on the wire.
 namespace vento::simulator {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -26,25 +28,56 @@ class StillClock final : public platform::Clock {
     Duration now{};
 };
 
-inline Bytes RemoteFrame(const Bytes& sendBytes, std::uint8_t replyCount, std::uint16_t factor = 1) {
-    const auto size = static_cast<std::uint8_t>(sendBytes.size());
-    Bytes frame = {static_cast<std::uint8_t>(size + 6), 'U', static_cast<std::uint8_t>(factor & 255),
-                   static_cast<std::uint8_t>(factor >> 8), size};
-    frame.insert(frame.end(), sendBytes.begin(), sendBytes.end());
-    frame.push_back(replyCount);
-    return frame;
-}
-
 /// A payload that begins with `bytes` and goes on with zeros.
 inline Bytes Padded(Bytes bytes) {
     bytes.resize(platform::kReportPayload);
     return bytes;
 }
 
+/// One frame for the remote and what comes back, as text: the send bytes, "x" and the LinkFactor (else 1),
+/// "/" and the count of reply bytes (else as many as come back), and, if a report is to come, "=" and its
+/// bytes from the status on, those behind being zeros. As in "1 0 8 /8 = 0 193".
+struct Step {
+    explicit Step(const std::string& text) {
+        std::istringstream words(text);
+        for (std::string word; words >> word;) {
+            const auto number = [&](std::size_t from) { return std::stoi(word.substr(from)); };
+            if (word == "=") {
+                reply.emplace();
+            } else if (word[0] == 'x') {
+                factor = static_cast<std::size_t>(number(1));
+            } else if (word[0] == '/') {
+                replyCount = number(1);
+            } else {
+                (reply ? *reply : sendBytes).push_back(static_cast<std::uint8_t>(number(0)));
+            }
+        }
+        if (!replyCount) replyCount = reply ? static_cast<int>(reply->size()) - 1 : 0;
+        if (reply) reply = Padded(*reply);
+    }
+
+    [[nodiscard]] Bytes Frame() const {
+        Bytes frame;
+        const std::size_t n = sendBytes.size();
+        for (const std::size_t each : {n + 6, std::size_t{'U'}, factor % 256, factor / 256, n}) {
+            frame.push_back(static_cast<std::uint8_t>(each));
+        }
+        frame.insert(frame.end(), sendBytes.begin(), sendBytes.end());
+        frame.push_back(static_cast<std::uint8_t>(*replyCount));
+        return frame;
+    }
+
+    Bytes sendBytes;
+    std::size_t factor = 1;
+    std::optional<int> replyCount;
+    std::optional<Bytes> reply;
+};
+
 /// A simulated machine, used by the report.
 class Wire {
   public:
-    explicit Wire(const Scenario& scenario = {}) : host(scenario, clock) {}
+    explicit Wire(std::string_view scenario = "{}", const std::filesystem::path& folder = {})
+        : host(ParseScenario(scenario, folder), clock) {}
 
     /// Searches, and opens the first transmitter that opens.
     bool Open() {
@@ -61,17 +94,12 @@ class Wire {
         return answer.outcome == platform::OpenOutcome::opened;
     }
 
-    bool Write(const Bytes& payload) {
-        platform::Report report{};
-        std::ranges::copy(payload, report.begin() + 1);
-        return host.WriteReport(device, report);
-    }
-
-    bool WriteFrame(std::span<const std::uint8_t> frame) {
-        while (!frame.empty()) {
-            const auto part = frame.first(std::min(frame.size(), platform::kReportPayload));
-            if (!Write({part.begin(), part.end()})) return false;
-            frame = frame.subspan(part.size());
+    bool Write(std::span<const std::uint8_t> bytes) {
+        for (; !bytes.empty(); bytes = bytes.subspan(std::min(bytes.size(), platform::kReportPayload))) {
+            platform::Report report{};
+            std::ranges::copy(bytes.first(std::min(bytes.size(), platform::kReportPayload)),
+                              report.begin() + 1);
+            if (!host.WriteReport(device, report)) return false;
         }
         return true;
     }
@@ -87,32 +115,23 @@ class Wire {
     std::optional<Bytes> Exchange(const Bytes& frame) {
         if (!Open()) return std::nullopt;
         std::optional<Bytes> reply;
-        if (WriteFrame(frame)) reply = Read();
+        if (Write(frame)) reply = Read();
         host.Close(device);
         return reply;
+    }
+
+    /// Checks a conversation, which is steps with ";" between them, each in a cycle of its own.
+    void Play(const std::string& script) {
+        std::istringstream steps(script);
+        for (std::string text; std::getline(steps, text, ';');) {
+            const Step step(text);
+            EXPECT_EQ(Exchange(step.Frame()), step.reply) << "at " << text;
+        }
     }
 
     StillClock clock;
     SimulatedHidHost host;
     platform::HidHandle device = -1;
 };
-
-/// One frame of a conversation, and what comes back.
-struct Step {
-    Bytes sendBytes;
-    std::uint8_t replyCount = 1;
-    Bytes reply;  ///< from the status on, zeros behind; empty for no report
-    std::uint16_t factor = 1;
-};
-
-inline void Play(Wire& wire, const std::vector<Step>& steps) {
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        const Step& step = steps[i];
-        std::optional<Bytes> expected;
-        if (!step.reply.empty()) expected = Padded(step.reply);
-        EXPECT_EQ(wire.Exchange(RemoteFrame(step.sendBytes, step.replyCount, step.factor)), expected)
-            << "step " << i;
-    }
-}
 
 }  // namespace vento::simulator
