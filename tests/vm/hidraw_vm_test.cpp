@@ -174,7 +174,7 @@ TEST_F(HidrawInTheKernel, NoticesThatTheTransmitterGoesWhileItIsOpen) {
     EXPECT_FALSE(opened.device.Read(report_)) << "it went during the read";
     EXPECT_FALSE(opened.device.Read(report_));
     EXPECT_FALSE(opened.device.Write(report_));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 900ms) << "nobody waits for a device that has gone";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1900ms) << "nobody waits for a device that has gone";
 }
 
 TEST_F(HidrawInTheKernel, PassesOverATransmitterThatGoesBeforeItIsOpened) {
