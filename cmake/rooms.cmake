@@ -44,13 +44,14 @@ if(WIN32)
     include(${CMAKE_CURRENT_LIST_DIR}/windows/program_resources.cmake)
 endif()
 
-# vento_program(NAME SOURCES file... [USES room...] [LINKS target...]), the files relative to the current folder.
+# vento_program(NAME SOURCES file... [USES room...] [LINKS target...] [TITLE text]), the files relative to the current
+# folder. TITLE says what the program is to the people that get it.
 function(vento_program name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;USES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "" "TITLE" "SOURCES;USES;LINKS" ${ARGN})
     list(TRANSFORM ARG_USES PREPEND vento_)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_USES} ${ARG_LINKS} vento_options)
     if(WIN32)
-        program_resources(${name})
+        program_resources(${name} "${ARG_TITLE}")
     endif()
 endfunction()

@@ -1,13 +1,44 @@
 # What a Windows program carries along besides its code.
 enable_language(RC)
-set(resources ${PROJECT_SOURCE_DIR}/packaging/windows)
+set(windows_resources ${PROJECT_BINARY_DIR}/resources)
+set(windows_packaging ${PROJECT_SOURCE_DIR}/packaging/windows)
+configure_file(${windows_packaging}/manifest.rc.in ${windows_resources}/manifest.rc @ONLY)
+set_source_files_properties(${windows_resources}/manifest.rc PROPERTIES
+    OBJECT_DEPENDS ${windows_packaging}/program.manifest)
 
-# program_resources(TARGET): the manifest, which every program needs that is to meet paths and texts beyond ASCII.
-function(program_resources target)
-    set(script ${PROJECT_BINARY_DIR}/resources/manifest.rc)
-    if(NOT EXISTS ${script})
-        file(WRITE ${script} "1 24 \"${resources}/program.manifest\"\n")  # 24: RT_MANIFEST
+# windows_icon(NAME): resources/NAME.ico in the build folder, from the drawing of that name.
+find_program(RSVG_CONVERT rsvg-convert REQUIRED)
+find_program(ICOTOOL icotool REQUIRED)
+function(windows_icon name)
+    set(drawing ${PROJECT_SOURCE_DIR}/src/desktop/art/${name}.svg)
+    set(sizes 16 20 24 32 40 48 64 256)
+    set(pictures ${sizes})
+    list(TRANSFORM pictures REPLACE ".+" "${windows_resources}/${name}-\\0.png")
+    set(draw)
+    foreach(size picture IN ZIP_LISTS sizes pictures)
+        list(APPEND draw COMMAND ${RSVG_CONVERT} -w ${size} -h ${size} -o ${picture} ${drawing})
+    endforeach()
+    list(POP_BACK pictures largest)  # which the system wants as a compressed picture, the others as plain ones
+    add_custom_command(OUTPUT ${windows_resources}/${name}.ico
+        ${draw}
+        COMMAND ${ICOTOOL} -c -o ${windows_resources}/${name}.ico ${pictures} -r ${largest}
+        DEPENDS ${drawing} VERBATIM)
+endfunction()
+windows_icon(vento)
+windows_icon(programme)
+add_custom_target(windows_icons DEPENDS ${windows_resources}/vento.ico ${windows_resources}/programme.ico)
+
+# program_resources(TARGET TITLE): the manifest, which every program needs that is to meet paths and texts beyond ASCII;
+# where there is a TITLE, the icons and the version that the system shows too.
+function(program_resources target title)
+    target_sources(${target} PRIVATE ${windows_resources}/manifest.rc)
+    if(NOT title)
+        return()
     endif()
-    set_property(SOURCE ${script} APPEND PROPERTY OBJECT_DEPENDS ${resources}/program.manifest)
+    set(script ${windows_resources}/${target}.rc)
+    configure_file(${windows_packaging}/program.rc.in ${script} @ONLY)
     target_sources(${target} PRIVATE ${script})
+    set_source_files_properties(${script} TARGET_DIRECTORY ${target} PROPERTIES
+        OBJECT_DEPENDS "${windows_resources}/vento.ico;${windows_resources}/programme.ico")
+    add_dependencies(${target} windows_icons)
 endfunction()

@@ -1,10 +1,9 @@
 #include "platform/windows/files.h"
 
-#include <windows.h>
-
 #include <vector>
 
 #include "platform/windows/owned_handle.h"
+#include "platform/windows/system.h"
 #include "platform/windows/text.h"
 
 namespace vento::platform {

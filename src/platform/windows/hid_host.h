@@ -1,7 +1,7 @@
 #pragma once
 
-#include <windows.h>
-// It needs windows.h before it.
+#include "platform/windows/system.h"
+// It needs that before it.
 #include <setupapi.h>
 
 #include <string>

@@ -1,9 +1,8 @@
 #include "platform/windows/language.h"
 
-#include <windows.h>
-
 #include <array>
 
+#include "platform/windows/system.h"
 #include "platform/windows/text.h"
 
 namespace vento::platform {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <windows.h>
-
 #include <utility>
+
+#include "platform/windows/system.h"
 
 namespace vento::platform {
 

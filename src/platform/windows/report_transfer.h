@@ -1,8 +1,7 @@
 #pragma once
 
-#include <windows.h>
-
 #include "platform/hid_host.h"
+#include "platform/windows/system.h"
 
 namespace vento::platform {
 

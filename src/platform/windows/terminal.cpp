@@ -1,0 +1,106 @@
+#include "platform/terminal.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <span>
+
+#include "platform/windows/system.h"
+#include "platform/windows/text.h"
+
+namespace vento::platform {
+namespace {
+
+constexpr int kSignalStatus = 128;  // added to a signal's number, as shells do
+constexpr std::size_t kUsualColumns = 80;
+constexpr DWORD kGraceInMilliseconds = 5000;  // as much as the system gives a program whose window is closed
+
+// All that the handler touches, which has a thread of its own.
+std::atomic<int> interrupts{0};
+std::atomic<int> endStatus{0};
+
+// TRUE where the event has been dealt with; FALSE lets the system end the program.
+BOOL WINAPI OnControlEvent(DWORD event) {
+    switch (event) {
+        case CTRL_C_EVENT:
+            if (++interrupts == 2) endStatus = kSignalStatus + SIGINT;
+            return interrupts <= 2 ? TRUE : FALSE;
+        case CTRL_BREAK_EVENT:
+            return endStatus.exchange(kSignalStatus + SIGBREAK) == 0 ? TRUE : FALSE;
+        default:  // the console's window is closed, the user logs off: once this returns, the program is
+                  // ended
+            endStatus = kSignalStatus + SIGTERM;
+            ::Sleep(kGraceInMilliseconds);
+            return FALSE;
+    }
+}
+
+HANDLE StandardError() {
+    return ::GetStdHandle(STD_ERROR_HANDLE);
+}
+
+class WindowsTerminal final : public Terminal {
+  public:
+    WindowsTerminal() : codePage_(::GetConsoleOutputCP()) {
+        ::SetConsoleCtrlHandler(OnControlEvent, TRUE);
+        ::SetConsoleOutputCP(CP_UTF8);
+        if (::GetConsoleMode(StandardError(), &mode_) != 0) {
+            canRedraw_ = ::SetConsoleMode(StandardError(), mode_ | ENABLE_PROCESSED_OUTPUT |
+                                                               ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+        }
+        // What is written is the same, byte for byte, on every system.
+        static_cast<void>(::_setmode(::_fileno(stdout), _O_BINARY));
+        static_cast<void>(::_setmode(::_fileno(stderr), _O_BINARY));
+    }
+    WindowsTerminal(const WindowsTerminal&) = delete;
+    WindowsTerminal& operator=(const WindowsTerminal&) = delete;
+    WindowsTerminal(WindowsTerminal&&) = delete;
+    WindowsTerminal& operator=(WindowsTerminal&&) = delete;
+    ~WindowsTerminal() override {  // the console goes on without us
+        if (canRedraw_) ::SetConsoleMode(StandardError(), mode_);
+        if (codePage_ != 0) ::SetConsoleOutputCP(codePage_);
+    }
+
+    [[nodiscard]] bool CanRedraw() const override { return canRedraw_; }
+
+    [[nodiscard]] std::size_t Columns() const override {
+        CONSOLE_SCREEN_BUFFER_INFO info{};
+        if (::GetConsoleScreenBufferInfo(StandardError(), &info) == 0) return kUsualColumns;
+        return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
+    }
+
+    [[nodiscard]] int Interrupts() const override { return interrupts; }
+
+    [[nodiscard]] std::optional<int> EndDemanded() const override {
+        const int status = endStatus;
+        return status != 0 ? std::optional(status) : std::nullopt;
+    }
+
+  private:
+    UINT codePage_;
+    DWORD mode_ = 0;
+    bool canRedraw_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Terminal> MakeNativeTerminal() {
+    return std::make_unique<WindowsTerminal>();
+}
+
+// The system has the command line as one text; `argv` is what the C library has made of it.
+std::vector<std::string> NativeArguments(int /*argc*/, const char* const* /*argv*/) {
+    int count = 0;
+    wchar_t** const words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    if (words == nullptr) return {};
+    std::vector<std::string> arguments;
+    for (const wchar_t* word : std::span(words, static_cast<std::size_t>(count)).subspan(1))
+        arguments.push_back(Utf8(word));
+    ::LocalFree(static_cast<HLOCAL>(words));
+    return arguments;
+}
+
+}  // namespace vento::platform
