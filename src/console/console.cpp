@@ -68,7 +68,8 @@ int RunConsole(const std::vector<std::string>& arguments, const platform::Termin
         if (word.status == 0) return Deliver(word.text, 0, notices);
         static_cast<void>(std::fputs(word.text.c_str(), stderr));
         return word.status;
-    } catch (...) {
+    } catch (const std::exception& error) {
+        static_cast<void>(std::fprintf(stderr, "ventoctl: %s\n", error.what()));
         return kUnforeseen;
     }
 }

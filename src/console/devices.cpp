@@ -65,7 +65,7 @@ AccessName AccessOf(OpenOutcome outcome) {
         case OpenOutcome::foreign:
             break;
     }
-    return {"unknown", {"", ""}};  // it was left alone
+    return {"unknown", {"altro dispositivo", "another device"}};  // left alone
 }
 
 ordered_json InterfaceFields(const Found& found) {
@@ -90,14 +90,13 @@ std::string Hex(std::uint16_t value) {
     return hex;
 }
 
-// * 04d8:0001  transmitter  accessible  /dev/hidraw0
+// * /dev/hidraw0
+//   04d8:0001  transmitter, accessible
 std::string Describe(const Found& found, Tongue tongue) {
-    const std::string ids =
-        found.identity ? Hex(found.identity->vendorId) + ":" + Hex(found.identity->productId) : "????:????";
-    const Phrase kind =
-        found.Recognised() ? Phrase{"trasmettitore", "transmitter"} : Phrase{"altro", "other"};
-    return std::string(found.taken ? "* " : "  ") + ids + "  " + Pad(kind.In(tongue), 13) + "  " +
-           Pad(AccessOf(found.outcome).phrase.In(tongue), 13) + "  " + Printable(found.name) + "\n";
+    std::string text = (found.taken ? "* " : "  ") + Printable(found.name) + "\n  ";
+    if (found.identity) text += Hex(found.identity->vendorId) + ":" + Hex(found.identity->productId) + "  ";
+    if (found.Recognised()) text += Phrase{"trasmettitore, ", "transmitter, "}.In(tongue);
+    return text + AccessOf(found.outcome).phrase.In(tongue) + "\n";
 }
 
 std::string Legend(const std::vector<Found>& all, Tongue tongue) {

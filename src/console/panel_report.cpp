@@ -29,7 +29,7 @@ std::string_view LanguageName(platform::Tongue tongue) {
 Progress ProgressOf(FormWeb& form) {
     Progress progress;
     progress.caption = form.Label1.Caption();
-    if (form.Command6(kCancelHolder).Enabled()) {
+    if (form.Command6(kCancelHolder).Enabled() && !progress.caption.empty()) {
         progress.hint = Phrase{"Ctrl-C annulla", "Ctrl-C cancels"}.In(form.Tongue());
     }
     const ProgressBar& bar = form.ProgressBar1;

@@ -1,0 +1,74 @@
+"""What the tests of the console program share: a folder for each test, programmes, scenarios, and runs of the
+program, whose command line the environment's VENTOCTL begins."""
+
+import json
+import os
+import pathlib
+import shlex
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+COMMAND = shlex.split(os.environ["VENTOCTL"])
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+PLAIN_ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8", "TERM": "xterm", "NO_COLOR": ""}
+
+
+def code_list(name, size):
+    """A code list of `size` bytes whose section reads back as `name`."""
+    codes = [ord(character) + 128 for character in name.ljust(8)]
+    return ",".join(map(str, (codes + [index * 7 % 256 for index in range(size)])[:size]))
+
+
+def programme(size=300):
+    """A whole programme, three columns with lists A and B of `size` bytes each."""
+    return "".join(
+        f"{column};{label};{code_list(f'{label} {letter}', size)};x;y\n"
+        for column, label in ((1, "ALFA"), (2, "BETA"), (3, "GAMMA"))
+        for letter in "AB"
+    )
+
+
+class ConsoleTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="ventoctl-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def file(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode("cp1252"))
+        return str(path)
+
+    def simulate(self, **scenario):
+        """The option for a scenario without latency, or with what is given."""
+        scenario = {"reportMicroseconds": 0, **scenario}
+        return "--simulate=" + self.file("scenario.json", json.dumps(scenario))
+
+    def start(self, *arguments, environment=None, **streams):
+        return subprocess.run(
+            [*COMMAND, *arguments],
+            env={**PLAIN_ENVIRONMENT, **(environment or {})},
+            cwd=self.folder,
+            stdin=subprocess.DEVNULL,
+            stdout=streams.get("stdout", subprocess.PIPE),
+            stderr=subprocess.PIPE,
+            timeout=60,
+            check=False,
+        )
+
+    def run_console(self, status, *arguments, **how):
+        """Runs the program, which has to end with `status`; its two outputs as text."""
+        done = self.start(*arguments, **how)
+        out = (done.stdout or b"").decode().replace("\r\n", "\n")
+        err = done.stderr.decode().replace("\r\n", "\n")
+        self.assertEqual(done.returncode, status, f"{arguments}\n{out}\n{err}")
+        return out, err
+
+    def run_json(self, status, *arguments, **how):
+        return json.loads(self.run_console(status, *arguments, "--json", **how)[0])
+
+    def trace_of(self, status, *arguments):
+        path = self.folder / "trace.jsonl"
+        self.run_console(status, *arguments, "--trace", str(path))
+        return [json.loads(line) for line in path.read_text().splitlines()]
