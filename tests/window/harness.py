@@ -151,8 +151,9 @@ class Window:
 
     def bar(self):
         """The value of the bar and the largest it can have; nothing while it is hidden."""
-        value, largest = Atspi.Value.get_current_value(self.gauge), Atspi.Value.get_maximum_value(self.gauge)
-        return (value, largest) if self.shows(self.gauge) else None
+        if not self.shows(self.gauge):
+            return None
+        return Atspi.Value.get_current_value(self.gauge), Atspi.Value.get_maximum_value(self.gauge)
 
     # What X11 alone can do.
 

@@ -8,7 +8,6 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QScreen>
-#include <QTimer>
 #include <QUrl>
 #include <optional>
 
@@ -46,6 +45,8 @@ FormWindow::FormWindow(FormWeb& form, const QString& title)
       label1_(form.Label1, ControlId::Label1, form.Tongue(), this),
       progressBar1_(form.ProgressBar1, ControlId::ProgressBar1, form.Tongue(), this),
       escape_(QKeySequence(Qt::Key_Escape), this) {
+    loading_.setSingleShot(true);
+    connect(&loading_, &QTimer::timeout, this, [this] { form_.DropFile(dropped_); });
     connect(&escape_, &QShortcut::activated, this, [this] { form_.Cancel(); });
     setWindowTitle(title);
     setAcceptDrops(true);
@@ -115,8 +116,8 @@ void FormWindow::dropEvent(QDropEvent* event) {
     const auto path = ProgrammeFileIn(*event->mimeData());
     if (!path) return;
     event->acceptProposedAction();
-    QTimer::singleShot(0, this,
-                       [this, file = QFile::encodeName(*path).toStdString()] { form_.DropFile(file); });
+    dropped_ = QFile::encodeName(*path).toStdString();
+    loading_.start();
 }
 
 }  // namespace vento::desktop::qt

@@ -3,7 +3,9 @@
 #include <QMainWindow>
 #include <QShortcut>
 #include <QString>
+#include <QTimer>
 #include <array>
+#include <string>
 
 #include "desktop/qt/views.h"
 #include "panel/form_web.h"
@@ -36,6 +38,8 @@ class FormWindow : public QMainWindow {
     LabelView label1_;
     BarView progressBar1_;
     QShortcut escape_;
+    QTimer loading_;
+    std::string dropped_;  ///< the file that `loading_` is about to load
 };
 
 }  // namespace vento::desktop::qt
