@@ -63,7 +63,7 @@ int RunConsole(const std::vector<std::string>& arguments, const platform::Termin
     try {
         const auto parsed = ParseOptions(arguments);
         if (const auto* options = std::get_if<Options>(&parsed)) return RunCommand(*options, terminal);
-        const LastWord& word = std::get<LastWord>(parsed);
+        const auto& word = std::get<LastWord>(parsed);
         Notices notices(terminal, false);
         if (word.status == 0) return Deliver(word.text, 0, notices);
         static_cast<void>(std::fputs(word.text.c_str(), stderr));
