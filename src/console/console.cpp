@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <system_error>
 #include <variant>
 

@@ -1,7 +1,6 @@
 #include "console/panel_report.h"
 
-#include <cmath>
-#include <cstdio>
+#include <chrono>
 #include <string>
 
 #include "console/failure.h"
