@@ -1,7 +1,6 @@
 """The trace: what crosses the link, step by step, and whole up to the moment of whatever goes wrong."""
 
 import json
-import signal
 import subprocess
 import time
 import unittest
@@ -67,7 +66,7 @@ class Trace(ConsoleTest):
         process = subprocess.Popen([*COMMAND, *arguments], env=PLAIN_ENVIRONMENT, stderr=subprocess.DEVNULL)
         while path.read_text().count("\n") < 20:
             time.sleep(0.01)
-        process.send_signal(signal.SIGKILL if hasattr(signal, "SIGKILL") else signal.SIGTERM)
+        process.kill()
         process.wait()
         text = path.read_text()
         self.assertTrue(text.endswith("}\n"))
