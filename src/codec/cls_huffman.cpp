@@ -1,0 +1,88 @@
+#include "codec/cls_huffman.h"
+
+#include <filesystem>
+#include <limits>
+#include <system_error>
+
+#include "codec/container.h"
+#include "codec/decoder.h"
+#include "codec/encoder.h"
+#include "codec/file_bytes.h"
+#include "codec/progress_meter.h"
+#include "codec/windows_1252.h"
+
+namespace vento::codec {
+namespace {
+
+void NeedLength32(std::size_t length) {
+    if (length > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+        throw OverflowError("The data are " + std::to_string(length) +
+                            " bytes long, and 2147483647 is the most");
+    }
+}
+
+}  // namespace
+
+void clsHuffman::EncodeFile(const std::string& sourceFile, const std::string& destFile) const {
+    if (!FileExists(sourceFile)) throw RaisedError("clsHuffman.EncodeFile()", "Source file does not exist");
+    auto bytes = ReadBytes(PathOf(sourceFile));
+    Encode(bytes, nullptr);
+    ReplaceFile(PathOf(destFile), bytes);
+}
+
+bool clsHuffman::DecodeFile(const std::string& sourceFile, std::vector<std::uint8_t>& byteArray,
+                            const std::optional<std::string>& destFile) const {
+    byteArray = ReadBytes(PathOf(sourceFile));
+    const bool uncoded = Decode(byteArray, nullptr);
+    if (destFile) ReplaceFile(PathOf(*destFile), byteArray);
+    return uncoded;
+}
+
+std::string clsHuffman::DecodeString(const std::string& text, KeyArray* codeCript) const {
+    auto bytes = BytesOf(text);
+    Decode(bytes, codeCript);
+    return TextOf(bytes);
+}
+
+std::string clsHuffman::EncodeString(const std::string& text, const KeyArray* codeCript) const {
+    auto bytes = BytesOf(text);
+    Encode(bytes, codeCript);
+    return TextOf(bytes);
+}
+
+void clsHuffman::Encode(std::vector<std::uint8_t>& byteArray, const KeyArray* codeCript) const {
+    NeedLength32(byteArray.size());
+    ProgressMeter progress(Progress);
+    std::vector<std::uint8_t> container;
+    const bool coded = codec::Encode(byteArray, codeCript, progress, container);
+    byteArray.swap(container);
+    if (coded) progress.Finish();
+}
+
+bool clsHuffman::Decode(std::vector<std::uint8_t>& byteArray, KeyArray* codeCript) const {
+    NeedLength32(byteArray.size());
+    switch (FormOf(byteArray)) {
+        case Form::Foreign:
+            return true;
+        case Form::Stored:
+            byteArray.erase(byteArray.begin(), byteArray.begin() + FormSize);
+            return true;
+        case Form::Coded:
+            break;
+    }
+    ProgressMeter progress(Progress);
+    std::vector<std::uint8_t> decoded;
+    if (DecodeCoded(byteArray, codeCript, progress, decoded)) {
+        byteArray.swap(decoded);
+        progress.Finish();
+    }
+    return false;
+}
+
+bool clsHuffman::FileExists(const std::string& path) {
+    std::error_code failed;
+    static_cast<void>(std::filesystem::file_size(PathOf(path), failed));
+    return !failed;
+}
+
+}  // namespace vento::codec

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vento::codec {
+
+/// The path that a UTF-8 text names, on systems of every kind.
+[[nodiscard]] std::filesystem::path PathOf(const std::string& text);
+
+/// All bytes of a file, in one read. Throws std::filesystem::filesystem_error, and OverflowError for a file
+/// whose length does not fit 32 signed bits.
+[[nodiscard]] std::vector<std::uint8_t> ReadBytes(const std::filesystem::path& path);
+
+/// Makes a new file of `bytes`, in one write, in place of the one that may be there. Throws
+/// std::filesystem::filesystem_error; what was there is then gone.
+void ReplaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
+
+}  // namespace vento::codec

@@ -1,0 +1,132 @@
+#include "codec/lanes.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "codec/little_endian.h"
+
+namespace vento::codec {
+namespace {
+
+using Entry = DecodeTable::Entry;
+
+/// So many look-ups use up no more bits than one load of eight bytes holds for certain.
+constexpr unsigned LookUpsPerLoad = 5;
+constexpr std::uint64_t MostBitsPerLoad = LookUpsPerLoad * DecodeTable::MostIndexBits;
+static_assert(MostBitsPerLoad <= 57);
+
+/// And so many loads give what the longest code uses up.
+constexpr std::uint64_t LoadsPerCode = 255 / MostBitsPerLoad + 1;
+
+/// The bits from `position` on, 57 of them at least.
+std::uint64_t BitsAt(const std::uint8_t* data, std::uint64_t position) {
+    return Load64(data + position / 8) >> position % 8;
+}
+
+/// A table pays only if there is enough to look up in it.
+unsigned IndexBitsFor(std::size_t dataBytes) {
+    return dataBytes > 8192 ? DecodeTable::MostIndexBits : 9;
+}
+
+}  // namespace
+
+LaneDecoder::LaneDecoder(const CodedHeader& header, std::span<const std::uint8_t> data)
+    : header_(header),
+      data_(data),
+      table_(header.codeTree, IndexBitsFor(data.size())),
+      symbols_(std::make_unique_for_overwrite<std::uint8_t[]>(Begin(Lanes))) {}
+
+/// One symbol, from `node` on, to which the bits before the lane's position have led.
+void LaneDecoder::WalkOn(Lane& lane, std::int16_t node) const {
+    const std::uint64_t end = 8 * std::uint64_t{data_.size()};
+    for (; node != -1 && lane.position < end; ++lane.position) {
+        const CodeNode& here = header_.codeTree[static_cast<std::size_t>(node)];
+        if (here.Symbol != -1) {
+            symbols_[lane.out++] = static_cast<std::uint8_t>(here.Symbol);
+            return;
+        }
+        const bool bit = (data_[lane.position / 8] >> lane.position % 8 & 1) != 0;
+        node = bit ? here.OneChild : here.ZeroChild;
+    }
+    lane.position = Lane::Lost;
+}
+
+/// One symbol, however many the table would give.
+void LaneDecoder::StepOne(Lane& lane) const {
+    const Entry entry = table_.At(BitsAt(data_.data(), lane.position));
+    if (DecodeTable::CountOf(entry) == 0) {
+        lane.position += table_.IndexBits();
+        WalkOn(lane, DecodeTable::NodeOf(entry));
+        return;
+    }
+    const auto symbol = static_cast<std::uint8_t>(entry);
+    symbols_[lane.out++] = symbol;
+    lane.position += header_.codeLengths[symbol];
+}
+
+/// Moves the lanes until one of them is near its stop. The look-ups of all lanes stand side by side, each
+/// lane's position and place in registers of their own: place x 256 + the bits used up since the last load.
+template <std::size_t count>
+void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
+    const std::uint8_t* const data = data_.data();
+    std::uint8_t* const symbols = symbols_.get();
+    const DecodeTable::View table = table_.Look();
+    const auto loadsLeft = [&] {
+        std::uint64_t fewest = ~std::uint64_t{0};
+        for (const Lane& lane : lanes)
+            fewest = std::min(fewest,
+                              lane.position < lane.stop ? (lane.stop - lane.position) / MostBitsPerLoad : 0);
+        return fewest;
+    };
+    const auto run = [&]<std::size_t... i>(std::index_sequence<i...>) {
+        std::uint64_t loads = loadsLeft();
+        std::array<std::uint64_t, count> position = {lanes[i].position...};
+        std::array<std::uint64_t, count> place = {std::uint64_t{lanes[i].out} << 8 ...};
+        while (loads > 0) {
+            std::array<std::uint64_t, count> bits = {BitsAt(data, position[i])...};
+            std::array<Entry, count> entry{};
+            const auto lookUp = [&](std::size_t lane) {
+                entry[lane] = table.At(bits[lane]);
+                Store64(symbols + (place[lane] >> 8), entry[lane]);
+                entry[lane] = DecodeTable::CountAndBitsOf(entry[lane]);
+                bits[lane] >>= static_cast<unsigned>(entry[lane]) & 63U;
+                place[lane] += entry[lane];
+            };
+            for (unsigned k = 0; k < LookUpsPerLoad; ++k)
+                (lookUp(i), ...);
+            ((position[i] += place[i] & 0xff, place[i] &= ~std::uint64_t{0xff}), ...);
+            --loads;
+            const bool allFound = (... && static_cast<bool>(entry[i]));
+            if (!allFound) [[unlikely]] {
+                const auto goOn = [&](std::size_t lane) {
+                    if (entry[lane] != 0) return;
+                    Lane slow{position[lane], 0, static_cast<std::size_t>(place[lane] >> 8)};
+                    StepOne(slow);
+                    position[lane] = slow.position;
+                    place[lane] = std::uint64_t{slow.out} << 8;
+                    loads = slow.position == Lane::Lost ? 0 : loads - std::min(loads, LoadsPerCode);
+                };
+                (goOn(i), ...);
+            }
+        }
+        ((lanes[i].position = position[i], lanes[i].out = static_cast<std::size_t>(place[i] >> 8)), ...);
+    };
+    while (loadsLeft() > 0)
+        run(std::make_index_sequence<count>());
+}
+
+void LaneDecoder::Run(std::array<Lane, Lanes>& lanes) const {
+    RunFast(lanes);
+    for (Lane& lane : lanes)
+        Run(lane);
+}
+
+void LaneDecoder::Run(Lane& lane) const {
+    std::array<Lane, 1> one = {lane};
+    RunFast(one);
+    lane = one[0];
+    while (lane.position < lane.stop)
+        StepOne(lane);
+}
+
+}  // namespace vento::codec

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "codec/cls_huffman.h"
+
+/// The codec once more, as slow and as plain as it can be: one bit a step, one array element a bit.
+namespace oracle {
+
+using Bytes = std::vector<std::uint8_t>;
+using vento::codec::KeyArray;
+
+/// All that a call leaves behind.
+struct Outcome {
+    Bytes bytes;
+    std::vector<int> events;
+    /// "" for none, "range", "overflow", or the source of a raised error.
+    std::string error;
+    std::optional<KeyArray> key;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+/// On an error `bytes` is what was passed in.
+Outcome Encode(const Bytes& source, std::optional<KeyArray> key = {});
+Outcome Decode(const Bytes& container, std::optional<KeyArray> key = {});
+
+/// The same calls of the class itself.
+Outcome EncodeWithClass(const Bytes& source, std::optional<KeyArray> key = {});
+Outcome DecodeWithClass(const Bytes& container, std::optional<KeyArray> key = {});
+
+}  // namespace oracle
