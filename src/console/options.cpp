@@ -82,7 +82,10 @@ std::variant<Options, LastWord> ParseOptions(std::vector<std::string> arguments)
     Texts texts;
     const CommonOptions common = DeclareCommon(app, options, texts);
     app.require_subcommand(1);
-    app.fallthrough();  // the options may stand behind the command too; the commands inherit this
+    // The commands inherit these: options may stand behind a command too, and "/path" is a path on every
+    // system.
+    app.fallthrough();
+    app.allow_windows_style_options(false);
     app.footer(kFooter);
     for (const CommandEntry* entry : kCommands) {
         CLI::App* command = app.add_subcommand(std::string(entry->name), std::string(entry->summary));
