@@ -93,9 +93,10 @@ void InsertCode(CodeTree& codeTree, std::int32_t& nodeCount, std::int32_t symbol
         CodeNode& node = codeTree[static_cast<std::size_t>(current)];
         std::int16_t& child = code.Data[i] ? node.OneChild : node.ZeroChild;
         if (child == -1) {
-            if (nodeCount == static_cast<std::int32_t>(codeTree.size()))
+            if (nodeCount == static_cast<std::int32_t>(codeTree.size())) {
                 throw RangeError("The codes need a tree of more than 512 nodes (at symbol " +
                                  std::to_string(symbol) + ")");
+            }
             child = static_cast<std::int16_t>(nodeCount++);
             codeTree[static_cast<std::size_t>(child)] = CodeNode{.Parent = current};
         }

@@ -32,7 +32,7 @@ Elements MakeElements(const SymbolCodes& symbolCode) {
         const CodeBits& code = symbolCode[value];
         std::uint64_t bits = 0;
         for (std::size_t j = 0; j < code.Count; ++j)
-            bits |= std::uint64_t{code.Data[j]} << j;
+            bits |= std::uint64_t{code.Data[j] ? 1U : 0U} << j;
         if (code.Count > 0) elements[value] = MakeElement(bits, code.Count);
     }
     return elements;

@@ -17,9 +17,10 @@ bool DecodeCoded(std::span<const std::uint8_t> container, KeyArray* codeCript, P
     if (header.sourceLength == 0) return false;
     const auto checksum = ReadData(container, header, progress, decoded);
     ProgressPass(progress, 10000, decoded.size(), 11, 89).Until(decoded.size());
-    if (checksum != header.checksum)
+    if (checksum != header.checksum) {
         throw RaisedError("clsHuffman.Decode()",
                           "The data might be corrupted (checksum did not match expected value)");
+    }
     return true;
 }
 

@@ -12,7 +12,7 @@ using Entry = DecodeTable::Entry;
 
 /// So many look-ups use up no more bits than one load of eight bytes holds for certain.
 constexpr unsigned LookUpsPerLoad = 5;
-constexpr std::uint64_t MostBitsPerLoad = LookUpsPerLoad * DecodeTable::MostIndexBits;
+constexpr std::uint64_t MostBitsPerLoad = std::uint64_t{LookUpsPerLoad} * DecodeTable::MostIndexBits;
 static_assert(MostBitsPerLoad <= 57);
 
 /// And so many loads give what the longest code uses up.
@@ -73,9 +73,10 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
     const DecodeTable::View table = table_.Look();
     const auto loadsLeft = [&] {
         std::uint64_t fewest = ~std::uint64_t{0};
-        for (const Lane& lane : lanes)
-            fewest = std::min(fewest,
-                              lane.position < lane.stop ? (lane.stop - lane.position) / MostBitsPerLoad : 0);
+        for (const Lane& lane : lanes) {
+            const std::uint64_t left = lane.stop - std::min(lane.position, lane.stop);
+            fewest = std::min(fewest, left / MostBitsPerLoad);
+        }
         return fewest;
     };
     const auto run = [&]<std::size_t... i>(std::index_sequence<i...>) {

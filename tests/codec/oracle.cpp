@@ -173,16 +173,14 @@ std::vector<Node> Tree(const std::array<std::int64_t, 256>& counts) {
             if (tree[i].parent != -1) continue;
             const auto w = tree[i].weight;
             const auto weightOf = [&](int node) { return tree.at(static_cast<std::size_t>(node)).weight; };
-            if (a == -1)
-                a = static_cast<int>(i);
-            else if (b == -1)
-                b = static_cast<int>(i);
-            else if (w < weightOf(a) && w < weightOf(b))
-                (weightOf(a) < weightOf(b) ? b : a) = static_cast<int>(i);
-            else if (w < weightOf(a))
-                a = static_cast<int>(i);
-            else if (w < weightOf(b))
-                b = static_cast<int>(i);
+            const auto slot = [&]() -> int* {
+                if (a == -1) return &a;
+                if (b == -1) return &b;
+                if (w < weightOf(a) && w < weightOf(b)) return weightOf(a) < weightOf(b) ? &b : &a;
+                if (w < weightOf(a)) return &a;
+                return w < weightOf(b) ? &b : nullptr;
+            }();
+            if (slot != nullptr) *slot = static_cast<int>(i);
         }
         Node& zero = tree.at(static_cast<std::size_t>(a));
         Node& one = tree.at(static_cast<std::size_t>(b));
