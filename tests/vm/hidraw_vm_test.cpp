@@ -47,6 +47,12 @@ std::unique_ptr<UhidDevice> Plug(HidIdentity identity) {
     return device;
 }
 
+/// What the device hears of next; nothing if it hears of nothing for some seconds.
+std::optional<Kind> Hear(UhidDevice& device) {
+    const auto event = WaitFor([&] { return device.NextEvent(); });
+    return event ? std::optional(event->kind) : std::nullopt;
+}
+
 std::size_t OpenDescriptors() {
     const std::filesystem::directory_iterator open("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(open), end(open)));
@@ -99,8 +105,8 @@ TEST_F(HidrawInTheKernel, FindsEitherKindBehindForeignDevicesAndOpensNoneOfThose
         EXPECT_TRUE(LocateTransmitter(host_, vendorId, productId).found);
         EXPECT_EQ(vendorId, identity.vendorId);
         EXPECT_EQ(productId, identity.productId);
-        EXPECT_EQ(WaitFor([&] { return transmitter->NextEvent(); })->kind, Kind::opened);
-        EXPECT_EQ(WaitFor([&] { return transmitter->NextEvent(); })->kind, Kind::closed);
+        EXPECT_EQ(Hear(*transmitter), Kind::opened);
+        EXPECT_EQ(Hear(*transmitter), Kind::closed);
     }
     EXPECT_FALSE(keyboard->NextEvent()) << "was opened";
     EXPECT_FALSE(mouse->NextEvent()) << "was opened";
@@ -124,8 +130,9 @@ TEST_F(HidrawInTheKernel, CarriesReportsByteForByteAndStartsEachOpenEmpty) {
         for (std::size_t i = 1; i < report_.size(); ++i)
             report_[i] = static_cast<std::uint8_t>(i * round);
         ASSERT_TRUE(opened.device.Write(report_));
-        ASSERT_EQ(WaitFor([&] { return transmitter->NextEvent(); })->kind, Kind::opened);
+        ASSERT_EQ(Hear(*transmitter), Kind::opened);
         const auto output = WaitFor([&] { return transmitter->NextEvent(); });
+        ASSERT_TRUE(output);
         EXPECT_TRUE(std::ranges::equal(output->report, report_));
 
         const std::vector<std::uint8_t> answer(64, round);
@@ -135,7 +142,7 @@ TEST_F(HidrawInTheKernel, CarriesReportsByteForByteAndStartsEachOpenEmpty) {
         ASSERT_TRUE(opened.device.Read(read));
         EXPECT_TRUE(std::ranges::equal(std::span(read).subspan(1), answer));
         opened.device.Close();
-        ASSERT_EQ(WaitFor([&] { return transmitter->NextEvent(); })->kind, Kind::closed);
+        ASSERT_EQ(Hear(*transmitter), Kind::closed);
     }
 }
 
