@@ -146,28 +146,6 @@ TEST_F(HidrawInTheKernel, CarriesReportsByteForByteAndStartsEachOpenEmpty) {
     }
 }
 
-TEST_F(HidrawInTheKernel, FailsAReadOfAnyOtherLength) {
-    const auto transmitter = Plug(kFirstKind);
-    Opened opened = OpenFirst(host_);
-    for (const std::size_t count : {1U, 63U, 65U, 4096U}) {
-        transmitter->Send(std::vector<std::uint8_t>(count, 1));
-        EXPECT_FALSE(opened.device.Read(report_)) << count;
-    }
-    EXPECT_EQ(report_, Report{});
-    transmitter->Send(std::vector<std::uint8_t>(64, 1));
-    EXPECT_TRUE(opened.device.Read(report_));
-}
-
-TEST_F(HidrawInTheKernel, GivesASilentTransmitterOneSecond) {
-    const auto transmitter = Plug(kFirstKind);
-    Opened opened = OpenFirst(host_);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_FALSE(opened.device.Read(report_));
-    const auto took = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(took, 1s);
-    EXPECT_LT(took, 4s);
-}
-
 TEST_F(HidrawInTheKernel, NoticesThatTheTransmitterGoesWhileItIsOpen) {
     auto transmitter = Plug(kFirstKind);
     Opened opened = OpenFirst(host_);

@@ -200,9 +200,9 @@ class Misbehaviour(unittest.TestCase):
 
         with BentTransmitter(lambda frame: []):
             process = start("read")
-            time.sleep(2.5)
+            time.sleep(1.5)
             before = {open_files() for _ in range(20)}
-            time.sleep(2)
+            time.sleep(1.5)
             self.assertLessEqual(open_files(), max(before))
             process.send_signal(signal.SIGINT)
             outcome = Outcome(process)
@@ -236,7 +236,7 @@ class Misbehaviour(unittest.TestCase):
         for name, (reply, on_close) in bent.items():
             with self.subTest(name), BentTransmitter(reply, on_close):
                 process = start("read")
-                time.sleep(3)
+                time.sleep(2)
                 process.send_signal(signal.SIGINT)
                 self.assertIn(Outcome(process).result, {0, self.FLAGS_UNREAD, self.VERSION_UNREAD, self.CANCELLED})
         with BentTransmitter(good_reply):
