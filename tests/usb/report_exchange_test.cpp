@@ -51,7 +51,7 @@ TEST(ReportExchange, StitchesRepliesOfAnySizeFromWholeReports) {
         ScriptedHidHost host;
         host.answer = [](const Bytes&) {
             std::deque<Bytes> payloads(5, Bytes(64));
-            for (std::size_t i = 0; i < 5 * 64; ++i)
+            for (std::size_t i = 0; i < 320U; ++i)
                 payloads[i / 64][i % 64] = static_cast<std::uint8_t>(i);
             return payloads;
         };
