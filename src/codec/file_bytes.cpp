@@ -25,16 +25,16 @@ std::filesystem::path PathOf(const std::string& text) {
 }
 
 std::vector<std::uint8_t> ReadBytes(const std::filesystem::path& path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) Fail("cannot open", path);
+    // This comes first: what is no regular file may hold up whoever opens it.
     const std::uintmax_t length = std::filesystem::file_size(path);
     if (length > static_cast<std::uintmax_t>(std::numeric_limits<std::int32_t>::max())) {
         throw OverflowError("The file is " + std::to_string(length) +
                             " bytes long, and 2147483647 is the most");
     }
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length));
     errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file) Fail("cannot open", path);
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length));
     file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (!file) Fail("cannot read", path);
     return bytes;

@@ -56,8 +56,11 @@ extern const CommandEntry kProgramCommand;
 extern const CommandEntry kReadCommand;
 extern const CommandEntry kCheckCommand;
 extern const CommandEntry kDevicesCommand;
+extern const CommandEntry kEncodeCommand;
+extern const CommandEntry kDecodeCommand;
 
 /// All commands, in the order in which the help names them.
-inline constexpr std::array kCommands{&kProgramCommand, &kReadCommand, &kCheckCommand, &kDevicesCommand};
+inline constexpr std::array kCommands{&kProgramCommand, &kReadCommand,   &kCheckCommand,
+                                      &kDevicesCommand, &kEncodeCommand, &kDecodeCommand};
 
 }  // namespace vento::console

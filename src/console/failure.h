@@ -7,8 +7,9 @@ namespace vento::console {
 
 /// Exit statuses besides those of operations, which are their `ResultCode`; the numbers of sysexits.h.
 inline constexpr int kWrongUsage = 64;
-inline constexpr int kUnusableInput = 65;  ///< a programme or a scenario that can't be worked with
-inline constexpr int kMissingInput = 66;   ///< an input file that can't be read
+inline constexpr int kUnusableInput =
+    65;  ///< a programme, scenario, key or container that can't be worked with
+inline constexpr int kMissingInput = 66;  ///< an input file that can't be read
 inline constexpr int kUnforeseen = 70;
 inline constexpr int kFailedOutput = 73;  ///< results, trace or image that can't be written
 

@@ -16,6 +16,8 @@ struct Options {
     const CommandEntry* command = nullptr;  ///< never null in what ParseOptions gives
     std::string file;                       ///< with the commands that take one
     bool consume = false;
+    std::optional<std::string> dest;      ///< where the result of the codec goes
+    std::optional<std::string> key;       ///< the file with the key of the codec
     std::optional<std::string> simulate;  ///< the scenario; empty for the plain simulation
     std::optional<platform::Tongue> language;
     std::optional<std::string> trace;

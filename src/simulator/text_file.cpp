@@ -2,10 +2,10 @@
 
 #include <cerrno>
 #include <fstream>
-#include <random>
 #include <system_error>
 
 #include "platform/files.h"
+#include "simulator/replacement.h"
 #include "simulator/scenario_error.h"
 
 namespace vento::simulator {
@@ -18,14 +18,6 @@ namespace {
 [[noreturn]] void ThrowLastError() {
     const int error = errno != 0 ? errno : EIO;
     throw platform::FileError(std::generic_category().message(error));
-}
-
-/// A name beside `file` that no other process will choose.
-fs::path NameBeside(const fs::path& file) {
-    std::random_device random;
-    fs::path name = file;
-    name += "." + std::to_string(random()) + ".new";
-    return name;
 }
 
 void WriteWhole(const fs::path& file, std::string_view text) {
@@ -61,16 +53,9 @@ std::string ReadText(const fs::path& file) {
 
 void ReplaceText(const fs::path& file, std::string_view text) {
     try {
-        const fs::path target = fs::weakly_canonical(file);
-        const fs::path fresh = NameBeside(target);
-        try {
-            WriteWhole(fresh, text);
-            fs::rename(fresh, target);
-        } catch (...) {
-            std::error_code ignored;
-            fs::remove(fresh, ignored);
-            throw;
-        }
+        Replacement replacement(file);
+        WriteWhole(replacement.Fresh(), text);
+        replacement.TakePlace();
     } catch (const fs::filesystem_error& error) {
         throw platform::FileError(error.code().message());
     }

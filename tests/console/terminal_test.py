@@ -198,6 +198,20 @@ class Terminal(ConsoleTest):
             process.send_signal(number)
         self.assertEqual(process.wait(), 0)
 
+    def test_the_codec_draws_a_bar_and_one_ctrl_c_ends_it_with_nothing_changed(self):
+        source = self.folder / "source"
+        with open(source, "wb") as file:
+            file.write(b"some bytes at the beginning")
+            file.truncate(1 << 28)
+        dest = self.file("dest", b"precious")
+        self.open("encode", str(source), dest)
+        self.wait_for("12 %")
+        self.press_ctrl_c()
+        self.assertEqual(self.finish(130), "")
+        self.assertEqual(self.screen.text().replace("^C", ""), "")
+        self.assertEqual((self.folder / "dest").read_bytes(), b"precious")
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["dest", "source"])
+
 
 if __name__ == "__main__":
     unittest.main()

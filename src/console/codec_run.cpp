@@ -1,0 +1,101 @@
+#include "console/codec_run.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "console/codec_key.h"
+#include "console/failure.h"
+#include "console/interruption.h"
+#include "console/notices.h"
+#include "simulator/text_file.h"
+
+namespace vento::console {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::ordered_json;
+
+constexpr int kInterrupted = 130;
+
+std::optional<std::uintmax_t> SizeOf(const fs::path& file) {
+    std::error_code unknown;
+    const std::uintmax_t size = fs::file_size(file, unknown);
+    return unknown ? std::nullopt : std::optional(size);
+}
+
+ordered_json BlankFields(const fs::path& source) {
+    ordered_json fields = {{"result", nullptr},  {"error", nullptr},    {"events", ordered_json::array()},
+                           {"bytesIn", nullptr}, {"bytesOut", nullptr}, {"key", nullptr}};
+    if (const auto size = SizeOf(source)) fields["bytesIn"] = *size;
+    return fields;
+}
+
+ordered_json ErrorFields(const char* kind, const std::exception& error) {
+    return {{"kind", kind}, {"number", nullptr}, {"source", nullptr}, {"description", error.what()}};
+}
+
+ordered_json ErrorFields(const codec::RaisedError& error) {
+    return {{"kind", "raised"},
+            {"number", codec::RaisedError::Number()},
+            {"source", error.Source()},
+            {"description", error.Description()}};
+}
+
+// Nothing is lost by an end half-way, so that one Ctrl-C is enough.
+void EndIfInterrupted(const platform::Terminal& terminal) {
+    EndIfDemanded(terminal);
+    if (terminal.Interrupts() > 0) throw EndedAtOnce{kInterrupted};
+}
+
+// Throws Failure for each of the errors that the work may end in.
+void Guard(const fs::path& source, const std::string& name, ordered_json& error,
+           const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const codec::RaisedError& raised) {
+        error = ErrorFields(raised);
+        throw Failure(SizeOf(source) ? kUnusableInput : kMissingInput, name + ": " + raised.what());
+    } catch (const codec::RangeError& range) {
+        error = ErrorFields("range", range);
+        throw Failure(kUnusableInput, name + ": " + range.what());
+    } catch (const codec::OverflowError& overflow) {
+        error = ErrorFields("overflow", overflow);
+        throw Failure(kUnusableInput, name + ": " + overflow.what());
+    } catch (const fs::filesystem_error& failed) {
+        const bool reading = failed.path1() == source;
+        throw Failure(reading ? kMissingInput : kFailedOutput,
+                      simulator::Utf8(failed.path1()) + ": " + failed.code().message());
+    }
+}
+
+}  // namespace
+
+void RunCodec(const Console& console, Answer& answer, const std::function<void(const CodecTools&)>& work) {
+    const fs::path source = simulator::PathFromUtf8(console.options.file);
+    answer.fields = BlankFields(source);
+    std::optional<codec::KeyArray> key;
+    if (console.options.key) key = ReadKey(*console.options.key);
+
+    codec::clsHuffman codec;
+    codec.Progress = [&](std::int16_t& procent) {
+        EndIfInterrupted(console.terminal);
+        answer.fields["events"].push_back(procent);
+        console.notices.ShowProgress({.caption = {}, .hint = {}, .fraction = procent / 100.0});
+    };
+    const auto finally = [&] {
+        console.notices.ClearProgress();
+        if (key) answer.fields["key"] = KeyFields(*key);
+    };
+    try {
+        Guard(source, console.options.file, answer.fields["error"], [&] {
+            work({codec, key ? &*key : nullptr});
+        });
+    } catch (...) {
+        finally();
+        throw;
+    } finally();
+}
+
+}  // namespace vento::console

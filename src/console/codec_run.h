@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+
+#include "codec/cls_huffman.h"
+#include "console/commands.h"
+
+namespace vento::console {
+
+/// What a command has to work with: the codec, which tells its progress and can be interrupted, and the key,
+/// null if there is none.
+struct CodecTools {
+    codec::clsHuffman& codec;
+    codec::KeyArray* key;
+};
+
+/// Lets the codec work on the file that the options name, and keeps account of it in the fields of `answer`.
+/// `work` sets `result` and `bytesOut` in them. Throws Failure if the key can't be used or the work ends in
+/// an error, EndedAtOnce after Ctrl-C.
+void RunCodec(const Console& console, Answer& answer, const std::function<void(const CodecTools&)>& work);
+
+}  // namespace vento::console
