@@ -112,8 +112,8 @@ FormWindow::~FormWindow() {
 }
 
 void FormWindow::Show() {
+    focused_ = command2_.Window().Handle();
     ::ShowWindow(Handle(), SW_SHOWDEFAULT);
-    ::SetFocus(command2_.Window().Handle());
     ::UpdateWindow(Handle());
 }
 
@@ -133,6 +133,13 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_COMMAND:
             Command(LOWORD(wParam), HIWORD(wParam));
+            return 0;
+        case WM_ACTIVATE:  // the control that has the focus gets it back with the window's next turn
+            if (LOWORD(wParam) == WA_INACTIVE && ::IsChild(Handle(), ::GetFocus()) != 0)
+                focused_ = ::GetFocus();
+            break;
+        case WM_SETFOCUS:
+            ::SetFocus(focused_);
             return 0;
         case WM_CLOSE:
             form_.Form_Unload();
@@ -205,7 +212,7 @@ void FormWindow::Scale(int dotsPerInch) {
         each->Scale(dotsPerInch);
     for (const ItemsView& each : listView1_)
         each.FitItems();
-    ::InvalidateRect(Handle(), nullptr, TRUE);
+    ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 void FormWindow::DropFiles(HDROP drop) {

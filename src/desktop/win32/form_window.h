@@ -63,6 +63,7 @@ class FormWindow {
 
     FormWeb& form_;
     int dotsPerInch_ = USER_DEFAULT_SCREEN_DPI;
+    HWND focused_ = nullptr;  ///< the control that is to have the focus when the window gets it
     std::exception_ptr failure_;
     FormFrame frame_;
     ToolTips toolTips_;

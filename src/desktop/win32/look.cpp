@@ -47,8 +47,8 @@ std::wstring MarkedCaption(std::string_view utf8, std::string_view mnemonic) {
     return marked;
 }
 
-void DrawCentred(HDC canvas, const std::wstring& text, const RECT& area) {
-    constexpr UINT format = DT_CENTER | DT_WORDBREAK | DT_NOPREFIX | DT_EDITCONTROL;
+void DrawCentred(HDC canvas, const std::wstring& text, const RECT& area, UINT marks) {
+    const UINT format = DT_CENTER | DT_WORDBREAK | DT_EDITCONTROL | marks;
     RECT needed = area;
     ::DrawTextW(canvas, text.c_str(), -1, &needed, format | DT_CALCRECT);
     RECT place = area;

@@ -30,8 +30,10 @@ using OwnedPen = std::unique_ptr<std::remove_pointer_t<HPEN>, GdiDeleter>;
 /// A caption in which the letter that presses the button is marked, as the system has it.
 [[nodiscard]] std::wstring MarkedCaption(std::string_view utf8, std::string_view mnemonic);
 
-/// Draws a text into the middle of `area`, wrapped, without the end that does not fit.
-void DrawCentred(HDC canvas, const std::wstring& text, const RECT& area);
+/// Draws a text into the middle of `area`, wrapped, without the end that does not fit. `marks` says what
+/// becomes of the mark before a letter: DT_NOPREFIX for a text that has none, DT_HIDEPREFIX, or 0 to have the
+/// letter underlined.
+void DrawCentred(HDC canvas, const std::wstring& text, const RECT& area, UINT marks);
 
 /// Whether the operator has asked the system for colours of high contrast; ours then give way.
 [[nodiscard]] bool HighContrast();

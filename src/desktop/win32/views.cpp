@@ -44,14 +44,10 @@ void ButtonView::Follow() {
     window_.SetText(MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(tongue_)));
     window_.Show(button_.Visible());
     if ((::IsWindowEnabled(handle) != 0) == button_.Enabled()) return;
-    // Disabled, it would have the focus lost to everybody, and the keys with it.
-    const HWND form = ::GetParent(handle);
-    if (!button_.Enabled()) {
-        focusWasTaken_ = ::GetFocus() == handle;
-        if (focusWasTaken_) ::SetFocus(form);
-    }
+    if (!button_.Enabled()) focusWasTaken_ = ::GetFocus() == handle;
     ::EnableWindow(handle, button_.Enabled() ? TRUE : FALSE);
-    if (button_.Enabled() && focusWasTaken_ && ::GetFocus() == form) ::SetFocus(handle);
+    const bool nothingHasFocus = ::GetFocus() == nullptr && ::GetActiveWindow() == ::GetParent(handle);
+    if (button_.Enabled() && focusWasTaken_ && nothingHasFocus) ::SetFocus(handle);
 }
 
 void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
@@ -71,8 +67,8 @@ void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
     const OwnedBrush face(::CreateSolidBrush(contrast  ? ::GetSysColor(COLOR_BTNFACE)
                                              : enabled ? ColourOf(background)
                                                        : ColourOf(kSystemGrey)));
-    const OwnedPen border(
-        ::CreatePen(PS_INSIDEFRAME, focused ? 2 * line : line, focused ? text : ColourOf(kBorder)));
+    const COLORREF edge = focused ? ::GetSysColor(COLOR_HIGHLIGHT) : ColourOf(kBorder);
+    const OwnedPen border(::CreatePen(PS_INSIDEFRAME, line, edge));
 
     ::FillRect(state.hDC, &state.rcItem, static_cast<HBRUSH>(::GetStockObject(WHITE_BRUSH)));
     const HGDIOBJ oldBrush = ::SelectObject(state.hDC, face.get());
@@ -83,7 +79,12 @@ void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
     ::SelectObject(state.hDC, oldBrush);
     ::SetBkMode(state.hDC, TRANSPARENT);
     ::SetTextColor(state.hDC, text);
-    DrawCentred(state.hDC, ShownLines(button_.Caption()), state.rcItem);
+    DrawCentred(state.hDC, MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(tongue_)),
+                state.rcItem, (state.itemState & ODS_NOACCEL) != 0 ? DT_HIDEPREFIX : 0);
+    if (!focused) return;
+    RECT inside = state.rcItem;
+    ::InflateRect(&inside, -3 * line, -3 * line);
+    ::DrawFocusRect(state.hDC, &inside);
 }
 
 // The system tells a button drawn by its owner of everything but the mouse above it.
@@ -156,7 +157,7 @@ void ItemsView::Draw(const DRAWITEMSTRUCT& state) const {
     ::SetTextColor(state.hDC, contrast ? ::GetSysColor(COLOR_WINDOWTEXT) : ColourOf(kFormText));
     RECT inside = state.rcItem;
     ::InflateRect(&inside, -3, -1);
-    DrawCentred(state.hDC, ItemText(state.itemID), inside);
+    DrawCentred(state.hDC, ItemText(state.itemID), inside, DT_NOPREFIX);
     if ((state.itemState & ODS_FOCUS) != 0 && (state.itemState & ODS_NOFOCUSRECT) == 0) {
         ::DrawFocusRect(state.hDC, &state.rcItem);
     }

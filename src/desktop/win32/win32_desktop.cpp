@@ -58,10 +58,6 @@ void Win32Desktop::ShowMessage(std::string_view text, std::string_view detail) {
     const std::wstring title = platform::Wide(FormWeb::kTitle);
     const std::wstring wideText = platform::Wide(text);
     const std::wstring wideDetail = platform::Wide(detail);
-    if (detail.empty()) {
-        ::MessageBoxW(window_, wideText.c_str(), title.c_str(), MB_OK | MB_ICONWARNING);
-        return;
-    }
     TASKDIALOGCONFIG box{};
     box.cbSize = sizeof box;
     box.hwndParent = window_;

@@ -15,7 +15,7 @@ namespace vento::platform {
 namespace {
 
 HANDLE HandleOf(HidHandle device) {
-    return reinterpret_cast<HANDLE>(device);
+    return reinterpret_cast<HANDLE>(device);  // NOLINT(performance-no-int-to-ptr): it was one
 }
 
 OpenOutcome OutcomeOf(DWORD error) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <string>
 
 namespace vento::platform {
 namespace {
@@ -12,22 +13,23 @@ char Lower(char letter) {
 }
 
 /// The four hexadecimal digits behind `key`, which is in lower case.
-std::optional<std::uint16_t> NumberBehind(std::string_view key, std::string_view path) {
+std::optional<std::uint16_t> NumberBehind(std::string_view key, std::string path) {
     constexpr std::size_t digits = 4;
-    const auto found = std::ranges::search(path, key, {}, Lower);
-    if (path.end() - found.end() < static_cast<std::ptrdiff_t>(digits)) return std::nullopt;
-    const std::string_view number(found.end(), found.end() + digits);
+    std::ranges::transform(path, path.begin(), Lower);
+    const std::size_t found = path.find(key);
+    if (found == std::string::npos) return std::nullopt;
+    const std::string number = path.substr(found + key.size(), digits);
     std::uint16_t value = 0;
-    const auto read = std::from_chars(number.data(), number.data() + digits, value, 16);
-    if (read.ec != std::errc{} || read.ptr != number.data() + digits) return std::nullopt;
-    return value;
+    const auto read = std::from_chars(number.data(), number.data() + number.size(), value, 16);
+    const bool isWhole = number.size() == digits && read.ptr == number.data() + digits;
+    return read.ec == std::errc{} && isWhole ? std::optional(value) : std::nullopt;
 }
 
 }  // namespace
 
 std::optional<HidIdentity> IdentityInPath(std::string_view path) {
-    const auto vendor = NumberBehind("vid_", path);
-    const auto product = NumberBehind("pid_", path);
+    const auto vendor = NumberBehind("vid_", std::string(path));
+    const auto product = NumberBehind("pid_", std::string(path));
     if (!vendor || !product) return std::nullopt;
     return HidIdentity{*vendor, *product};
 }

@@ -69,7 +69,8 @@ class WindowsTerminal final : public Terminal {
     [[nodiscard]] std::size_t Columns() const override {
         CONSOLE_SCREEN_BUFFER_INFO info{};
         if (::GetConsoleScreenBufferInfo(StandardError(), &info) == 0) return kUsualColumns;
-        return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
+        const int columns = info.srWindow.Right - info.srWindow.Left + 1;
+        return static_cast<std::size_t>(columns);
     }
 
     [[nodiscard]] int Interrupts() const override { return interrupts; }
