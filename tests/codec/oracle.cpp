@@ -173,7 +173,7 @@ std::vector<Node> Tree(const std::array<std::int64_t, 256>& counts) {
             if (tree[i].parent != -1) continue;
             const auto w = tree[i].weight;
             const auto weightOf = [&](int node) { return tree.at(static_cast<std::size_t>(node)).weight; };
-            const auto slot = [&]() -> int* {
+            auto* const slot = [&]() -> int* {
                 if (a == -1) return &a;
                 if (b == -1) return &b;
                 if (w < weightOf(a) && w < weightOf(b)) return weightOf(a) < weightOf(b) ? &b : &a;
