@@ -15,105 +15,76 @@ struct Wait {
     test::FakeClock clock;
     Label status;
     Button cancel{false, false};
-    std::function<bool(int poll)> good = [](int) { return true; };
-    std::function<void(Wait&)> onYield = [](Wait&) {};
+    std::function<bool(int poll)> good = [](int) { return false; };
     bool answers = true;  // false: not even a refusal comes back
+    int cancelledAt = 0;  // this yield
+    std::chrono::seconds perYield{0};
     int polls = 0;
     int yields = 0;
-    std::vector<std::string> captions;
+    std::string captions;
 
-    SequenceResult Run(std::uint16_t linkFactor) {
+    ResultCode Run(std::uint16_t linkFactor) {
         host.answer = [this](const Bytes& frame) {
             EXPECT_EQ(frame[5], 165);
             ++polls;
-            if (!answers) return std::deque<Bytes>{};
-            return std::deque<Bytes>{good(polls) ? Bytes{0, 165} : Bytes{1, 0}};
+            return std::deque<Bytes>(answers ? 1 : 0, good(polls) ? Bytes{0, 165} : Bytes{1, 0});
         };
-        status.Observe([this] { captions.push_back(status.Caption()); });
+        status.Observe([this] { captions += status.Caption() + "|"; });
+        const auto yield = [this] {
+            EXPECT_TRUE(cancel.Enabled());
+            clock.now += perYield;
+            if (++yields == cancelledAt) cancel.SetTag("True");
+        };
         Link link{host, linkFactor};
-        return WaitForRemote({status, cancel, "waiting", clock,
-                              [this] {
-                                  ++yields;
-                                  EXPECT_TRUE(cancel.Enabled());
-                                  onYield(*this);
-                              }},
-                             link);
+        const SequenceResult result = WaitForRemote({status, cancel, "waiting", clock, yield}, link);
+        EXPECT_EQ(result.diagnostic.empty(), result.code == ResultCode::success);
+        EXPECT_EQ(captions, result.code == ResultCode::success ? "waiting||" : "waiting|");
+        EXPECT_FALSE(cancel.Enabled());
+        EXPECT_EQ(cancel.Tag(), "False");
+        return result.code;
     }
 };
 
-TEST(WaitForRemote, CountsPolls) {
+TEST(WaitForRemote, CountsPollsAndSeesTheCancelFlagAfterTheYieldThatSetIt) {
     struct Case {
         const char* name;
         std::uint16_t linkFactor;
-        std::function<bool(int)> good;
-        ResultCode code;
+        int firstGood;
+        int tenthBadUntil;  // each tenth poll up to this one is not good
         int polls;
-        int yields;
+        ResultCode code = ResultCode::success;
+        int cancelledAt = 0;
     };
-    const std::vector<Case> cases{
-        {"there from the start", 1, [](int) { return true; }, ResultCode::success, 10, 12},
-        {"a broken run begins anew", 1, [](int poll) { return poll != 10; }, ResultCode::success, 20, 22},
-        {"never there, first kind", 1, [](int) { return false; }, ResultCode::remoteNotDetected, 20000,
-         20001},
-        {"never there, second kind", 2, [](int) { return false; }, ResultCode::remoteNotDetected, 10000,
-         10001},
-        {"no link factor", 0, [](int) { return false; }, ResultCode::remoteNotDetected, 200, 201},
-        {"tenth good poll in the last pass", 2, [](int poll) { return poll >= 10000; }, ResultCode::success,
-         10009, 10011},
-        {"nine good polls in every pass", 0, [](int poll) { return poll % 10 != 0; },
-         ResultCode::remoteNotDetected, 2000, 2001},
-    };
-    for (const Case& c : cases) {
+    using enum ResultCode;
+    constexpr int kNever = 99999;
+    for (const Case& c : {Case{"there from the start", 1, 1, 0, 10}, Case{"a broken run", 1, 1, 10, 20},
+                          Case{"tenth good poll in the last pass", 2, 10000, 0, 10009},
+                          Case{"never there, first kind", 1, kNever, 0, 20000, remoteNotDetected},
+                          Case{"never there, second kind", 2, kNever, 0, 10000, remoteNotDetected},
+                          Case{"no link factor", 0, kNever, 0, 200, remoteNotDetected},
+                          Case{"nine good polls in every pass", 0, 1, kNever, 2000, remoteNotDetected},
+                          Case{"cancelled before the first poll", 1, 1, 0, 1, cancelled, 1},
+                          Case{"cancelled after the tenth good poll", 1, 1, 0, 10, cancelled, 11}}) {
+        SCOPED_TRACE(c.name);
         Wait wait;
-        wait.good = c.good;
-        const SequenceResult result = wait.Run(c.linkFactor);
-        EXPECT_EQ(result.code, c.code) << c.name;
-        EXPECT_EQ(result.diagnostic.empty(), c.code == ResultCode::success) << c.name;
-        EXPECT_EQ(wait.polls, c.polls) << c.name;
-        EXPECT_EQ(wait.yields, c.yields) << c.name;
-        const std::vector<std::string> seen{"waiting", ""};
-        EXPECT_EQ(wait.captions, c.code == ResultCode::success ? seen : std::vector<std::string>{"waiting"})
-            << c.name;
-        EXPECT_FALSE(wait.cancel.Enabled()) << c.name;
-        EXPECT_EQ(wait.cancel.Tag(), "False") << c.name;
-    }
-}
-
-TEST(WaitForRemote, SeesTheCancelFlagAfterTheYieldThatSetIt) {
-    struct Case {
-        const char* name;
-        bool there;
-        int yield;  // at which the operator cancels
-        int polls;
-    };
-    for (const Case& c : {Case{"before the first poll", true, 1, 1}, Case{"in a good run", true, 5, 4},
-                          Case{"after the tenth good poll", true, 11, 10},
-                          Case{"without a remote", false, 1, 1}, Case{"at the end of a pass", false, 4, 3}}) {
-        Wait wait;
-        wait.good = [&](int) { return c.there; };
-        wait.onYield = [&](Wait& w) {
-            if (w.yields == c.yield) w.cancel.SetTag("True");
+        wait.good = [&](int poll) {
+            return poll >= c.firstGood && (poll % 10 != 0 || poll > c.tenthBadUntil);
         };
-        EXPECT_EQ(wait.Run(1).code, ResultCode::cancelled) << c.name;
-        EXPECT_EQ(wait.polls, c.polls) << c.name;
-        EXPECT_EQ(wait.captions, std::vector<std::string>{"waiting"}) << c.name;
-        EXPECT_FALSE(wait.cancel.Enabled()) << c.name;
-        EXPECT_EQ(wait.cancel.Tag(), "False") << c.name;
+        wait.cancelledAt = c.cancelledAt;
+        EXPECT_EQ(wait.Run(c.linkFactor), c.code);
+        EXPECT_EQ(wait.polls, c.polls);
+        EXPECT_EQ(wait.yields, c.polls + (c.code == success ? 2 : 1));
     }
 }
 
 TEST(WaitForRemote, GivesUpOnATransmitterThatIsSilentForThreeMinutes) {
-    Wait silent;
-    silent.answers = false;
-    silent.onYield = [](Wait& w) { w.clock.now += std::chrono::seconds(1); };
-    EXPECT_EQ(silent.Run(1).code, ResultCode::remoteNotDetected);
-    EXPECT_EQ(silent.polls, 180);
-
-    Wait refusing;  // one that answers is not silent, however long it takes
-    refusing.good = [](int) { return false; };
-    refusing.onYield = silent.onYield;
-    EXPECT_EQ(refusing.Run(2).code, ResultCode::remoteNotDetected);
-    EXPECT_EQ(refusing.polls, 10000);
+    for (const bool answers : {false, true}) {  // one that answers is not silent, however long it takes
+        Wait wait;
+        wait.answers = answers;
+        wait.perYield = std::chrono::seconds(1);
+        EXPECT_EQ(wait.Run(2), ResultCode::remoteNotDetected);
+        EXPECT_EQ(wait.polls, answers ? 10000 : 180);
+    }
 }
 
 }  // namespace

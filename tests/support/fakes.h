@@ -5,15 +5,12 @@
 #include <deque>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
-#include <set>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "panel/form_web.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/files.h"
@@ -100,39 +97,31 @@ class ScriptedHidHost : public platform::HidHost {
     std::vector<Interface> interfaces = std::vector<Interface>(1);
     /// The input payloads for what was written since the open; none to let the read fail.
     std::function<std::deque<Bytes>(const Bytes& written)> answer;
-    std::function<void(int cycle)> onSearch;  // may change the interfaces
     std::optional<std::size_t> failingWrite;  // in a cycle, from 0
     int cycles = 0;
-    int openHandles = 0;
-    int opens = 0;
     std::vector<platform::Report> reports;  // all that were written
     std::vector<Bytes> frames;              // payloads of each cycle that wrote, joined
-    std::vector<std::string> calls;         // "write", "read", "cancel", "close" of the latest cycle
-    int reads = 0;
+    std::string calls;  // of the latest cycle: "o" for an open, "w" write, "r" read, "a" cancel, "c" close
 
     void BeginSearch() override {
         ++cycles;
         calls.clear();
-        if (onSearch) onSearch(cycles);
         current_ = 0;
     }
     bool NextInterface() override { return ++current_ <= interfaces.size(); }
-    std::string InterfaceName() const override { return "interface " + std::to_string(current_); }
+    std::string InterfaceName() const override { return "interface"; }
     platform::OpenAnswer OpenInterface(bool (*wanted)(platform::HidIdentity)) override {
-        const Interface& interface = interfaces[current_ - 1];
-        if (!wanted(interface.identity)) return {platform::OpenOutcome::foreign, interface.identity, -1};
-        if (interface.outcome != platform::OpenOutcome::opened) {
-            return {interface.outcome, interface.identity, -1};
-        }
-        ++openHandles;
-        ++opens;
+        const auto [identity, outcome] = interfaces[current_ - 1];
+        if (!wanted(identity)) return {platform::OpenOutcome::foreign, identity, -1};
+        if (outcome != platform::OpenOutcome::opened) return {outcome, identity, -1};
+        calls += 'o';
         written_.clear();
         answers_.reset();
-        return {platform::OpenOutcome::opened, interface.identity, 7};
+        return {outcome, identity, 7};
     }
     void EndSearch() override {}
     bool WriteReport(platform::HidHandle, const platform::Report& report) override {
-        calls.emplace_back("write");
+        calls += 'w';
         if (failingWrite == written_.size() / platform::kReportPayload) return false;
         reports.push_back(report);
         if (written_.empty()) frames.emplace_back();
@@ -141,8 +130,7 @@ class ScriptedHidHost : public platform::HidHost {
         return true;
     }
     bool ReadReport(platform::HidHandle, platform::Report& report) override {
-        calls.emplace_back("read");
-        ++reads;
+        calls += 'r';
         if (!answers_) answers_ = answer ? answer(written_) : std::deque<Bytes>{};
         if (answers_->empty()) return false;
         report.fill(0);
@@ -150,14 +138,9 @@ class ScriptedHidHost : public platform::HidHost {
         answers_->pop_front();
         return true;
     }
-    void Cancel(platform::HidHandle) override { calls.emplace_back("cancel"); }
-    void Close(platform::HidHandle) override {
-        calls.emplace_back("close");
-        --openHandles;
-    }
-    std::string Advice(platform::OpenOutcome, platform::Tongue tongue) const override {
-        return tongue == platform::Tongue::italian ? "consiglio" : "advice";
-    }
+    void Cancel(platform::HidHandle) override { calls += 'a'; }
+    void Close(platform::HidHandle) override { calls += 'c'; }
+    std::string Advice(platform::OpenOutcome, platform::Tongue) const override { return "advice"; }
 
   private:
     std::size_t current_ = 0;

@@ -9,6 +9,7 @@
 namespace vento {
 namespace {
 
+using platform::HidIdentity;
 using platform::OpenOutcome;
 using test::Bytes;
 using test::ScriptedHidHost;
@@ -19,160 +20,85 @@ Bytes Counting(std::size_t size) {
     return bytes;
 }
 
-struct Ids {
-    std::int32_t vendor = -5;
-    std::int32_t product = -6;
-};
-
-TEST(ReportExchange, CutsFramesIntoReportsAndLeavesTheStaleTail) {
-    for (const std::size_t size : {7U, 64U, 65U, 70U, 128U, 200U}) {
-        ScriptedHidHost host;
-        Ids ids;
-        const Bytes frame = Counting(size);
-        const Exchange exchange = ExchangeReports(host, ids.vendor, ids.product, frame, false, {});
-        EXPECT_TRUE(exchange.transmitterFound && exchange.written) << size;
-        ASSERT_EQ(host.reports.size(), (size + 63) / 64) << size;
-        Bytes expected(64, 0);
-        for (std::size_t r = 0; r < host.reports.size(); ++r) {
-            for (std::size_t i = 0; i < 64 && 64 * r + i < size; ++i)
-                expected[i] = frame[64 * r + i];
-            EXPECT_EQ(host.reports[r][0], 0) << size;
-            EXPECT_TRUE(std::equal(expected.begin(), expected.end(), host.reports[r].begin() + 1))
-                << size << ", report " << r;
-        }
-        EXPECT_EQ(host.calls.back(), "close");
-        EXPECT_EQ(host.calls[host.calls.size() - 2], "cancel");
-        EXPECT_EQ(host.openHandles, 0);
-    }
+Exchange Take(ScriptedHidHost& host, const Bytes& frame, bool wantReply, std::span<std::uint8_t> reply) {
+    std::int32_t id = 0;
+    return ExchangeReports(host, id, id, frame, wantReply, reply);
 }
 
-TEST(ReportExchange, StitchesRepliesOfAnySizeFromWholeReports) {
-    for (const std::size_t size : {1U, 9U, 64U, 65U, 256U}) {
+TEST(ReportExchange, CutsFramesIntoReportsAndLeavesTheStaleTail) {
+    for (const std::size_t size : {7U, 64U, 65U, 128U, 200U}) {
         ScriptedHidHost host;
-        host.answer = [](const Bytes&) {
-            std::deque<Bytes> payloads(5, Bytes(64));
-            for (std::size_t i = 0; i < 320U; ++i)
-                payloads[i / 64][i % 64] = static_cast<std::uint8_t>(i);
-            return payloads;
-        };
-        Ids ids;
-        Bytes reply(size, 0);
-        const Exchange exchange = ExchangeReports(host, ids.vendor, ids.product, Counting(7), true, reply);
-        EXPECT_EQ(exchange.reportsRead, (size - 1) / 64 + 1);
-        for (std::size_t i = 0; i < size; ++i)
-            EXPECT_EQ(reply[i], static_cast<std::uint8_t>(i)) << size;
+        const Bytes frame = Counting(size);
+        EXPECT_TRUE(Take(host, frame, false, {}).written);
+        ASSERT_EQ(host.reports.size(), (size + 63) / 64) << size;
+        Bytes expected(65, 0);
+        for (std::size_t i = 0; i < size; ++i) {
+            expected[1 + i % 64] = frame[i];
+            if (i % 64 == 63 || i == size - 1) {
+                EXPECT_TRUE(std::ranges::equal(host.reports[i / 64], expected)) << size << ", byte " << i;
+            }
+        }
     }
 }
 
 TEST(ReportExchange, FailuresEndItAndLeaveZeros) {
     struct Case {
-        const char* name;
-        void (*arrange)(ScriptedHidHost&);
+        std::optional<std::size_t> failingWrite;
+        std::size_t replies;
         bool wantReply;
-        bool found;
-        bool written;
+        std::size_t wanted;  // bytes
+        std::string calls;
         std::size_t reportsRead;
-        std::size_t reportsWritten;
-        std::vector<std::string> calls;
     };
-    const std::vector<Case> cases{
-        {"unplugged", [](ScriptedHidHost& h) { h.interfaces.clear(); }, true, false, false, 0, 0, {}},
-        {"first write fails",
-         [](ScriptedHidHost& h) { h.failingWrite = 0; },
-         true,
-         true,
-         false,
-         0,
-         0,
-         {"write", "cancel", "close"}},
-        {"second write fails",
-         [](ScriptedHidHost& h) { h.failingWrite = 1; },
-         true,
-         true,
-         false,
-         0,
-         1,
-         {"write", "write", "cancel", "close"}},
-        {"read fails",
-         [](ScriptedHidHost&) {},
-         true,
-         true,
-         true,
-         0,
-         2,
-         {"write", "write", "read", "cancel", "close"}},
-        {"second read fails",
-         [](ScriptedHidHost& h) { h.answer = [](const Bytes&) { return std::deque<Bytes>{Bytes(64, 9)}; }; },
-         true,
-         true,
-         true,
-         1,
-         2,
-         {"write", "write", "read", "read", "cancel", "close"}},
-        {"no reply wanted",
-         [](ScriptedHidHost&) {},
-         false,
-         true,
-         true,
-         0,
-         2,
-         {"write", "write", "cancel", "close"}},
-    };
-    for (const Case& c : cases) {
+    for (const Case& c : {Case{0, 9, true, 70, "owac", 0}, Case{1, 9, true, 70, "owwac", 0},
+                          Case{{}, 0, true, 70, "owwrac", 0}, Case{{}, 1, true, 70, "owwrrac", 1},
+                          Case{{}, 9, false, 70, "owwac", 0}, Case{{}, 9, true, 1, "owwrac", 1},
+                          Case{{}, 9, true, 64, "owwrac", 1}, Case{{}, 9, true, 65, "owwrrac", 2},
+                          Case{{}, 9, true, 256, "owwrrrrac", 4}}) {
+        SCOPED_TRACE(c.calls);
         ScriptedHidHost host;
-        c.arrange(host);
-        Ids ids;
-        Bytes reply(70, 0);
-        const Exchange exchange =
-            ExchangeReports(host, ids.vendor, ids.product, Counting(70), c.wantReply, reply);
-        EXPECT_EQ(exchange.transmitterFound, c.found) << c.name;
-        EXPECT_EQ(exchange.written, c.written) << c.name;
-        EXPECT_EQ(exchange.reportsRead, c.reportsRead) << c.name;
-        EXPECT_EQ(host.reports.size(), c.reportsWritten) << c.name;
-        EXPECT_EQ(host.calls, c.calls) << c.name;
-        EXPECT_EQ(host.openHandles, 0) << c.name;
-        EXPECT_EQ(std::ranges::count(reply, 9), static_cast<std::ptrdiff_t>(64 * c.reportsRead)) << c.name;
-        EXPECT_EQ(std::ranges::count(reply, 0), static_cast<std::ptrdiff_t>(70 - 64 * c.reportsRead))
-            << c.name;
+        host.failingWrite = c.failingWrite;
+        host.answer = [&](const Bytes&) { return std::deque<Bytes>(c.replies, Counting(64)); };
+        Bytes reply(c.wanted, 0);
+        const Exchange exchange = Take(host, Counting(70), c.wantReply, reply);
+        EXPECT_EQ(exchange.written, !c.failingWrite);
+        EXPECT_EQ(exchange.reportsRead, c.reportsRead);
+        EXPECT_EQ(host.calls, c.calls);
+        Bytes expected(c.wanted, 0);
+        for (std::size_t i = 0; i < std::min(c.wanted, 64 * c.reportsRead); ++i)
+            expected[i] = static_cast<std::uint8_t>(1 + i % 64);
+        EXPECT_EQ(reply, expected);
     }
 }
 
 TEST(TransmitterSearch, TakesTheFirstThatOpensAndSaysWhatWasInTheWay) {
     struct Case {
         std::vector<ScriptedHidHost::Interface> interfaces;
-        bool found;
-        Ids ids;
+        std::optional<HidIdentity> found;
         std::optional<OpenOutcome> obstacle;
     };
-    const ScriptedHidHost::Interface keyboard{{0x046D, 1}};
-    const ScriptedHidHost::Interface first{{1240, 77}};
-    const ScriptedHidHost::Interface second{{11025, 3}};
-    const auto but = [](ScriptedHidHost::Interface interface, OpenOutcome outcome) {
-        interface.outcome = outcome;
-        return interface;
-    };
+    using enum OpenOutcome;
+    const HidIdentity keyboard{0x046D, 1};
+    const HidIdentity first{1240, 77};
+    const HidIdentity second{11025, 3};
     const std::vector<Case> cases{
-        {{}, false, {}, {}},
-        {{keyboard}, false, {}, {}},
-        {{keyboard, second, first}, true, {11025, 3}, {}},
-        {{but(first, OpenOutcome::forbidden), second}, true, {11025, 3}, {}},
-        {{keyboard, but(first, OpenOutcome::busy), but(second, OpenOutcome::forbidden)},
-         false,
-         {},
-         OpenOutcome::busy},
-        {{but(first, OpenOutcome::failed)}, false, {}, OpenOutcome::failed},
+        {{}, {}, {}},
+        {{{keyboard, failed}}, {}, {}},
+        {{{keyboard}, {second}, {first}}, second, {}},
+        {{{first, forbidden}, {second}}, second, {}},
+        {{{keyboard}, {first, busy}, {second, forbidden}}, {}, busy},
     };
     for (std::size_t i = 0; i < cases.size(); ++i) {
         ScriptedHidHost host;
         host.interfaces = cases[i].interfaces;
-        Ids ids;
-        const TransmitterSearch search = LocateTransmitter(host, ids.vendor, ids.product);
-        EXPECT_EQ(search.found, cases[i].found) << i;
+        std::int32_t vendorId = -5;
+        std::int32_t productId = -6;
+        const TransmitterSearch search = LocateTransmitter(host, vendorId, productId);
+        EXPECT_EQ(search.found, cases[i].found.has_value()) << i;
         EXPECT_EQ(search.obstacle, cases[i].obstacle) << i;
-        EXPECT_EQ(ids.vendor, cases[i].ids.vendor) << i;
-        EXPECT_EQ(ids.product, cases[i].ids.product) << i;
-        EXPECT_EQ(host.opens, cases[i].found ? 1 : 0) << i;
-        EXPECT_EQ(host.openHandles, 0) << i;
+        EXPECT_EQ(vendorId, search.found ? cases[i].found->vendorId : -5) << i;
+        EXPECT_EQ(productId, search.found ? cases[i].found->productId : -6) << i;
+        EXPECT_EQ(host.calls, search.found ? "oc" : "") << i;
     }
 }
 
