@@ -63,12 +63,12 @@ class Simulator:
 class BentTransmitter:
     """A transmitter whose replies are made by `reply`: it takes a frame and gives the reports to be sent back."""
 
-    _CREATE, _CLOSE, _OUTPUT, _INPUT = 11, 5, 6, 12
+    _CREATE, _OUTPUT, _INPUT = 11, 6, 12
     _DESCRIPTOR = bytes.fromhex("0600ff0901a101150026ff007508954009018102090191 02c0")
 
-    def __init__(self, reply: Callable[[bytes], Iterable[bytes]], on_close: Callable[["BentTransmitter"], None] | None = None):
+    def __init__(self, reply: Callable[[bytes], Iterable[bytes]]):
         before = hidraw_nodes()
-        self._reply, self._on_close = reply, on_close
+        self._reply = reply
         self._kernel = os.open("/dev/uhid", os.O_RDWR)
         identity = struct.pack("<HHIIII", len(self._DESCRIPTOR), 3, 1240, 1, 0, 0)
         names = b"bent transmitter".ljust(128, b"\0") + bytes(64) + bytes(64)
@@ -80,15 +80,10 @@ class BentTransmitter:
         while True:
             event = os.read(self._kernel, 8192)
             kind = struct.unpack_from("<I", event)[0]
-            if kind == self._CLOSE and self._on_close:
-                self._on_close(self)
             if kind == self._OUTPUT:
                 payload = event[5:]  # behind the kind and the report id
                 for report in self._reply(payload[: payload[0]]):
-                    self.send(report)
-
-    def send(self, report: bytes) -> None:
-        os.write(self._kernel, struct.pack("<IH", self._INPUT, len(report)) + report)
+                    os.write(self._kernel, struct.pack("<IH", self._INPUT, len(report)) + report)
 
     def __enter__(self):
         return self
