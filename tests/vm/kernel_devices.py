@@ -10,7 +10,7 @@ import threading
 import time
 from collections.abc import Callable, Iterable
 
-BOUND = 60  # seconds until something that is to come is given up
+BOUND = 120  # seconds until something that is to come is given up
 
 
 def wait_for(get: Callable):
