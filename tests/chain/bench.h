@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "panel/form_web.h"
@@ -10,6 +11,16 @@
 
 namespace vento::test {
 
+using simulator::Fault;
+using simulator::FaultKind;
+using simulator::Scenario;
+using simulator::WordRuns;
+
+/// The frame of one send byte that asks for so many bytes of reply.
+inline Bytes CommandFrame(std::uint8_t command, std::uint8_t replyCount) {
+    return {7, 85, 1, 0, 1, command, replyCount};
+}
+
 /// A HID host that lets another do the work and keeps the frames that were written, cut to their own lengths.
 class RecordingHidHost : public platform::HidHost {
   public:
@@ -17,15 +28,17 @@ class RecordingHidHost : public platform::HidHost {
 
     std::vector<Bytes> frames;
     int cycles = 0;
-    int openHandles = 0;
 
-    /// The frames but for the polls of the presence wait.
-    [[nodiscard]] std::vector<Bytes> Conversation() const {
-        std::vector<Bytes> conversation;
+    /// The frames but for the polls of the presence wait: their bytes, and "|" between them.
+    [[nodiscard]] std::string Conversation() const {
+        std::string text;
         for (const Bytes& frame : frames) {
-            if (frame.size() != 7 || frame[5] != 165) conversation.push_back(frame);
+            if (frame == CommandFrame(165, 1)) continue;
+            if (!text.empty()) text += "| ";
+            for (const std::uint8_t byte : frame)
+                text += std::to_string(byte) + ' ';
         }
-        return conversation;
+        return text;
     }
 
     void BeginSearch() override {
@@ -35,53 +48,71 @@ class RecordingHidHost : public platform::HidHost {
     bool NextInterface() override { return host_.NextInterface(); }
     std::string InterfaceName() const override { return host_.InterfaceName(); }
     platform::OpenAnswer OpenInterface(bool (*wanted)(platform::HidIdentity)) override {
-        auto answer = host_.OpenInterface(wanted);
-        if (answer.outcome == platform::OpenOutcome::opened) ++openHandles;
-        awaited_ = 0;
+        const auto answer = host_.OpenInterface(wanted);
+        opened_ = answer.outcome == platform::OpenOutcome::opened;
         return answer;
     }
     void EndSearch() override { host_.EndSearch(); }
     bool WriteReport(platform::HidHandle device, const platform::Report& report) override {
-        if (awaited_ == 0) {
-            frames.emplace_back();
-            awaited_ = report[2] == 'Q' ? 2 : report[1];
-        }
-        const std::size_t count = std::min<std::size_t>(awaited_, platform::kReportPayload);
-        frames.back().insert(frames.back().end(), report.begin() + 1,
-                             report.begin() + 1 + static_cast<std::ptrdiff_t>(count));
-        awaited_ -= count;
+        if (std::exchange(opened_, false)) frames.emplace_back();
+        Bytes& frame = frames.back();
+        frame.insert(frame.end(), report.begin() + 1, report.end());
+        frame.resize(std::min<std::size_t>(frame.size(), std::max<std::uint8_t>(frame[0], 2)));
         return host_.WriteReport(device, report);
     }
     bool ReadReport(platform::HidHandle device, platform::Report& report) override {
         return host_.ReadReport(device, report);
     }
     void Cancel(platform::HidHandle device) override { host_.Cancel(device); }
-    void Close(platform::HidHandle device) override {
-        --openHandles;
-        host_.Close(device);
-    }
+    void Close(platform::HidHandle device) override { host_.Close(device); }
     std::string Advice(platform::OpenOutcome outcome, platform::Tongue tongue) const override {
         return host_.Advice(outcome, tongue);
     }
 
   private:
     platform::HidHost& host_;
-    std::size_t awaited_ = 0;
+    bool opened_ = false;
 };
 
 /// Comma-separated numbers, `count` of them, that go up from `first`.
 inline std::string ListOf(std::size_t count, unsigned first) {
-    std::string list;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (i > 0) list += ',';
-        list += std::to_string((first + i) % 256);
-    }
+    std::string list = std::to_string(first);
+    for (std::size_t i = 1; i < count; ++i)
+        list += ',' + std::to_string((first + i) % 256);
     return list;
 }
 
+/// Words of the remote's memory, `count` of them, as such a list leaves them.
+inline std::vector<simulator::Word> WordsOf(std::size_t count, unsigned first) {
+    std::vector<simulator::Word> words(count);
+    for (simulator::Word& word : words)
+        word = {static_cast<std::uint8_t>(first++), 52};
+    return words;
+}
+
 /// A line of a programme file.
-inline std::string Line(int column, const std::string& label, const std::string& list) {
+inline std::string Line(unsigned column, const std::string& label, const std::string& list) {
     return std::to_string(column) + ";" + label + ";" + list + ";;\n";
+}
+
+/// Both lists of every column of this mask (1 TV, 2 DTT, 4 SAT), list B beginning 100 above list A.
+inline std::string Programme(unsigned columns, std::size_t length) {
+    std::string text;
+    for (unsigned c = 0; c < 3; ++c) {
+        for (const unsigned first : {10 * c + 1, 10 * c + 101}) {
+            if ((columns >> c & 1U) != 0) text += Line(c + 1, "L", ListOf(length, first));
+        }
+    }
+    return text;
+}
+
+inline Scenario With(std::vector<Fault> faults, std::vector<std::uint16_t> sections = {256, 4352, 8448},
+                     std::uint8_t version = 196) {
+    Scenario scenario;
+    scenario.faults = std::move(faults);
+    scenario.remote->sections = std::move(sections);
+    scenario.remote->version = version;
+    return scenario;
 }
 
 /// The form on a simulated machine.
@@ -93,7 +124,7 @@ struct Workbench {
     RecordingHidHost host{simulated};
     FormWeb form{{host, desktop, files, clock}};
 
-    explicit Workbench(const simulator::Scenario& scenario = {}, const std::string& programme = "")
+    explicit Workbench(const Scenario& scenario = {}, const std::string& programme = "")
         : simulated(scenario, clock) {
         files.contents["p.qlb"] = programme;
         form.Form_Load(programme.empty() ? "" : "p.qlb");
@@ -102,17 +133,7 @@ struct Workbench {
     [[nodiscard]] int Code() const {
         return form.LatestOutcome() ? static_cast<int>(form.LatestOutcome()->code) : -1;
     }
-    /// The first bytes of a run of words in the remote's memory.
-    [[nodiscard]] Bytes Stored(std::uint16_t offset, std::size_t count) const {
-        Bytes bytes(count, 255);
-        for (const auto& [start, words] : simulated.TheRemote()->Contents().memory) {
-            for (std::size_t i = 0; i < words.size(); ++i) {
-                const std::size_t at = start + i;
-                if (at >= offset && at < offset + count) bytes[at - offset] = words[i].first;
-            }
-        }
-        return bytes;
-    }
+    [[nodiscard]] WordRuns Memory() const { return simulated.TheRemote()->Contents().memory; }
 };
 
 }  // namespace vento::test
