@@ -15,18 +15,20 @@ namespace {
 using containers::Bytes;
 using containers::FromHex;
 using containers::FromText;
+using vento::codec::BytesOf;
 using vento::codec::clsHuffman;
 using vento::codec::RaisedError;
 using vento::codec::RangeError;
+using vento::codec::TextOf;
 
 class CodecFiles : public testing::Test {
   protected:
     [[nodiscard]] std::string Holding(std::string_view name, const Bytes& bytes) const {
         return folder.Write(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     }
-    [[nodiscard]] static Bytes Of(const std::string& path) {
-        std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())), std::ios::binary);
-        EXPECT_TRUE(file) << path;
+    [[nodiscard]] Bytes In(std::string_view name) const {
+        std::ifstream file(folder / name, std::ios::binary);
+        EXPECT_TRUE(file) << name;
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
@@ -35,25 +37,17 @@ class CodecFiles : public testing::Test {
     Bytes decoded;
 };
 
-TEST_F(CodecFiles, GoThereAndBackInPlace) {
+TEST_F(CodecFiles, GoThereAndBackInPlaceAndReplaceWhatIsLonger) {
     const auto path = Holding("città.bin", FromText("abracadabra"));
     codec.EncodeFile(path, path);
-    EXPECT_EQ(Of(path).size(), 26U);
+    EXPECT_EQ(In("città.bin").size(), 26U);
     EXPECT_FALSE(codec.DecodeFile(path, decoded));
     EXPECT_EQ(decoded, FromText("abracadabra"));
-    EXPECT_EQ(Of(path).size(), 26U);
+    EXPECT_EQ(In("città.bin").size(), 26U);
     EXPECT_FALSE(codec.DecodeFile(path, decoded, path));
-    EXPECT_EQ(Of(path), FromText("abracadabra"));
-}
-
-TEST_F(CodecFiles, ReplaceALongerDestination) {
-    const auto dest = Holding("dest", Bytes(1000, 1));
-    codec.EncodeFile(Holding("empty", {}), dest);
-    EXPECT_EQ(Of(dest), FromHex("4D 41 30 0D"));
-    EXPECT_TRUE(codec.DecodeFile(dest, decoded, dest));
-    EXPECT_EQ(Of(dest), Bytes());
-    EXPECT_TRUE(codec.DecodeFile(Holding("foreign", FromText("no container")), decoded, dest));
-    EXPECT_EQ(Of(dest), FromText("no container"));
+    EXPECT_EQ(In("città.bin"), FromText("abracadabra"));
+    EXPECT_TRUE(codec.DecodeFile(Holding("stored", FromText("MA0\r")), decoded, path));
+    EXPECT_EQ(In("città.bin"), Bytes());
 }
 
 TEST_F(CodecFiles, AreLeftAloneByAnError) {
@@ -61,10 +55,9 @@ TEST_F(CodecFiles, AreLeftAloneByAnError) {
     const auto broken = FromHex("4D41330D 02 02000000 0200 6101 6201 02 02");
     EXPECT_THROW(codec.DecodeFile(Holding("broken", broken), decoded, dest), RaisedError);
     EXPECT_EQ(decoded, broken);
-    EXPECT_THROW(codec.DecodeFile(Holding("empty", {}), decoded, dest), RangeError);
     codec.Progress = [](std::int16_t&) { throw std::runtime_error("enough"); };
     EXPECT_THROW(codec.EncodeFile(Holding("source", FromText("ab")), dest), std::runtime_error);
-    EXPECT_EQ(Of(dest), FromText("precious"));
+    EXPECT_EQ(In("dest"), FromText("precious"));
 }
 
 TEST_F(CodecFiles, TellWhatIsMissing) {
@@ -74,14 +67,12 @@ TEST_F(CodecFiles, TellWhatIsMissing) {
         FAIL();
     } catch (const RaisedError& error) {
         EXPECT_EQ(error.Number(), 2147745792U);
-        EXPECT_EQ(error.Source(), "clsHuffman.EncodeFile()");
-        EXPECT_EQ(error.Description(), "Source file does not exist");
+        EXPECT_EQ(error.Source() + error.Description(), "clsHuffman.EncodeFile()Source file does not exist");
     }
     EXPECT_THROW(codec.DecodeFile(missing, decoded, folder.Path("dest")), std::filesystem::filesystem_error);
     EXPECT_THROW(codec.EncodeFile(Holding("source", FromText("ab")), folder.Path("no/such/folder")),
                  std::filesystem::filesystem_error);
-    EXPECT_FALSE(std::filesystem::exists(missing));
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("dest")));
+    EXPECT_FALSE(std::filesystem::exists(missing) || std::filesystem::exists(folder.Path("dest")));
 }
 
 TEST_F(CodecFiles, CostNoMoreThanTheirDataCanGive) {
@@ -91,28 +82,11 @@ TEST_F(CodecFiles, CostNoMoreThanTheirDataCanGive) {
     EXPECT_LE(decoded.capacity(), 64U);
 }
 
-TEST(Errors, SayWhatIsWrong) {
-    const auto described = [](const Bytes& container) -> std::string {
-        try {
-            static_cast<void>(clsHuffman().DecodeString(vento::codec::TextOf(container)));
-        } catch (const std::exception& error) {
-            return error.what();
-        }
-        return "";
-    };
-    EXPECT_EQ(described(FromHex("4D 41 31 0D")),
-              "The data either was not compressed with HE3 or is corrupt (identification string not found)");
-    EXPECT_EQ(described(FromHex("4D41330D 02 02000000 0200 6101 6201 02 02")),
-              "The data might be corrupted (checksum did not match expected value)");
-    EXPECT_EQ(described(FromHex("4D41330D 00 05000000 0200 6101 6202 02 3A")),
-              "The data do not fit their code, at bit 4 of offset 16");
-}
-
-TEST(Texts, KeepEveryByteAndLoseWhatIsNone) {
-    Bytes all;
-    for (int byte = 0; byte < 256; ++byte)
-        all.push_back(static_cast<std::uint8_t>(byte));
-    EXPECT_EQ(vento::codec::BytesOf(vento::codec::TextOf(all)), all);
+TEST(Texts, AreCodedCharacterByCharacterAndLoseWhatIsNone) {
+    Bytes all(256);
+    for (std::size_t byte = 0; byte < all.size(); ++byte)
+        all[byte] = static_cast<std::uint8_t>(byte);
+    EXPECT_EQ(BytesOf(TextOf(all)), all);
     const std::vector<std::pair<std::string, Bytes>> cases = {
         {"\u20AC\u0178\u0081\u00FF", {0x80, 0x9F, 0x81, 0xFF}},
         {"\u0080\u0100\u65E5\U0001F600", FromText("????")},
@@ -120,16 +94,8 @@ TEST(Texts, KeepEveryByteAndLoseWhatIsNone) {
         {"\xE2\x82z\xC0\x80", FromText("?z??")},
         {"\xED\xA0\x80", FromText("???")}};
     for (const auto& [text, bytes] : cases)
-        EXPECT_EQ(vento::codec::BytesOf(text), bytes) << text;
-}
-
-TEST(Texts, AreCodedCharacterByCharacter) {
-    const clsHuffman codec;
-    const std::string text = "Città \u20AC " + std::string(3, '\0') + "è così";
-    EXPECT_EQ(codec.DecodeString(codec.EncodeString(text)), text);
-    EXPECT_EQ(codec.EncodeString(""), "MA0\r");
-    EXPECT_EQ(codec.DecodeString("Perché no?"), "Perché no?");
-    EXPECT_THROW(static_cast<void>(codec.DecodeString("")), RangeError);
+        EXPECT_EQ(BytesOf(text), bytes) << text;
+    EXPECT_THROW(static_cast<void>(clsHuffman().DecodeString("")), RangeError);
 }
 
 TEST(Progress, ComparesWithWhatTheHandlerLeaves) {
