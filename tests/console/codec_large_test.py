@@ -35,18 +35,12 @@ class Large(ConsoleTest):
         self.assertLess(max(encoding, decoding), both + 16)
 
     def test_more_than_2147483647_bits_are_an_overflow(self):
-        source = self.folder / "source"
-        block = random.Random(1).randbytes(1 << 20)
-        with open(source, "wb") as file:
-            for _ in range(300):
-                file.write(block)
-        answer = self.run_json(65, "encode", str(source), str(source))
-        self.assertEqual(answer["error"]["kind"], "overflow")
-        self.assertEqual(answer["events"], [1, 2, 3, 4, 5, 6, 7])
-        self.assertEqual(source.stat().st_size, 300 << 20)
-        with open(source, "r+b") as file:
-            file.truncate(2 * GIB)
-        self.assertEqual(self.run_json(65, "encode", str(source), str(source))["error"]["kind"], "overflow")
+        source = self.file("source", 300 * random.Random(1).randbytes(1 << 20))
+        answer = self.run_json(65, "encode", source, source)
+        self.assertEqual((answer["error"]["kind"], answer["events"]), ("overflow", [1, 2, 3, 4, 5, 6, 7]))
+        self.assertEqual(os.path.getsize(source), 300 << 20)
+        os.truncate(source, 2 * GIB)
+        self.assertEqual(self.run_json(65, "encode", source, source)["error"]["kind"], "overflow")
 
 
 if __name__ == "__main__":

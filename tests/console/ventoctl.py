@@ -45,28 +45,18 @@ class ConsoleTest(unittest.TestCase):
         scenario = {"reportMicroseconds": 0, **scenario}
         return "--simulate=" + self.file("scenario.json", json.dumps(scenario))
 
-    def start(self, *arguments, environment=None, **streams):
-        return subprocess.run(
-            [*COMMAND, *arguments],
-            env={**PLAIN_ENVIRONMENT, **(environment or {})},
-            cwd=self.folder,
-            stdin=subprocess.DEVNULL,
-            stdout=streams.get("stdout", subprocess.PIPE),
-            stderr=subprocess.PIPE,
-            timeout=60,
-            check=False,
-        )
-
-    def run_console(self, status, *arguments, **how):
+    def run_console(self, status, *arguments, stdout=subprocess.PIPE):
         """Runs the program, which has to end with `status`; its two outputs as text."""
-        done = self.start(*arguments, **how)
-        out = (done.stdout or b"").decode().replace("\r\n", "\n")
-        err = done.stderr.decode().replace("\r\n", "\n")
+        done = subprocess.run(
+            [*COMMAND, *arguments], env=PLAIN_ENVIRONMENT, cwd=self.folder, timeout=60, check=False,
+            stdin=subprocess.DEVNULL, stdout=stdout, stderr=subprocess.PIPE,
+        )  # fmt: skip
+        out, err = (text.decode().replace("\r\n", "\n") for text in (done.stdout or b"", done.stderr))
         self.assertEqual(done.returncode, status, f"{arguments}\n{out}\n{err}")
         return out, err
 
-    def run_json(self, status, *arguments, **how):
-        return json.loads(self.run_console(status, *arguments, "--json", **how)[0])
+    def run_json(self, status, *arguments):
+        return json.loads(self.run_console(status, *arguments, "--json")[0])
 
     def trace_of(self, status, *arguments):
         path = self.folder / "trace.jsonl"
