@@ -69,6 +69,10 @@ def eventually(condition, what, seconds=30):
         time.sleep(0.01)
 
 
+def children(node):
+    return filter(None, map(node.get_child_at_index, range(node.get_child_count())))
+
+
 class Window:
     """A running `vento`, and the folder that it runs in."""
 
@@ -83,38 +87,27 @@ class Window:
         self.label, self.gauge = (next((node for node in nodes if node.get_role_name() == role), None)
                                   for role in ("label", "progress bar"))
 
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.close()
-
     def close(self):
         """Leaves nothing of the program, if it has not ended by itself."""
-        if self.process.poll() is None:
-            self.process.kill()
-            self.process.wait()
-        if self.display:
-            self.display.close()
-            self.display = None
+        self.process.kill()
+        self.process.wait()
+        self.display.close()
 
     # The accessibility tree.
 
     def tree(self):
         desktop = Atspi.get_desktop(0)
         desktop.set_cache_mask(Atspi.Cache.NONE)
-        for i in range(desktop.get_child_count()):
-            application = desktop.get_child_at_index(i)
-            if application and application.get_process_id() == self.process.pid:
+        for application in children(desktop):
+            if application.get_process_id() == self.process.pid:
                 application.set_cache_mask(Atspi.Cache.NONE)
-                return list(self._below(application))
+                return list(self.below(application))
         return []
 
-    def _below(self, node):
-        for i in range(node.get_child_count()):
-            if child := node.get_child_at_index(i):
-                yield child
-                yield from self._below(child)
+    def below(self, node):
+        for child in children(node):
+            yield child
+            yield from self.below(child)
 
     def all(self, role, name=None):
         """What is on the screen of that role and name, looked for again where something goes meanwhile."""
@@ -147,7 +140,7 @@ class Window:
         eventually(lambda: text in self.status(), f"the status {text}", seconds)
 
     def items(self):
-        return [[child.get_name() for child in self._below(box)] for box in self.all("list")]
+        return [[child.get_name() for child in self.below(box)] for box in self.all("list")]
 
     def bar(self):
         """The value of the bar and the largest it can have; nothing while it is hidden."""
@@ -185,7 +178,7 @@ class Window:
         self._tell(self.windows()[0], "WM_PROTOCOLS", [self.display.intern_atom("WM_DELETE_WINDOW"), 0, 0, 0, 0])
 
     def drop(self, path):
-        """Drags a file onto the window and lets go of it."""
+        """Drags a file onto the window and lets go of it; whether it was taken."""
         atom = self.display.intern_atom
         target = self.windows()[0]
         source = self.display.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
@@ -194,26 +187,22 @@ class Window:
         middle = (where.x + 20 << 16) | (where.y + 20)
         self._tell(target, "XdndEnter", [source.id, 5 << 24, atom("text/uri-list"), 0, 0])
         self._tell(target, "XdndPosition", [source.id, 0, middle, X.CurrentTime, atom("XdndActionCopy")])
-        accepted = None
-        while accepted is None:
+        while True:
             each = eventually(lambda: self.display.pending_events() and self.display.next_event(), "an answer")
             if each.type == X.SelectionRequest:
                 uri = pathlib.Path(path).as_uri() + "\r\n"
-                each.requestor.change_property(each.property, atom("text/uri-list"), 8, uri.encode())
-                each.requestor.send_event(event.SelectionNotify(
-                    time=each.time, requestor=each.requestor, selection=each.selection, target=each.target,
-                    property=each.property))
+                each.requestor.change_property(each.property, each.target, 8, uri.encode())
+                names = ("time", "requestor", "selection", "target", "property")
+                answer = event.SelectionNotify(**{name: getattr(each, name) for name in names})
+                each.requestor.send_event(answer)
                 self.display.flush()
             elif each.type == X.ClientMessage and each.client_type == atom("XdndStatus"):
-                if not each.data[1][1] & 1:
-                    accepted = False
-                    self._tell(target, "XdndLeave", [source.id, 0, 0, 0, 0])
-                else:
-                    self._tell(target, "XdndDrop", [source.id, 0, X.CurrentTime, 0, 0])
+                accepted = each.data[1][1] & 1
+                self._tell(target, "XdndDrop" if accepted else "XdndLeave", [source.id, 0, X.CurrentTime, 0, 0])
+                if not accepted:
+                    return False
             elif each.type == X.ClientMessage and each.client_type == atom("XdndFinished"):
-                accepted = True
-        source.destroy()
-        return accepted
+                return True
 
     def ends(self, seconds=10):
         """The exit status, for which the program has little time."""

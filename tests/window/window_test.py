@@ -33,27 +33,26 @@ def programme(folder, name="VENTO-prova.qlb", labels=LABELS, length=400):
     return path
 
 
-def scenario(folder, **keys):
-    path = pathlib.Path(folder, "scenario.json")
-    path.write_text(json.dumps(keys))
-    return path
-
-
 class WindowTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = folder.name
 
-    def open(self, *arguments, simulate="1", **options):
-        window = harness.Window(VENTO, self.folder, *arguments, simulate=str(simulate), **options)
+    def open(self, *arguments, **options):
+        window = harness.Window(VENTO, self.folder, *arguments, **options)
         self.addCleanup(window.close)
         return window
+
+    def scenario(self, **keys):
+        path = pathlib.Path(self.folder, "scenario.json")
+        path.write_text(json.dumps(keys))
+        return str(path)
 
     def open_slowly(self, **keys):
         """With a programme loaded whose transfer takes seconds."""
         self.file = programme(self.folder, length=2000)
-        return self.open(self.file, simulate=scenario(self.folder, reportMicroseconds=2000, **keys))
+        return self.open(self.file, simulate=self.scenario(reportMicroseconds=2000, **keys))
 
     def choose(self, window, text):
         """Fills in the file dialog; what stood in it before."""
@@ -66,16 +65,14 @@ class WindowTest(unittest.TestCase):
 
     def test_starts_without_a_file_in_the_language_of_the_desktop(self):
         for language, captions in CAPTIONS.items():
-            with self.subTest(language), self.open(language=language) as window:
-                buttons = [node.get_name() for node in window.all("push button")]
-                self.assertCountEqual(buttons, captions)
-                self.assertEqual(window.items(), [[], [], []])
-                self.assertIn(window.status(), ("Stato", "Status"))
-                self.assertIsNone(window.bar())
-                [frame] = window.all("frame")
-                self.assertRegex(frame.get_name(), r"^VENTO-Programmazione \(simula(zione|tion)\)$")
-                window.press(captions[-1])
-                self.assertEqual(window.ends(), 0)
+            window = self.open(language=language)
+            self.assertCountEqual([node.get_name() for node in window.all("push button")], captions)
+            self.assertEqual(window.items(), [[], [], []])
+            self.assertIn(window.status(), ("Stato", "Status"))
+            self.assertIsNone(window.bar())
+            self.assertRegex(window.one("frame").get_name(), r"^VENTO-Programmazione \(simula(zione|tion)\)$")
+            window.press(captions[-1])
+            self.assertEqual(window.ends(), 0)
 
     def test_every_control_stands_in_its_place_at_every_scale(self):
         places = {"image VENTO": (8, 16, 220, 62), "push button OPEN": (56, 136, 105, 49),
@@ -84,24 +81,25 @@ class WindowTest(unittest.TestCase):
                   "push button CODE READING": (256, 216, 137, 57), "push button CLOSE": (440, 216, 137, 57),
                   "label Status": (56, 328, 521, 57), "frame VENTO-Programmazione (simulation)": (0, 0, 618, 447)}
         for scale in (1, 2):
-            file = programme(self.folder)
-            with self.subTest(scale=scale), self.open(file, language=ENGLISH, scale=scale) as window:
-                found = {}
-                frame = window.windows()[0].get_geometry()
-                self.assertEqual((frame.width, frame.height), (618 * scale, 447 * scale))
-                self.assertAlmostEqual(frame.x, 800 - 618 * scale / 2, delta=scale)
-                self.assertAlmostEqual(frame.y, 600 - 447 * scale / 2, delta=scale)
-                corner = harness.Atspi.Component.get_position(window.one("frame"), harness.Atspi.CoordType.SCREEN)
-                for node in window.tree():
-                    box = harness.Atspi.Component.get_extents(node, harness.Atspi.CoordType.SCREEN)
-                    found[f"{node.get_role_name()} {node.get_name()}"] = (
-                        box.x - corner.x, box.y - corner.y, box.width, box.height)
-                self.assertEqual({name: found.get(name) for name in places}, places)
+            window = self.open(programme(self.folder), language=ENGLISH, scale=scale)
+            frame = window.windows()[0].get_geometry()
+            self.assertEqual((frame.width, frame.height), (618 * scale, 447 * scale))
+            self.assertAlmostEqual(frame.x, 800 - 618 * scale / 2, delta=scale)
+            self.assertAlmostEqual(frame.y, 600 - 447 * scale / 2, delta=scale)
+            found = {}
+            corner = harness.Atspi.Component.get_position(window.one("frame"), harness.Atspi.CoordType.SCREEN)
+            for node in window.tree():
+                box = harness.Atspi.Component.get_extents(node, harness.Atspi.CoordType.SCREEN)
+                place = (box.x - corner.x, box.y - corner.y, box.width, box.height)
+                found[f"{node.get_role_name()} {node.get_name()}"] = place
+            self.assertEqual({name: found.get(name) for name in places}, places)
+            window.close_by_title_bar()
+            window.ends()
 
     def test_programs_with_a_moving_bar_and_reads_back(self):
         file = programme(self.folder, "VENTO con spazi.qlb")
-        window = self.open(*file.name.split(" "), simulate=scenario(self.folder, reportMicroseconds=3000,
-                                                                             remote={"arrivesAtPoll": 100}))
+        simulate = self.scenario(reportMicroseconds=3000, remote={"arrivesAtPoll": 100})
+        window = self.open(*file.name.split(" "), simulate=simulate)
         self.assertEqual(window.items(), LABELS)
         values = []
         window.press("PROGRAMMA")
@@ -119,48 +117,32 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(window.ends(), 0)
         self.assertFalse(file.exists())
 
-    def test_opens_a_file_through_the_dialog(self):
+    def test_opens_a_file_through_the_dialog_or_says_why_not(self):
         file, other = programme(self.folder), programme(self.folder, "altro.qlb")
+        bad = pathlib.Path(self.folder, "VENTO-<b>.qlb")
+        bad.write_text("1;a;1\n")
         window = self.open()
         window.press("APRI")
         window.one("dialog", DIALOG)
         listed = harness.eventually(lambda: [n.get_name() for n in window.all("table cell")], "the list of files")
-        self.assertIn(file.name, listed)
-        self.assertNotIn(other.name, listed)
-        self.choose(window, str(file))
+        self.assertEqual([name in listed for name in (file.name, bad.name, other.name)], [True, True, False])
+        self.choose(window, str(bad))
+        texts = [node.get_name() for node in [window.one("push button", "OK"), *window.all("label")]]
+        self.assertTrue(any("Riga 1" in each for each in texts) and str(bad) in texts, texts)
+        window.press("OK")
+        self.assertEqual(window.items(), [[], [], []])
+        window.press("APRI")
+        self.assertEqual(self.choose(window, str(file)), bad.name)
         window.one("push button", "PROGRAMMA")
         self.assertEqual(window.items(), LABELS)
         window.press("APRI")  # and once more, to think better of it
-        self.assertEqual(harness.Atspi.Text.get_text(window.one("text", "File name:"), 0, -1), file.name)
+        window.one("dialog")
         window.type("Escape")
         harness.eventually(lambda: not window.all("dialog"), "the end of the dialog")
         self.assertEqual(window.items(), LABELS)
         window.press("CHIUDI")
         self.assertEqual(window.ends(), 0)
-        self.assertFalse(file.exists())
-        self.assertTrue(other.exists())
-
-    def test_says_why_a_file_does_not_load(self):
-        bad = pathlib.Path(self.folder, "VENTO-<b>.qlb")
-        bad.write_text("1;a;1\n")
-        window = self.open()
-        window.press("APRI")
-        self.choose(window, str(bad))
-        texts = [node.get_name() for node in [window.one("push button", "OK"), *window.all("label")]]
-        self.assertTrue(any("Riga 1" in each for each in texts), texts)
-        self.assertIn(str(bad), texts)
-        window.press("OK")
-        self.assertEqual(window.items(), [[], [], []])
-
-    def test_loads_a_file_that_is_dropped_on_it(self):
-        file = programme(self.folder)
-        other = pathlib.Path(self.folder, "letter.txt")
-        other.write_text("1;a;1;x;y\n")
-        window = self.open()
-        self.assertFalse(window.drop(other))
-        self.assertTrue(window.drop(file))
-        window.one("push button", "PROGRAMMA")
-        self.assertEqual(window.items(), LABELS)
+        self.assertEqual((file.exists(), other.exists()), (False, True))
 
     def test_escape_cancels_the_wait_and_nothing_else(self):
         window = self.open_slowly(remote=None)
@@ -173,8 +155,12 @@ class WindowTest(unittest.TestCase):
             window.await_status("Programmazione annullata")
             self.assertTrue(window.enabled("PROGRAMMA"))
 
-    def test_clicks_during_an_operation_begin_nothing(self):
-        window = self.open_slowly()
+    def test_loads_what_is_dropped_on_it_and_begins_nothing_while_an_operation_runs(self):
+        letter = pathlib.Path(self.folder, "letter.txt")
+        letter.write_text("1;a;1;x;y\n")
+        window = self.open(simulate=self.scenario(reportMicroseconds=2000))
+        self.assertFalse(window.drop(letter))
+        self.assertTrue(window.drop(programme(self.folder, length=2000)))
         window.press("PROGRAMMA")
         harness.eventually(window.bar, "the bar")
         for caption in ("PROGRAMMA", "Leggi Programmazione", "APRI"):
@@ -183,53 +169,45 @@ class WindowTest(unittest.TestCase):
         self.assertIsNotNone(window.bar())
         window.await_status(SUCCESS, 60)
         time.sleep(0.3)
-        self.assertEqual(window.status(), SUCCESS)
-        self.assertEqual(window.all("dialog"), [])
+        self.assertEqual((window.status(), window.all("dialog")), (SUCCESS, []))
         self.assertEqual(window.items(), LABELS)
 
-    def test_closing_ends_an_operation_and_deletes_the_file(self):
-        ways = {"button": lambda window: window.press("CHIUDI"),
-                "title bar": lambda window: window.close_by_title_bar(),
-                "signal": lambda window: window.process.send_signal(signal.SIGTERM)}
-        for name, close in ways.items():
-            for moment in ("wait", "transfer"):
-                image = pathlib.Path(self.folder, "image.json")
-                image.unlink(missing_ok=True)
-                arrives = {"remote": {"arrivesAtPoll": 100000 if moment == "wait" else 1}}
-                with self.subTest(way=name, moment=moment), self.open_slowly(image=image.name, **arrives) as window:
-                    window.press("PROGRAMMA")
-                    window.await_status(WAITING) if moment == "wait" else harness.eventually(window.bar, "the bar")
-                    window.press("Leggi Programmazione")  # what is pending must not run either
-                    close(window)
-                    self.assertEqual(window.ends(5), 0)
-                    self.assertFalse(self.file.exists())
-                    words = sum(map(len, json.loads(image.read_text())["memory"].values()))
-                    self.assertLess(words, 1 if moment == "wait" else 6000)
-
-    def test_closing_by_signal_closes_an_open_dialog_too(self):
-        file = programme(self.folder)
-        window = self.open(file)
+    def test_closing_ends_whatever_is_open_and_deletes_the_file(self):
+        image = pathlib.Path(self.folder, "image.json")
+        ways = (lambda window: window.press("CHIUDI"), lambda window: window.close_by_title_bar(),
+                lambda window: window.process.send_signal(signal.SIGTERM))
+        for close, moment in zip(ways * 2, ("wait", "transfer", "wait", "transfer", "wait", "transfer")):
+            window = self.open_slowly(image=image.name, remote={"arrivesAtPoll": 100000 if moment == "wait" else 1})
+            window.press("PROGRAMMA")
+            window.await_status(WAITING) if moment == "wait" else harness.eventually(window.bar, "the bar")
+            window.press("Leggi Programmazione")  # what is pending must not run either
+            close(window)
+            self.assertEqual(window.ends(5), 0)
+            self.assertFalse(self.file.exists())
+            words = sum(map(len, json.loads(image.read_text())["memory"].values()))
+            self.assertLess(words, 1 if moment == "wait" else 6000)
+            image.unlink()
+        window = self.open_slowly()
         window.press("APRI")
         window.one("dialog")
         window.process.send_signal(signal.SIGTERM)
         self.assertEqual(window.ends(), 0)
-        self.assertFalse(file.exists())
+        self.assertFalse(self.file.exists())
 
     def test_tells_of_a_transmitter_that_is_missing_or_may_not_be_opened(self):
         mine = {"vendorId": 1240, "productId": 1, "opens": False}
-        for language, text in ((ITALIAN, "Programmatore non collegato"), (ENGLISH, "Transmitter not connected")):
-            for interfaces in ([], [mine]):
-                simulate = scenario(self.folder, interfaces=interfaces)
-                with self.subTest(text=text, interfaces=interfaces), \
-                        self.open(programme(self.folder), language=language, simulate=simulate) as window:
-                    window.press(CAPTIONS[language][1])
-                    box = harness.eventually(lambda: window.all("alert") or window.all("dialog"), "the box")[0]
-                    labels = [node.get_name() for node in window._below(box) if node.get_role_name() == "label"]
-                    self.assertIn(text, labels)
-                    self.assertEqual(any("opens" in each for each in labels), bool(interfaces), labels)
-                    window.type("Return")
-                    harness.eventually(lambda: window.enabled("PROGRAMMA" if language == ITALIAN else "PROGRAM"),
-                                       "the program button")
+        for language, text, program, interfaces in (
+                (ITALIAN, "Programmatore non collegato", "PROGRAMMA", []),
+                (ENGLISH, "Transmitter not connected", "PROGRAM", [mine])):
+            simulate = self.scenario(interfaces=interfaces)
+            window = self.open(programme(self.folder), language=language, simulate=simulate)
+            window.press(CAPTIONS[language][1])
+            box = harness.eventually(lambda: window.all("alert") or window.all("dialog"), "the box")[0]
+            labels = [node.get_name() for node in window.below(box) if node.get_role_name() == "label"]
+            self.assertIn(text, labels)
+            self.assertEqual(any("opens" in each for each in labels), bool(interfaces), labels)
+            window.type("Return")
+            harness.eventually(lambda: window.enabled(program), "the program button")
 
     def test_is_used_by_keyboard_alone(self):
         file = programme(self.folder, length=8)
@@ -254,27 +232,24 @@ class WindowTest(unittest.TestCase):
 
     def test_refuses_a_scenario_that_it_can_not_use(self):
         file = programme(self.folder)
-        pathlib.Path(self.folder, "bad.json").write_text('{"remote": {"version": 300}}')
-        for simulate in ("missing.json", "bad.json"):
-            with self.subTest(simulate), self.open(file, simulate=simulate) as window:
-                labels = [node.get_name() for node in [window.one("push button", "OK"), *window.all("label")]]
-                self.assertTrue(any(each.startswith(simulate + ": ") for each in labels), labels)
-                window.press("OK")
-                self.assertEqual(window.ends(), 1)
-                self.assertTrue(file.exists())
+        simulate = self.scenario(remote={"version": 300})
+        window = self.open(file, simulate=simulate)
+        labels = [node.get_name() for node in [window.one("push button", "OK"), *window.all("label")]]
+        self.assertTrue(any(each.startswith(simulate + ": ") for each in labels), labels)
+        window.press("OK")
+        self.assertEqual(window.ends(), 1)
+        self.assertTrue(file.exists())
 
     def test_tells_when_the_simulated_remote_could_not_be_kept(self):
         place = pathlib.Path(self.folder, "place")
         place.mkdir()
-        file = programme(self.folder, length=8)
-        window = self.open(file, simulate=scenario(self.folder, image="place/image.json"))
+        window = self.open(programme(self.folder, length=8), simulate=self.scenario(image="place/image.json"))
         window.press("PROGRAMMA")
         window.await_status(SUCCESS)
         place.rmdir()
         window.press("CHIUDI")
         window.press("OK")
         self.assertEqual(window.ends(), 1)
-        self.assertFalse(file.exists())
 
 
 if __name__ == "__main__":
