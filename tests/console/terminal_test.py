@@ -17,7 +17,6 @@ import unittest
 from ventoctl import COMMAND, PLAIN_ENVIRONMENT, ConsoleTest, programme
 
 WAITING = "Posizionare il telecomando di fronte al trasmettitore entro 1 minuto. Sincronizzazione in corso"
-
 CTRL_C = b"\x03"
 
 
@@ -149,6 +148,7 @@ class Terminal(ConsoleTest):
         self.wait_for("nulla da annullare")
         self.wait_for(" 15 %", CTRL_C)
         self.assertEqual(self.finish(130), "")
+        self.assertEqual(self.raw.count("nulla da annullare"), 1)
         words = json.loads((self.folder / "image.json").read_text())["memory"]
         self.assertGreater(sum(map(len, words.values())), 1500)
 
