@@ -113,6 +113,7 @@ void DecodeBytes(Bytes& bytes, KeyArray* key, std::vector<int>& events) {
 
 std::vector<Node> Tree(const std::map<int, std::int64_t>& counts) {
     std::vector<Node> tree;
+    tree.reserve(2 * counts.size());
     for (const auto& [symbol, count] : counts)
         tree.push_back({.symbol = symbol, .weight = count});
     for (std::size_t left = tree.size(); left >= 2; --left) {
