@@ -232,24 +232,26 @@ class WindowTest(unittest.TestCase):
 
     def test_refuses_a_scenario_that_it_can_not_use(self):
         file = programme(self.folder)
-        simulate = self.scenario(remote={"version": 300})
-        window = self.open(file, simulate=simulate)
-        labels = [node.get_name() for node in [window.one("push button", "OK"), *window.all("label")]]
-        self.assertTrue(any(each.startswith(simulate + ": ") for each in labels), labels)
-        window.press("OK")
-        self.assertEqual(window.ends(), 1)
+        for simulate in ("missing.json", self.scenario(remote={"version": 300})):
+            window = self.open(file, simulate=simulate)
+            labels = [node.get_name() for node in [window.one("push button", "OK"), *window.all("label")]]
+            self.assertTrue(any(each.startswith(simulate + ": ") for each in labels), labels)
+            window.press("OK")
+            self.assertEqual(window.ends(), 1)
         self.assertTrue(file.exists())
 
     def test_tells_when_the_simulated_remote_could_not_be_kept(self):
         place = pathlib.Path(self.folder, "place")
         place.mkdir()
-        window = self.open(programme(self.folder, length=8), simulate=self.scenario(image="place/image.json"))
+        file = programme(self.folder, length=8)
+        window = self.open(file, simulate=self.scenario(image="place/image.json"))
         window.press("PROGRAMMA")
         window.await_status(SUCCESS)
         place.rmdir()
         window.press("CHIUDI")
         window.press("OK")
         self.assertEqual(window.ends(), 1)
+        self.assertFalse(file.exists())
 
 
 if __name__ == "__main__":
