@@ -46,7 +46,7 @@ std::uint64_t CommonDivisor(const CodedHeader& header) {
 class DataReader {
   public:
     DataReader(std::span<const std::uint8_t> container, const CodedHeader& header, ProgressMeter& progress,
-               std::span<std::uint8_t> decoded)
+               std::vector<std::uint8_t>& decoded)
         : header_(header),
           data_(container.subspan(header.dataOffset)),
           decoded_(decoded),
@@ -55,11 +55,10 @@ class DataReader {
     }
 
     void Run() {
-        if (data_.size() > LeastBytesForBlocks && !decoded_.empty()) RunBlocks();
+        if (data_.size() > LeastBytesForBlocks && header_.shortestCode != 0) RunBlocks();
         Walk();
     }
 
-    [[nodiscard]] std::size_t Produced() const { return produced_; }
     [[nodiscard]] std::uint8_t Checksum() const { return checksum_; }
 
   private:
@@ -83,22 +82,21 @@ class DataReader {
     Outcome Accept(const LaneDecoder& decoder, const Lane& lane, std::size_t begin);
     void Walk();
 
-    [[nodiscard]] std::size_t Wanted() const { return decoded_.size() - produced_; }
+    [[nodiscard]] std::size_t Wanted() const { return header_.sourceLength - decoded_.size(); }
 
     /// Reports for the bytes that have been gone through. The one with the last code is not, whatever bits it
     /// has left.
     void Report() {
-        const std::uint64_t bits = produced_ == header_.sourceLength ? position_ - 1 : position_;
+        const std::uint64_t bits = decoded_.size() == header_.sourceLength ? position_ - 1 : position_;
         pass_.Until(header_.dataOffset + bits / 8 + 1);
     }
 
     const CodedHeader& header_;
     std::span<const std::uint8_t> data_;
-    std::span<std::uint8_t> decoded_;
+    std::vector<std::uint8_t>& decoded_;
     ProgressPass pass_;
     /// In bits from the start of the data area. Between two codes, but for the walk.
     std::uint64_t position_ = 0;
-    std::size_t produced_ = 0;
     std::uint8_t checksum_ = 0;
     std::uint64_t lead_ = FirstLead;
 };
@@ -110,9 +108,12 @@ void DataReader::RunBlocks() {
     std::uint64_t end = limit;
     bool careful = false;
     while (position_ < end) {
-        const std::uint64_t segment = std::min((end - position_) / LaneDecoder::Lanes, longest);
+        // The first segment is longer by the lead, in which the others are not yet in step.
+        const std::uint64_t left = end - position_;
+        const std::uint64_t segment =
+            std::min((left - std::min(left, lead_)) / LaneDecoder::Lanes, longest - lead_);
         const auto outcome = segment >= 4 * lead_ ? RunBlock(decoder, segment)
-                                                  : RunSegment(decoder, std::min(end, position_ + longest));
+                                                  : RunSegment(decoder, position_ + std::min(left, longest));
         if (outcome == Outcome::Stuck) return;
         careful = careful || outcome == Outcome::TooMany;
         // So many bits hold no more symbols than are wanted.
@@ -131,15 +132,14 @@ DataReader::Outcome DataReader::RunBlock(const LaneDecoder& decoder, std::uint64
     const std::uint64_t first = position_;
     const std::uint64_t grain = CommonDivisor(header_);
     std::array<Lane, LaneDecoder::Lanes> lanes;
-    lanes[0] = {first, first + lead_, LaneDecoder::Begin(0)};
-    for (std::size_t i = 1; i < lanes.size(); ++i) {
+    for (std::size_t i = 0; i < lanes.size(); ++i) {
         const std::uint64_t start = first + i * segment;
-        lanes[i] = {(start - lead_) / grain * grain, start, LaneDecoder::Begin(i)};
+        lanes[i] = {start / grain * grain, start + lead_, LaneDecoder::Begin(i)};
     }
     decoder.Run(lanes);
     std::array<std::uint64_t, LaneDecoder::Lanes> starts = {first};
     for (std::size_t i = 0; i < lanes.size(); ++i) {
-        lanes[i].stop = first + (i + 1) * segment;
+        lanes[i].stop += segment;
         if (i == 0) continue;
         starts[i] = lanes[i].position;
         lanes[i].out = LaneDecoder::Begin(i);
@@ -161,9 +161,8 @@ DataReader::Outcome DataReader::Accept(const LaneDecoder& decoder, const Lane& l
     if (lane.position == Lane::Lost) return Outcome::Stuck;
     const auto symbols = decoder.Symbols(begin, lane.out);
     if (symbols.size() > Wanted()) return Outcome::TooMany;
-    std::ranges::copy(symbols, decoded_.begin() + static_cast<std::ptrdiff_t>(produced_));
+    decoded_.insert(decoded_.end(), symbols.begin(), symbols.end());
     checksum_ ^= ExclusiveOr(symbols);
-    produced_ += symbols.size();
     position_ = lane.position;
     Report();
     return Outcome::Accepted;
@@ -172,7 +171,7 @@ DataReader::Outcome DataReader::Accept(const LaneDecoder& decoder, const Lane& l
 void DataReader::Walk() {
     const std::uint64_t end = 8 * std::uint64_t{data_.size()};
     std::size_t node = 0;
-    while (position_ < end && produced_ < header_.sourceLength) {
+    while (position_ < end && decoded_.size() < header_.sourceLength) {
         const bool bit = (data_[position_ / 8] >> position_ % 8 & 1) != 0;
         const std::int16_t next = bit ? header_.codeTree[node].OneChild : header_.codeTree[node].ZeroChild;
         if (next == -1) {
@@ -185,7 +184,7 @@ void DataReader::Walk() {
         const auto symbol = header_.codeTree[node].Symbol;
         if (symbol == -1) continue;
         node = 0;
-        decoded_[produced_++] = static_cast<std::uint8_t>(symbol);
+        decoded_.push_back(static_cast<std::uint8_t>(symbol));
         checksum_ ^= static_cast<std::uint8_t>(symbol);
     }
     Report();
@@ -197,10 +196,10 @@ std::uint8_t ReadData(std::span<const std::uint8_t> container, const CodedHeader
                       ProgressMeter& progress, std::vector<std::uint8_t>& decoded) {
     const std::uint64_t dataBits = 8 * std::uint64_t{container.size() - header.dataOffset};
     const std::uint64_t most = header.shortestCode == 0 ? 0 : dataBits / header.shortestCode;
-    decoded.resize(static_cast<std::size_t>(std::min<std::uint64_t>(header.sourceLength, most)));
+    decoded.clear();
+    decoded.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(header.sourceLength, most)));
     DataReader reader(container, header, progress, decoded);
     reader.Run();
-    decoded.resize(reader.Produced());
     return reader.Checksum();
 }
 
