@@ -44,6 +44,7 @@ void Notices::Say(std::string_view prefix, std::string_view text) {
         said += line + "\n";
     }
     static_cast<void>(std::fwrite(said.data(), 1, said.size(), stderr));
+    static_cast<void>(std::fflush(stderr));
 }
 
 void Notices::Error(std::string_view text, std::string_view detail) {

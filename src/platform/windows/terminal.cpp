@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kSignalStatus = 128;  // added to a signal's number, as shells do
 constexpr std::size_t kUsualColumns = 80;
+constexpr std::size_t kStreamBuffer = 65536;
 constexpr DWORD kGraceInMilliseconds = 5000;  // as much as the system gives a program whose window is closed
 
 // All that the handler touches, which has a thread of its own.
@@ -51,15 +52,20 @@ class WindowsTerminal final : public Terminal {
             canRedraw_ = ::SetConsoleMode(StandardError(), mode_ | ENABLE_PROCESSED_OUTPUT |
                                                                ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
         }
-        // What is written is the same, byte for byte, on every system.
-        static_cast<void>(::_setmode(::_fileno(stdout), _O_BINARY));
-        static_cast<void>(::_setmode(::_fileno(stderr), _O_BINARY));
+        for (std::FILE* stream : {stdout, stderr}) {
+            // What is written is the same, byte for byte, on every system.
+            static_cast<void>(::_setmode(::_fileno(stream), _O_BINARY));
+            // The C library would hand a console one byte after the other, and it shows no part of a
+            // character.
+            static_cast<void>(std::setvbuf(stream, nullptr, _IOFBF, kStreamBuffer));
+        }
     }
     WindowsTerminal(const WindowsTerminal&) = delete;
     WindowsTerminal& operator=(const WindowsTerminal&) = delete;
     WindowsTerminal(WindowsTerminal&&) = delete;
     WindowsTerminal& operator=(WindowsTerminal&&) = delete;
     ~WindowsTerminal() override {  // the console goes on without us
+        static_cast<void>(std::fflush(nullptr));
         if (canRedraw_) ::SetConsoleMode(StandardError(), mode_);
         if (codePage_ != 0) ::SetConsoleOutputCP(codePage_);
     }
