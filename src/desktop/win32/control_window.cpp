@@ -13,7 +13,6 @@ ControlWindow::ControlWindow(HWND form, ControlId id, const wchar_t* windowClass
                              platform::Tongue tongue)
     : layout_(LayoutOf(id)) {
     // The number that the form knows it by is, for historical reasons, passed as a menu.
-    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     auto* const number = reinterpret_cast<HMENU>(std::intptr_t{kFirstControl} + static_cast<int>(id));
     handle_ = ::CreateWindowExW(0, windowClass, platform::Wide(layout_.name.In(tongue)).c_str(),
                                 WS_CHILD | style, 0, 0, 0, 0, form, number, nullptr, nullptr);

@@ -67,6 +67,7 @@ void RunForm(Session& session, win32::Win32Desktop& desktop, const std::string& 
 
 }  // namespace
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the system's own declaration
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int) {
     const SystemParts parts;
     win32::Win32Desktop desktop;

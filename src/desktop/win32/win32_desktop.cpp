@@ -85,7 +85,7 @@ std::optional<std::string> Win32Desktop::ChooseFile(std::string_view title, std:
     dialog.lpstrTitle = wideTitle.c_str();
     dialog.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
     if (::GetOpenFileNameW(&dialog) == 0) return std::nullopt;
-    latestFile_ = path.c_str();
+    latestFile_ = path.substr(0, path.find(L'\0'));
     return platform::Utf8(latestFile_);
 }
 

@@ -15,7 +15,7 @@ namespace vento::platform {
 namespace {
 
 HANDLE HandleOf(HidHandle device) {
-    return reinterpret_cast<HANDLE>(device);  // NOLINT(performance-no-int-to-ptr): it was one
+    return reinterpret_cast<HANDLE>(device);
 }
 
 OpenOutcome OutcomeOf(DWORD error) {
