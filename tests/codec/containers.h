@@ -7,17 +7,16 @@
 #include <utility>
 #include <vector>
 
+#include "codec/oracle.h"
+
 /// Containers made by hand, right and wrong.
-namespace containers {
+namespace oracle {
 
-using Bytes = std::vector<std::uint8_t>;
-
-inline Bytes FromHex(std::string_view hex) {
+inline Bytes FromHex(std::string hex) {
+    std::erase(hex, ' ');
     Bytes bytes;
-    for (std::size_t i = 0; i + 1 < hex.size(); i += hex[i] == ' ' ? 1U : 2U) {
-        if (hex[i] != ' ')
-            bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
-    }
+    for (std::size_t i = 0; i < hex.size(); i += 2)
+        bytes.push_back(static_cast<std::uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
     return bytes;
 }
 
@@ -33,19 +32,25 @@ inline Bytes FromBits(std::string_view bits) {
     return bytes;
 }
 
+/// What a coded container begins with.
+inline Bytes Head(unsigned checksum, std::size_t sourceLength, std::size_t tableCount) {
+    Bytes bytes = {77, 65, 51, 13, static_cast<std::uint8_t>(checksum)};
+    for (int shift = 0; shift < 32; shift += 8)
+        bytes.push_back(static_cast<std::uint8_t>(sourceLength >> shift));
+    bytes.push_back(static_cast<std::uint8_t>(tableCount));
+    bytes.push_back(static_cast<std::uint8_t>(tableCount >> 8));
+    return bytes;
+}
+
 /// A coded container whose symbols have these codes, in ascending order of symbol.
 struct Coded {
     std::vector<std::pair<std::uint8_t, std::string>> codes;
     std::string data;
-    std::uint32_t sourceLength = 0;
-    std::uint8_t checksum = 0;
+    std::size_t sourceLength = 0;
+    unsigned checksum = 0;
 
     [[nodiscard]] Bytes Make() const {
-        Bytes bytes = {77, 65, 51, 13, checksum};
-        for (int shift = 0; shift < 32; shift += 8)
-            bytes.push_back(static_cast<std::uint8_t>(sourceLength >> shift));
-        bytes.push_back(static_cast<std::uint8_t>(codes.size()));
-        bytes.push_back(static_cast<std::uint8_t>(codes.size() >> 8));
+        Bytes bytes = Head(checksum, sourceLength, codes.size());
         std::string codeArea;
         for (const auto& [symbol, code] : codes) {
             bytes.push_back(symbol);
@@ -58,4 +63,4 @@ struct Coded {
     }
 };
 
-}  // namespace containers
+}  // namespace oracle

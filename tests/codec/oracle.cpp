@@ -1,9 +1,11 @@
 #include "codec/oracle.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <map>
+#include <utility>
 
 #include "codec/containers.h"
 #include "codec/windows_1252.h"
@@ -11,19 +13,12 @@
 namespace oracle {
 namespace {
 
-using containers::FromBits;
 using vento::codec::OverflowError;
 using vento::codec::RaisedError;
 using vento::codec::RangeError;
 
-struct Node {
-    std::array<int, 2> child = {-1, -1};
-    int symbol = -1;
-    std::int64_t weight = 0;
-    bool joined = false;
-};
-
-void Tell(std::vector<int>& events, std::size_t part, std::size_t whole, int scale, int first) {
+void Tell(Outcome& outcome, std::size_t part, std::size_t whole, int scale, int first) {
+    std::vector<int>& events = outcome.events;
     const double percentage = static_cast<double>(part) / static_cast<double>(whole) * scale + first;
     const int rounded = static_cast<int>(std::nearbyint(percentage));
     if (rounded != (events.empty() ? 0 : events.back())) events.push_back(rounded);
@@ -34,7 +29,9 @@ std::uint8_t Checked(std::int64_t byte) {
     return static_cast<std::uint8_t>(byte);
 }
 
-void DecodeBytes(Bytes& bytes, KeyArray* key, std::vector<int>& events) {
+void DecodeBytes(Outcome& outcome) {
+    Bytes& bytes = outcome.bytes;
+    std::optional<KeyArray>& key = outcome.key;
     if (bytes.at(3) != 13 || bytes[0] != 77 || bytes[1] != 65) return;
     if (bytes[2] == 48) {
         bytes.erase(bytes.begin(), bytes.begin() + 4);
@@ -53,7 +50,7 @@ void DecodeBytes(Bytes& bytes, KeyArray* key, std::vector<int>& events) {
     if (length == 0) return;
     if (length < 0) throw RangeError("length");
     std::int64_t pairs = static_cast<std::int16_t>(number(2));
-    if (key != nullptr) {
+    if (key) {
         pairs -= 2 * std::ssize(*key);
         static_cast<void>(key->at(11));
         static_cast<void>(bytes.at(34));
@@ -63,131 +60,115 @@ void DecodeBytes(Bytes& bytes, KeyArray* key, std::vector<int>& events) {
     std::map<int, int> lengths;
     for (std::size_t k = 0; static_cast<std::int64_t>(k) < pairs; ++k) {
         const auto without = [&](std::size_t column) {
-            return bytes.at(offset++) - (key != nullptr ? key->at(k).at(column) : 0);
+            return bytes.at(offset++) - (key ? key->at(k).at(column) : 0);
         };
         const std::int64_t symbol = without(0);
         if (symbol < 0 || symbol > 255) throw RangeError("symbol");
         lengths[static_cast<int>(symbol)] = Checked(without(1));
     }
+    struct Node {
+        std::array<std::size_t, 2> child{};
+        int symbol = -1;
+    };
     std::size_t at = 8 * offset;
     const auto nextBit = [&] {
-        const bool bit = (bytes.at(at / 8) >> at % 8 & 1) == 1;
-        ++at;
-        return static_cast<std::size_t>(bit);
+        const int byte = bytes.at(at / 8);
+        return static_cast<std::size_t>(byte >> at++ % 8 & 1);
     };
     std::vector<Node> tree(1);
     for (const auto& [symbol, count] : lengths) {
         std::size_t node = 0;
         for (int i = 0; i < count; ++i) {
-            const std::size_t bit = nextBit();
-            if (tree.at(node).child.at(bit) == -1) {
-                if (tree.size() == 512) throw RangeError("nodes");
-                tree.at(node).child.at(bit) = static_cast<int>(tree.size());
-                tree.emplace_back();
-            }
-            node = static_cast<std::size_t>(tree.at(node).child.at(bit));
+            std::size_t& child = tree[node].child.at(nextBit());
+            if (child == 0) child = tree.size();
+            node = child;
+            if (node == 512) throw RangeError("nodes");
+            tree.resize(std::max(tree.size(), node + 1));
         }
-        if (count > 0) tree.at(node).symbol = symbol;
+        if (count > 0) tree[node].symbol = symbol;
     }
     at = (at + 7) / 8 * 8;
     Bytes output;
     std::size_t node = 0;
     while (at < 8 * bytes.size() && output.size() < static_cast<std::size_t>(length)) {
-        node = static_cast<std::size_t>(tree.at(node).child.at(nextBit()));
-        if (tree.at(node).symbol != -1) {
-            output.push_back(static_cast<std::uint8_t>(tree.at(node).symbol));
-            node = 0;
-        }
+        node = tree[node].child.at(nextBit());
+        if (node == 0) throw RangeError("branch");
+        if (tree[node].symbol != -1)
+            output.push_back(static_cast<std::uint8_t>(tree[std::exchange(node, 0)].symbol));
         if (at % 80000 == 0 && output.size() < static_cast<std::size_t>(length))
-            Tell(events, at / 8, bytes.size(), 89, 0);
+            Tell(outcome, at / 8, bytes.size(), 89, 0);
     }
     unsigned checksum = 0;
     for (std::size_t i = 0; i < output.size(); ++i) {
         checksum ^= output[i];
-        if (i % 10000 == 0) Tell(events, i, output.size(), 11, 89);
+        if (i % 10000 == 0) Tell(outcome, i, output.size(), 11, 89);
     }
     if (checksum != expected) throw RaisedError("clsHuffman.Decode()", "");
     bytes = output;
-    Tell(events, 1, 1, 100, 0);
+    Tell(outcome, 1, 1, 100, 0);
 }
 
-std::vector<Node> Tree(const std::map<int, std::int64_t>& counts) {
-    std::vector<Node> tree;
-    tree.reserve(2 * counts.size());
+struct Subtree {
+    std::int64_t weight = 0;
+    std::map<int, std::string> codes;  // of its symbols, written as zeros and ones
+};
+
+std::map<int, std::string> CodesFor(const std::map<int, std::int64_t>& counts) {
+    std::vector<Subtree> trees;
+    trees.reserve(counts.size());
     for (const auto& [symbol, count] : counts)
-        tree.push_back({.symbol = symbol, .weight = count});
-    for (std::size_t left = tree.size(); left >= 2; --left) {
-        std::vector<std::size_t> lightest;
-        for (std::size_t i = 0; i < tree.size(); ++i) {
-            if (tree[i].joined) continue;
-            if (lightest.size() < 2) {
-                lightest.push_back(i);
-                continue;
-            }
-            const bool second = tree[lightest[1]].weight > tree[lightest[0]].weight;
-            std::size_t& heavier = lightest[second ? 1 : 0];
-            if (tree[i].weight < tree[heavier].weight) heavier = i;
+        trees.push_back({count, {{symbol, ""}}});
+    while (trees.size() > 1) {
+        std::array<std::size_t, 2> lightest = {0, 1};
+        for (std::size_t i = 2; i < trees.size(); ++i) {
+            const bool second = trees[lightest[1]].weight > trees[lightest[0]].weight;
+            std::size_t& heavier = lightest.at(second ? 1 : 0);
+            if (trees[i].weight < trees[heavier].weight) heavier = i;
         }
-        Node parent;
-        for (std::size_t i = 0; i < 2; ++i) {
-            Node& child = tree.at(lightest.at(i));
-            child.joined = true;
+        Subtree parent;
+        for (const std::size_t bit : {0U, 1U}) {
+            Subtree& child = trees[lightest.at(bit)];
             parent.weight += child.weight;
-            parent.child.at(i) = static_cast<int>(lightest[i]);
+            for (const auto& [symbol, code] : std::exchange(child.codes, {}))
+                parent.codes[symbol] = std::to_string(bit) + code;
         }
-        tree.push_back(parent);
+        std::erase_if(trees, [](const Subtree& tree) { return tree.codes.empty(); });
+        trees.push_back(parent);
     }
-    return tree;
+    return trees.empty() ? std::map<int, std::string>() : trees[0].codes;
 }
 
-// Codes are written as zeros and ones.
-void Assign(const std::vector<Node>& tree, int index, const std::string& path,
-            std::map<int, std::string>& codes) {
-    const Node& node = tree.at(static_cast<std::size_t>(index));
-    if (node.symbol != -1) {
-        codes[node.symbol] = path;
-        return;
-    }
-    Assign(tree, node.child[0], path + '0', codes);
-    Assign(tree, node.child[1], path + '1', codes);
-}
-
-void EncodeBytes(Bytes& bytes, const KeyArray* key, std::vector<int>& events) {
+void EncodeBytes(Outcome& outcome) {
+    Bytes& bytes = outcome.bytes;
+    const std::optional<KeyArray>& key = outcome.key;
     std::map<int, std::int64_t> counts;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         ++counts[bytes[i]];
-        if (i % 1000 == 0) Tell(events, i, bytes.size(), 7, 0);
+        if (i % 1000 == 0) Tell(outcome, i, bytes.size(), 7, 0);
     }
-    std::map<int, std::string> codes;
-    const auto tree = Tree(counts);
-    if (!tree.empty()) Assign(tree, static_cast<int>(tree.size()) - 1, "", codes);
+    auto codes = CodesFor(counts);
     std::string data;
     for (const std::uint8_t byte : bytes)
         data += codes[byte];
     if (data.empty() || (data.size() + 7) / 8 > bytes.size()) {
-        const Bytes mark = {77, 65, 48, 13};
-        bytes.insert(bytes.begin(), mark.begin(), mark.end());
+        bytes.insert(bytes.begin(), {77, 65, 48, 13});
         return;
     }
     unsigned checksum = 0;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         checksum ^= bytes[i];
-        if (i % 10000 == 0) Tell(events, i, bytes.size(), 5, 7);
+        if (i % 10000 == 0) Tell(outcome, i, bytes.size(), 5, 7);
     }
-    Bytes out = {77, 65, 51, 13, static_cast<std::uint8_t>(checksum)};
-    for (int shift = 0; shift < 32; shift += 8)
-        out.push_back(static_cast<std::uint8_t>(bytes.size() >> shift));
-    const std::size_t count = codes.size() + (key != nullptr ? 2 * key->size() : 0);
+    const std::size_t count = codes.size() + (key ? 2 * key->size() : 0);
     if (count > 32767) throw OverflowError("count");
-    out.push_back(static_cast<std::uint8_t>(count));
-    out.push_back(static_cast<std::uint8_t>(count >> 8));
+    Bytes out = Head(checksum, bytes.size(), count);
     const auto put = [&](std::int64_t value, std::size_t row, std::size_t column) {
-        if (key != nullptr) value += Checked(key->at(row).at(column));
+        if (key) value += Checked(key->at(row).at(column));
         const auto byte = Checked(value);
         if (out.size() == 523) throw RangeError("table");
         out.push_back(byte);
     };
-    for (std::size_t i = 0; key != nullptr && i < 24; ++i)
+    for (std::size_t i = 0; key && i < 24; ++i)
         put(0, i % 12, i / 12);
     std::string codeArea;
     for (std::size_t k = 0; const auto& [symbol, code] : codes) {
@@ -198,16 +179,14 @@ void EncodeBytes(Bytes& bytes, const KeyArray* key, std::vector<int>& events) {
     for (const Bytes& area : {FromBits(codeArea), FromBits(data)})
         out.insert(out.end(), area.begin(), area.end());
     for (std::size_t i = 0; i < bytes.size(); i += 10000)
-        Tell(events, i, bytes.size(), 88, 12);
+        Tell(outcome, i, bytes.size(), 88, 12);
     bytes = out;
-    Tell(events, 1, 1, 100, 0);
+    Tell(outcome, 1, 1, 100, 0);
 }
 
-template <class Call>
-Outcome Observe(const Bytes& input, std::optional<KeyArray> key, const Call& call) {
-    Outcome outcome{input, {}, "", std::move(key)};
+Outcome Observe(Outcome outcome, const auto& call) {
     try {
-        call(outcome, outcome.key ? &*outcome.key : nullptr);
+        call(outcome);
     } catch (const RaisedError& error) {
         outcome.error = error.Source();
     } catch (const OverflowError&) {
@@ -219,36 +198,31 @@ Outcome Observe(const Bytes& input, std::optional<KeyArray> key, const Call& cal
 }
 
 // The same for a function of the class itself, from text to text.
-template <class Function>
-Outcome ObserveClass(const Bytes& input, std::optional<KeyArray> key, Function function) {
-    return Observe(input, std::move(key), [&](Outcome& outcome, KeyArray* rows) {
+Outcome ObserveClass(const Outcome& before, auto function) {
+    return Observe(before, [&](Outcome& outcome) {
         vento::codec::clsHuffman codec;
         codec.Progress = [&](std::int16_t& procent) { outcome.events.push_back(procent); };
         const auto text = vento::codec::TextOf(outcome.bytes);
-        outcome.bytes = vento::codec::BytesOf((codec.*function)(text, rows));
+        outcome.bytes = vento::codec::BytesOf((codec.*function)(text, outcome.key ? &*outcome.key : nullptr));
     });
 }
 
 }  // namespace
 
-Outcome Encode(const Bytes& source, std::optional<KeyArray> key) {
-    return Observe(source, std::move(key), [](Outcome& outcome, const KeyArray* rows) {
-        EncodeBytes(outcome.bytes, rows, outcome.events);
-    });
+Outcome Encode(const Bytes& source, const std::optional<KeyArray>& key) {
+    return Observe({source, {}, "", key}, EncodeBytes);
 }
 
-Outcome Decode(const Bytes& container, std::optional<KeyArray> key) {
-    return Observe(container, std::move(key), [](Outcome& outcome, KeyArray* rows) {
-        DecodeBytes(outcome.bytes, rows, outcome.events);
-    });
+Outcome Decode(const Bytes& container, const std::optional<KeyArray>& key) {
+    return Observe({container, {}, "", key}, DecodeBytes);
 }
 
-Outcome EncodeWithClass(const Bytes& source, std::optional<KeyArray> key) {
-    return ObserveClass(source, std::move(key), &vento::codec::clsHuffman::EncodeString);
+Outcome EncodeWithClass(const Bytes& source, const std::optional<KeyArray>& key) {
+    return ObserveClass({source, {}, "", key}, &vento::codec::clsHuffman::EncodeString);
 }
 
-Outcome DecodeWithClass(const Bytes& container, std::optional<KeyArray> key) {
-    return ObserveClass(container, std::move(key), &vento::codec::clsHuffman::DecodeString);
+Outcome DecodeWithClass(const Bytes& container, const std::optional<KeyArray>& key) {
+    return ObserveClass({container, {}, "", key}, &vento::codec::clsHuffman::DecodeString);
 }
 
 }  // namespace oracle

@@ -25,11 +25,11 @@ struct Outcome {
 };
 
 /// On an error `bytes` is what was passed in.
-Outcome Encode(const Bytes& source, std::optional<KeyArray> key = {});
-Outcome Decode(const Bytes& container, std::optional<KeyArray> key = {});
+Outcome Encode(const Bytes& source, const std::optional<KeyArray>& key = {});
+Outcome Decode(const Bytes& container, const std::optional<KeyArray>& key = {});
 
 /// The same calls of the class itself.
-Outcome EncodeWithClass(const Bytes& source, std::optional<KeyArray> key = {});
-Outcome DecodeWithClass(const Bytes& container, std::optional<KeyArray> key = {});
+Outcome EncodeWithClass(const Bytes& source, const std::optional<KeyArray>& key = {});
+Outcome DecodeWithClass(const Bytes& container, const std::optional<KeyArray>& key = {});
 
 }  // namespace oracle

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
@@ -40,6 +41,11 @@ class ScratchFolder {
     [[nodiscard]] std::string Write(std::string_view name, std::string_view content) const {
         std::ofstream(*this / name, std::ios::binary) << content;
         return Path(name);
+    }
+
+    [[nodiscard]] std::string Read(std::string_view name) const {
+        std::ifstream file(*this / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
   private:
