@@ -11,6 +11,7 @@
 
 namespace vento::test {
 
+namespace fault = simulator::fault;
 using simulator::Fault;
 using simulator::FaultKind;
 using simulator::Scenario;

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "chain/bench.h"
 
 namespace vento::test {
 namespace {
-
-namespace fault = simulator::fault;
 
 const std::string kFirstTiming = "19 84 15 2 2 8 4 168 38 75 188 135 0 165 0 14 1 74 1 ";
 
@@ -24,67 +24,51 @@ TEST(Programming, OneShortListByteForByte) {
 }
 
 TEST(Programming, ListsGoOutInBlocksOf32) {
-    struct Case {
-        std::size_t length;
-        std::vector<std::size_t> frames;  // sizes of the data frames
-        float bar;
-    };
-    for (const Case& c :
-         {Case{1, {8}, 0}, Case{32, {70}, 31}, Case{33, {70, 8}, 31}, Case{64, {70, 70}, 62}}) {
-        Workbench bench(With({}, {0x1234}), Programme(1, c.length));
+    for (const auto& [length, dataFrames, bar] : std::vector<std::tuple<std::size_t, std::string, float>>{
+             {1, "8 ", 0}, {32, "70 ", 31}, {33, "70 8 ", 31}, {64, "70 70 ", 62}}) {
+        Workbench bench(With({}, {0x1234}), Programme(1, length));
         bench.form.Command6_Click(0);
-        EXPECT_EQ(bench.Code(), 0) << c.length;
-        std::vector<std::size_t> sizes;
-        for (const Bytes& frame : bench.host.frames) {
-            if (frame[1] == 85 && frame[2] == 4) sizes.push_back(frame.size());
-        }
-        EXPECT_EQ(sizes, c.frames) << c.length;
-        EXPECT_EQ(bench.form.ProgressBar1.Value(), c.bar) << c.length;
+        std::string sizes;
+        for (const Bytes& frame : bench.host.frames)
+            sizes += frame[1] == 85 && frame[2] == 4 ? std::to_string(frame.size()) + " " : "";
+        EXPECT_EQ(sizes, dataFrames) << length;
+        EXPECT_EQ(bench.form.ProgressBar1.Value(), bar) << length;
+        EXPECT_EQ(bench.Memory(), (WordRuns{{0x1234, WordsOf(length, 101)}}));
     }
 }
 
+// With either kind of transmitter: a simulated one passes on nothing that has the LinkFactor of the other
+// kind.
 TEST(Programming, WritesTheSelectedSectionsOfTheRightList) {
-    struct Case {
-        const char* name;
-        unsigned columns;
-        std::uint8_t version;
-        std::vector<std::uint16_t> sections;
-        Bytes flagValues;
-        unsigned listAdds;
+    using Sections = std::vector<std::uint16_t>;
+    // Columns, version, sections, values of the flag frames, what list B adds, vendor of the transmitter.
+    const std::vector<std::tuple<unsigned, std::uint8_t, Sections, Bytes, unsigned, std::uint16_t>> cases{
+        {7, 194, {256, 4352, 8448}, {24, 40, 72, 240}, 0, 1240},     // build 2 takes list A
+        {7, 3, {256, 4352, 8448}, {24, 40, 72, 240}, 100, 11025},    // build 3 takes list B
+        {7, 0x1F, {40000, 0, 65496}, {24, 40, 72, 240}, 100, 1240},  // build 15, sections in any order
+        {2, 18, {256, 4352, 8448}, {40, 160}, 0, 1240},              // DTT alone
+        {5, 196, {256, 4352}, {24, 144}, 100, 11025},                // SAT selected, two sections
+        {4, 196, {256, 4352}, {128}, 100, 1240},                     // SAT alone, two sections
     };
-    const std::vector<Case> cases{
-        {"build 2 takes list A", 7, 194, {256, 4352, 8448}, {24, 40, 72, 240}, 0},
-        {"build 3 takes list B", 7, 3, {256, 4352, 8448}, {24, 40, 72, 240}, 100},
-        {"build 15, sections in any order", 7, 0x1F, {40000, 0, 65496}, {24, 40, 72, 240}, 100},
-        {"DTT alone", 2, 18, {256, 4352, 8448}, {40, 160}, 0},
-        {"SAT selected, two sections", 5, 196, {256, 4352}, {24, 144}, 100},
-        {"SAT alone, two sections", 4, 196, {256, 4352}, {128}, 100},
-    };
-    for (const Case& c : cases) {
-        Workbench bench(With({}, c.sections, c.version), Programme(c.columns, 40));
+    for (const auto& [columns, version, sections, flags, listAdds, vendorId] : cases) {
+        SCOPED_TRACE("columns " + std::to_string(columns) + ", version " + std::to_string(version));
+        Scenario scenario = With({}, sections, version);
+        scenario.interfaces = {{0x046D, 1, true}, {1240, 1, false}, {vendorId, 9, true}};
+        Workbench bench(scenario, Programme(columns, 40));
         bench.form.Command6_Click(0);
-        EXPECT_EQ(bench.Code(), 0) << c.name;
-        Bytes flagValues;
+        EXPECT_EQ(bench.Code(), 0);
+        Bytes values;
         for (std::size_t i = 1; i < bench.host.frames.size(); ++i) {
-            if (bench.host.frames[i - 1] == CommandFrame(7, 1)) flagValues.push_back(bench.host.frames[i][5]);
+            const Bytes& before = bench.host.frames[i - 1];
+            if (before[0] == 7 && before[5] == 7) values.push_back(bench.host.frames[i][5]);
         }
-        EXPECT_EQ(flagValues, c.flagValues) << c.name;
+        EXPECT_EQ(values, flags);
         WordRuns written;
-        for (unsigned s = 0; s < c.sections.size(); ++s) {
-            if ((c.columns & (1U << s)) != 0) written[c.sections[s]] = WordsOf(40, 10 * s + 1 + c.listAdds);
+        for (unsigned s = 0; s < sections.size(); ++s) {
+            if ((columns & (1U << s)) != 0) written[sections[s]] = WordsOf(40, 10 * s + 1 + listAdds);
         }
-        EXPECT_EQ(bench.Memory(), written) << c.name;
+        EXPECT_EQ(bench.Memory(), written);
     }
-}
-
-// The simulated transmitter passes on nothing that has the LinkFactor of the other kind.
-TEST(Programming, TheSecondKindOfTransmitterHasItsOwnTimingAndLinkFactor) {
-    Scenario scenario;
-    scenario.interfaces = {{0x046D, 1, true}, {1240, 1, false}, {11025, 9, true}};
-    Workbench bench(scenario, Programme(7, 40));
-    bench.form.Command6_Click(0);
-    EXPECT_EQ(bench.Code(), 0);
-    EXPECT_EQ(bench.host.frames[0][5], 2);
 }
 
 TEST(ReadBack, ByteForByte) {
@@ -106,26 +90,22 @@ TEST(ReadBack, ByteForByte) {
 }
 
 TEST(ReadBack, ShowsWhatThereIs) {
-    struct Case {
-        const char* name;
-        std::uint8_t version;
-        std::vector<std::uint16_t> sections;
-        std::string text;
-        std::vector<Fault> faults{};
-    };
     const fault::Status refused{1};
     const std::string done = "Operation succesfully completed";
-    for (const Case& c :
-         {Case{"all free", 1, {1, 2, 3}, "TV \r\nDTT \r\nSAT \r\n"},
-          Case{"two sections", 15, {1, 2}, "TV \r\nDTT \r\n"},
-          Case{"a build that can't be read back", 0xF0, {1, 2, 3}, done},
-          Case{"first release refused", 1, {1, 2, 3}, done, {{17, 17, refused}}},
-          Case{"a section not read", 1, {1, 2, 3}, "TV \r\nSAT \r\n", {{35, 35, fault::WriteFails{}}}}}) {
-        Workbench bench(With(c.faults, c.sections, c.version));
+    const std::vector<std::tuple<std::uint8_t, std::vector<std::uint16_t>, std::vector<Fault>, std::string>>
+        cases{
+            {1, {1, 2, 3}, {}, "TV \r\nDTT \r\nSAT \r\n"},
+            {15, {1, 2}, {}, "TV \r\nDTT \r\n"},
+            {0xF0, {1, 2, 3}, {}, done},                                         // can't be read back
+            {1, {1, 2, 3}, {{17, 17, refused}}, done},                           // first release refused
+            {1, {1, 2, 3}, {{35, 35, fault::WriteFails{}}}, "TV \r\nSAT \r\n"},  // a section not read
+        };
+    for (const auto& [version, sections, faults, text] : cases) {
+        Workbench bench(With(faults, sections, version));
         bench.form.Command2_Click();
-        EXPECT_EQ(bench.Code(), 0) << c.name;
-        EXPECT_EQ(bench.form.Label1.Caption(), c.text) << c.name;
-        EXPECT_EQ(bench.form.Text1.Text(), c.text == done ? "0" : c.text) << c.name;
+        EXPECT_EQ(bench.Code(), 0) << text;
+        EXPECT_EQ(bench.form.Label1.Caption(), text);
+        EXPECT_EQ(bench.form.Text1.Text(), text == done ? "0" : text);
     }
 }
 
