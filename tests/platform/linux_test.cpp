@@ -1,16 +1,16 @@
-/// What Linux alone has: names in sysfs, pipes, the language in the environment.
+/// What Linux alone has: names in sysfs, the language in the environment.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
+#include <array>
 #include <cstdlib>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "platform/linux/files.h"
 #include "platform/linux/hidraw_host.h"
 #include "platform/linux/language.h"
-#include "platform/native_node.h"
 #include "support/scratch_folder.h"
 
 namespace vento::platform {
@@ -28,9 +28,7 @@ TEST(HidrawHost, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
     add("hidraw9", "0005:046D:C52B.0003");  // no node of that number: to try it would show as failed
     add("hidraw2", "0003:2B11:0001.0001");  // its node has gone
     add("hidraw3", "0003:2B11:00010.1");
-    add("hidraw4", "0003:2B1G:0001.0001");
-    add("hidraw5", "x");
-    for (const char* other : {"hidraw2x", "hidraw", "hidraw99999", "input3"})
+    for (const char* other : {"hidraw2x", "hidraw", "input3"})
         add(other, "0003:2B11:0001.0001");
     fs::create_directory(folder / "dev");
     (void)folder.Write("dev/hidraw10", "");  // it opens, and doesn't know what is asked of it then
@@ -45,42 +43,17 @@ TEST(HidrawHost, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
     const HidIdentity transmitter{0x2B11, 1};
     EXPECT_EQ(found, (decltype(found){{"hidraw2", failed, transmitter},
                                       {"hidraw3", failed, std::nullopt},
-                                      {"hidraw4", failed, std::nullopt},
-                                      {"hidraw5", failed, std::nullopt},
                                       {"hidraw9", foreign, HidIdentity{0x046D, 0xC52B}},
                                       {"hidraw10", failed, transmitter}}));
-}
-
-TEST(HidrawReports, LongerThanTheyShouldBeAreRefusedAndLost) {
-    const test::NativeNode node = test::MakeNativeNode();
-    HidrawHost host;
-    Report report{7, 8, 9};
-    for (const std::size_t count : {65U, 4096U, 64U}) {
-        ASSERT_TRUE(test::Send(node, count));
-        EXPECT_EQ(host.ReadReport(node.host, report), count == 64);
-        EXPECT_EQ(report == (Report{7, 8, 9}), count != 64);
-    }
-}
-
-TEST(LinuxFiles, AreNoPipes) {
-    const test::ScratchFolder folder;
-    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
-    try {
-        ADD_FAILURE() << LinuxFiles().ReadAll(folder.Path("pipe"));
-    } catch (const FileError& error) {
-        EXPECT_STREQ(error.what(), "Not a regular file");
-    }
 }
 
 TEST(MessageLanguage, IsTakenFromTheFirstVariableThatIsSet) {
     // LC_ALL, LC_MESSAGES and LANG; an empty one counts as none.
     for (const auto& [all, messages, lang, language] :
          std::vector<std::array<const char*, 4>>{{"", "", "", "ENG"},
-                                                 {"", "", "it", "ITA"},
-                                                 {"", "", "it@euro", "ITA"},
                                                  {"", "it_CH", "de_CH.UTF-8", "ITA"},
                                                  {"C", "it_IT", "it_IT", "ENG"},
-                                                 {"", "en_US.UTF-8", "it_IT.UTF-8", "ENG"},
+                                                 {"", "", "it", "ITA"},
                                                  {"", "", "ita_X", "ENG"}}) {
         ::setenv("LC_ALL", all, 1);
         ::setenv("LC_MESSAGES", messages, 1);

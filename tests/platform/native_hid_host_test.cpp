@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <string>
+#include <memory>
+#include <utility>
 
 #include "platform/native.h"
 #include "platform/native_node.h"
@@ -69,24 +70,6 @@ TEST_F(NativeReports, AreGivenOneSecondAndTheNextOneIsNotLost) {
     EXPECT_LT(clock_->Now() - start, 3s);
     EXPECT_TRUE(std::ranges::equal(test::Receive(node_), report_));
     EXPECT_TRUE(Write());
-}
-
-TEST(NativeHidHost, GivesAdviceInBothLanguagesWhereItHelps) {
-    const auto host = MakeNativeHidHost();
-    for (const OpenOutcome outcome : {OpenOutcome::forbidden, OpenOutcome::busy, OpenOutcome::failed}) {
-        EXPECT_NE(host->Advice(outcome, Tongue::italian).find("trasmettitore"), std::string::npos);
-        EXPECT_NE(host->Advice(outcome, Tongue::english).find("transmitter"), std::string::npos);
-    }
-    EXPECT_TRUE(host->Advice(OpenOutcome::foreign, Tongue::english).empty());
-}
-
-TEST(NativeClock, SleepsAsLongAsItShould) {
-    const auto clock = MakeNativeClock();
-    const auto start = clock->Now();
-    for (const auto duration : {-5ms, 0ms, 20ms})
-        clock->Sleep(duration);
-    EXPECT_GE(clock->Now() - start, 19ms);
-    EXPECT_LT(clock->Now() - start, 2s);
 }
 
 }  // namespace
