@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "support/fakes.h"
 
 namespace vento {
@@ -46,34 +48,29 @@ struct Wait {
 };
 
 TEST(WaitForRemote, CountsPollsAndSeesTheCancelFlagAfterTheYieldThatSetIt) {
-    struct Case {
-        const char* name;
-        std::uint16_t linkFactor;
-        int firstGood;
-        int tenthBadUntil;  // each tenth poll up to this one is not good
-        int polls;
-        ResultCode code = ResultCode::success;
-        int cancelledAt = 0;
-    };
     using enum ResultCode;
     constexpr int kNever = 99999;
-    for (const Case& c : {Case{"there from the start", 1, 1, 0, 10}, Case{"a broken run", 1, 1, 10, 20},
-                          Case{"tenth good poll in the last pass", 2, 10000, 0, 10009},
-                          Case{"never there, first kind", 1, kNever, 0, 20000, remoteNotDetected},
-                          Case{"never there, second kind", 2, kNever, 0, 10000, remoteNotDetected},
-                          Case{"no link factor", 0, kNever, 0, 200, remoteNotDetected},
-                          Case{"nine good polls in every pass", 0, 1, kNever, 2000, remoteNotDetected},
-                          Case{"cancelled before the first poll", 1, 1, 0, 1, cancelled, 1},
-                          Case{"cancelled after the tenth good poll", 1, 1, 0, 10, cancelled, 11}}) {
-        SCOPED_TRACE(c.name);
+    // LinkFactor, the first good poll, each tenth poll up to which is not good, polls, result, when
+    // cancelled.
+    const std::vector<std::tuple<const char*, std::uint16_t, int, int, int, ResultCode, int>> cases{
+        {"there from the start", 1, 1, 0, 10, success, 0},
+        {"a broken run", 1, 1, 10, 20, success, 0},
+        {"tenth good poll in the last pass", 2, 10000, 0, 10009, success, 0},
+        {"never there, first kind", 1, kNever, 0, 20000, remoteNotDetected, 0},
+        {"never there, second kind", 2, kNever, 0, 10000, remoteNotDetected, 0},
+        {"nine good polls in every pass", 0, 1, kNever, 2000, remoteNotDetected, 0},
+        {"cancelled before the first poll", 1, 1, 0, 1, cancelled, 1},
+        {"cancelled after the tenth good poll", 1, 1, 0, 10, cancelled, 11}};
+    for (const auto& [name, linkFactor, firstGood, tenthBadUntil, polls, code, cancelledAt] : cases) {
+        SCOPED_TRACE(name);
         Wait wait;
-        wait.good = [&](int poll) {
-            return poll >= c.firstGood && (poll % 10 != 0 || poll > c.tenthBadUntil);
+        wait.good = [first = firstGood, until = tenthBadUntil](int poll) {
+            return poll >= first && (poll % 10 != 0 || poll > until);
         };
-        wait.cancelledAt = c.cancelledAt;
-        EXPECT_EQ(wait.Run(c.linkFactor), c.code);
-        EXPECT_EQ(wait.polls, c.polls);
-        EXPECT_EQ(wait.yields, c.polls + (c.code == success ? 2 : 1));
+        wait.cancelledAt = cancelledAt;
+        EXPECT_EQ(wait.Run(linkFactor), code);
+        EXPECT_EQ(wait.polls, polls);
+        EXPECT_EQ(wait.yields, polls + (code == success ? 2 : 1));
     }
 }
 
