@@ -35,13 +35,6 @@ struct Panel {
     }
 };
 
-std::string Lines(int count) {
-    std::string text;
-    for (int i = 0; i < count; ++i)
-        text += "1;a;1;;\n";
-    return text;
-}
-
 const std::string kExample =
     "1;A 1;11;x;y\n1;A 1;12;x;y\n2;B 2;21;x;y\n2;B 2;22;x;y\n3;C 3;31;x;y\n3;C 3;32;x;y\n";
 
@@ -60,7 +53,6 @@ TEST(Loader, FillsTheViewsUpToAFault) {
         {"lines that end as on Windows", "1;a;1;x;y\r\n3;b;2;x;y\r\n", "a|-|b|1|-|2|2|-||"},
         {"without a final line feed the last line is lost", kExample.substr(0, kExample.size() - 1),
          "A 1|B 2|C 3|11|21|31|12|22||"},
-        {"no line feed at all", "1;a;1;x;y", nothing},
         {"a later line of a column does not count", "3;c;1;;\n3;d;2;;\n1;a;3;;\n3;e;4;;\n",
          "a|-|c|3|-|1|4|-|2|"},
         {"the line below is list B whatever its number", "2;b;1;;\n3;c;2;;\n", "-|b|c|-|1|2|-|2||"},
@@ -69,13 +61,11 @@ TEST(Loader, FillsTheViewsUpToAFault) {
          " a |-|-| x,300, |-|-||-|-|"},
         {"Windows-1252", "1;\x80\x81 caff\xE8;1;;\n", "\u20AC\u0081 caff\u00E8|-|-|1|-|-||-|-|"},
         {"empty file", "", nothing, Reason::empty},
-        {"too many lines", Lines(32768), nothing, Reason::tooManyLines},
+        {"too many lines", std::string(32768, '\n'), nothing, Reason::tooManyLines},
         {"three fields", "1;a;1;;\n2;b;2\n", nothing, Reason::missingField, 2, 3},
         {"an empty line at the end", "1;a;1;;\n\n", nothing, Reason::missingField, 2, 1},
         {"number 4", "3;c;1;;\n2;b;2;;\n4;x;3;;\n1;a;4;;\n", "-|-|-|-|2|1|-|-|-|", Reason::badColumn, 3},
-        {"number 0", "0;a;1;;\n", nothing, Reason::badColumn, 1},
         {"not a number", "1;a;1;;\n+2;b;2;;\n", "-|-|-|1|-|-|-|-|-|", Reason::badColumn, 2},
-        {"tab is no blank", "\t1;a;1;;\n", nothing, Reason::badColumn, 1},
         {"four fields", "1;a;1;;\n2;b;2;\n", "-|-|-|1|2|-|-|-|-|", Reason::missingField, 2, 4},
         {"bad number, field missing above", "1;a;1;\nx;b;2;;\n", "-|-|-|1|-|-|-|-|-|", Reason::badColumn, 2},
     };
@@ -92,33 +82,27 @@ TEST(Loader, FillsTheViewsUpToAFault) {
             ASSERT_EQ(load.problem.has_value(), c.reason.has_value());
             if (!c.reason) continue;
             EXPECT_EQ(load.problem->reason, *c.reason);
-            EXPECT_EQ(load.problem->line, c.line);
-            EXPECT_EQ(load.problem->field, c.field);
+            EXPECT_EQ(std::pair(load.problem->line, load.problem->field), std::pair(c.line, c.field));
         }
     }
 }
 
-TEST(Loader, AFileThatCannotBeOpenedChangesNothingButThePath) {
+TEST(Loader, TakesTheMostLinesThereMayBeWhichAFileThatCannotBeOpenedLeavesAlone) {
     Panel panel;
-    panel.files.contents["file.qlb"] = kExample;
-    EXPECT_FALSE(panel.Load("file.qlb").problem);
-    const LoadResult load = panel.Load("gone.qlb");
-    ASSERT_TRUE(load.problem);
-    EXPECT_EQ(load.problem->reason, Reason::cannotOpen);
-    EXPECT_EQ(load.problem->systemReason, "No such file or directory");
-    EXPECT_EQ(panel.path.Caption(), "gone.qlb");
-    EXPECT_TRUE(panel.Shown().starts_with("A 1|B 2|C 3|"));
-}
-
-TEST(Loader, TakesTheMostLinesThereMayBeAndTellsWhereListsCameFrom) {
-    Panel panel;
-    panel.files.contents["file.qlb"] = Lines(32766) + "2;b;2;;\n";
+    for (int i = 0; i < 32766; ++i)
+        panel.files.contents["file.qlb"] += "1;a;1;;\n";
+    panel.files.contents["file.qlb"] += "2;b;2;;\n";
     const LoadResult load = panel.Load("file.qlb");
     EXPECT_FALSE(load.problem);
     EXPECT_EQ(load.lines[0].listA, 1U);
     EXPECT_EQ(load.lines[0].listB, 2U);
     EXPECT_EQ(load.lines[1].listA, 32767U);
-    EXPECT_EQ(load.lines[1].listB, 0U);
+    const LoadResult gone = panel.Load("gone.qlb");
+    ASSERT_TRUE(gone.problem);
+    EXPECT_EQ(gone.problem->reason, Reason::cannotOpen);
+    EXPECT_EQ(gone.problem->systemReason, "No such file or directory");
+    EXPECT_EQ(panel.path.Caption(), "gone.qlb");
+    EXPECT_EQ(panel.Shown(), "a|b|-|1|2|-|1||-|");
 }
 
 }  // namespace
