@@ -60,7 +60,7 @@ TEST(Open, LoadsOrSaysWhyNot) {
         bench.form.Command4_Click();
         EXPECT_EQ(bench.desktop.messages.size(), *text == '\0' ? 0U : 1U);
         bench.desktop.messages.resize(1);
-        EXPECT_EQ(bench.desktop.messages[0].first.substr(0, std::strlen(text)), text);
+        EXPECT_EQ(bench.desktop.messages[0].substr(0, std::strlen(text)), text);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <optional>
@@ -19,6 +20,7 @@
 /// Machines of the tests: what the logic asks for is answered from plain members, and what it does is kept.
 namespace vento::test {
 
+namespace fs = std::filesystem;
 using Bytes = std::vector<std::uint8_t>;
 
 class FakeClock : public platform::Clock {
@@ -31,29 +33,21 @@ class FakeClock : public platform::Clock {
 
 class FakeDesktop : public platform::Desktop {
   public:
-    std::function<void(int)> onYield;  // gets the number of the yield, from 1
+    std::function<void(int)> onYield = [](int) {};  // gets the number of the yield, from 1
     int yields = 0;
-    std::vector<std::pair<std::string, std::string>> messages;
+    std::vector<std::string> messages;
     std::deque<std::optional<std::string>> choices;  // of the file dialog, in order
-    std::pair<std::string, std::string> dialog;      // title and filter that it was shown with
     std::optional<std::string> language = "ENG";
-    std::string activeForm = "FormWeb";
     int ends = 0;
 
-    void Yield() override {
-        ++yields;
-        if (onYield) onYield(yields);
-    }
-    void ShowMessage(std::string_view text, std::string_view detail) override {
-        messages.emplace_back(text, detail);
-    }
-    std::optional<std::string> ChooseFile(std::string_view title, std::string_view filter) override {
-        dialog = {std::string(title), std::string(filter)};
+    void Yield() override { onYield(++yields); }
+    void ShowMessage(std::string_view text, std::string_view) override { messages.emplace_back(text); }
+    std::optional<std::string> ChooseFile(std::string_view, std::string_view) override {
         auto choice = choices.front();
         choices.pop_front();
         return choice;
     }
-    std::string ActiveFormName() const override { return activeForm; }
+    std::string ActiveFormName() const override { return "FormWeb"; }
     platform::TwipSize ScreenSize() const override { return {28801, 16201}; }
     std::optional<std::string> LanguageAbbreviation() override { return language; }
     void EndProgram() override { ++ends; }
@@ -63,9 +57,6 @@ class FakeFiles : public platform::Files {
   public:
     std::map<std::string, std::string> contents;
     std::vector<std::string> deleted;
-    std::string section;                      // lines, each ended by a NUL
-    std::vector<std::size_t> sectionBuffers;  // sizes that were asked with
-    std::string sectionFile;
 
     std::string ReadAll(const std::string& path) override {
         const auto found = contents.find(path);
@@ -73,17 +64,8 @@ class FakeFiles : public platform::Files {
         return found->second;
     }
     void Delete(const std::string& path) override { deleted.push_back(path); }
-    std::filesystem::path ProgramFolder() override { return "/opt/vento"; }
-    std::size_t ReadSection(std::string_view name, std::span<char> buffer,
-                            const std::filesystem::path& file) override {
-        sectionBuffers.push_back(buffer.size());
-        sectionFile = file.generic_string() + "[" + std::string(name) + "]";
-        const bool fits = section.size() + 1 <= buffer.size();
-        const std::size_t count = fits ? section.size() : buffer.size() - 2;
-        std::copy_n(section.begin(), count, buffer.begin());
-        std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(count), buffer.end(), '\0');
-        return fits ? count : buffer.size() - 2;
-    }
+    fs::path ProgramFolder() override { return "/opt/vento"; }
+    std::size_t ReadSection(std::string_view, std::span<char>, const fs::path&) override { return 0; }
 };
 
 /// HID interfaces whose transmitter answers by a function from frame to input payload. Keeps what crossed the

@@ -12,11 +12,7 @@ namespace vento::test {
 /// A folder of a test's own, which goes with it.
 class ScratchFolder {
   public:
-    ScratchFolder()
-        : path_(std::filesystem::temp_directory_path() /
-                ("vento-" + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directory(path_);
-    }
+    ScratchFolder() { std::filesystem::create_directory(path_); }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
     ScratchFolder(ScratchFolder&&) = delete;
@@ -44,12 +40,12 @@ class ScratchFolder {
     }
 
     [[nodiscard]] std::string Read(std::string_view name) const {
-        std::ifstream file(*this / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        return {std::istreambuf_iterator<char>(std::ifstream(*this / name, std::ios::binary).rdbuf()), {}};
     }
 
   private:
-    std::filesystem::path path_;
+    std::filesystem::path path_ =
+        std::filesystem::temp_directory_path() / ("vento-" + std::to_string(std::random_device()()));
 };
 
 }  // namespace vento::test
