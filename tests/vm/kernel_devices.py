@@ -30,17 +30,14 @@ class Simulator:
     """vento-simulator at work on a scenario, from when its devices are there."""
 
     def __init__(self, program: pathlib.Path, scenario: dict):
-        with tempfile.NamedTemporaryFile("w", suffix=".json", delete=False) as file:
-            json.dump(scenario, file)
-        self._file = file.name
-        self._process = subprocess.Popen([program, file.name], stdout=subprocess.PIPE, text=True)
+        self._file = tempfile.NamedTemporaryFile("w", suffix=".json")
+        json.dump(scenario, self._file)
+        self._file.flush()
+        self._process = subprocess.Popen([program, self._file.name], stdout=subprocess.PIPE, text=True)
         self.lines: list[str] = []
-        self._reader = threading.Thread(target=self._read)
+        self._reader = threading.Thread(target=lambda: self.lines.extend(map(str.strip, self._process.stdout)))
         self._reader.start()
         self.wait_for_line("ready")
-
-    def _read(self) -> None:
-        self.lines.extend(line.strip() for line in self._process.stdout)
 
     def wait_for_line(self, start: str, times: int = 1) -> None:
         wait_for(lambda: sum(line.startswith(start) for line in self.lines) >= times or self._process.poll() is not None)
@@ -55,7 +52,7 @@ class Simulator:
         status = self._process.wait()
         self._reader.join()
         self._process.stdout.close()
-        os.unlink(self._file)
+        self._file.close()
         if status != 0:
             raise RuntimeError(f"the simulator ended with {status}")
 
