@@ -15,6 +15,9 @@ CORRUPT = "The data might be corrupted (checksum did not match expected value)"
 
 
 class Codec(ConsoleTest):
+    def tearDown(self):
+        self.assertEqual(list(self.folder.glob("*.new")), [])
+
     def holds(self, name, content):
         self.assertEqual((self.folder / name).read_bytes(), content)
 

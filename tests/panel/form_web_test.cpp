@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "chain/bench.h"
+#include "panel/message_table.h"
 
 namespace vento::test {
 namespace {
@@ -139,6 +140,24 @@ TEST(Operation, ClosingAtAnyYieldEndsTheProgramThereAndThen) {
         EXPECT_EQ(bench.files.deleted, std::vector<std::string>{"p.qlb"}) << at;
         EXPECT_EQ(bench.desktop.ends, 1) << at;
     }
+}
+
+TEST(Settings, TheBufferGrowsUntilTheSectionFits) {
+    const std::vector<std::pair<std::size_t, std::vector<std::size_t>>> cases{
+        {0, {500}}, {497, {500}}, {498, {500, 1000}}, {998, {500, 1000, 1500}}};
+    for (const auto& [size, buffers] : cases) {
+        Workbench bench;
+        bench.files.sectionSize = size;
+        bench.form.Command2_Click();
+        EXPECT_EQ(bench.files.sectionBuffers, buffers) << size;
+    }
+}
+
+TEST(MessageTable, HasNothingForCodesOutside) {
+    EXPECT_EQ(TextOf(ResultCode(15), platform::Tongue::italian),
+              "Si \xC3\xA8\xC2\x8F verificato un errore! Ripetere la programmazione");
+    for (const int code : {22, 25, 26, 51, 99, 100, 255})
+        EXPECT_EQ(TextOf(ResultCode(code), platform::Tongue::english), "") << code;
 }
 
 }  // namespace

@@ -15,10 +15,14 @@ TEST(Transmitter, AnswersOneGoodFrameForTheRemoteAtATime) {
     // for the transmitter itself.
     for (const Bytes& frame :
          {Bytes{0}, Bytes{7, 'V', 1, 0, 1, 165, 1}, Bytes{5, 'U', 1, 0, 0}, Bytes{7, 'U', 1, 0, 2, 165, 1},
-          Bytes{8, 'U', 1, 0, 1, 165, 1, 1}, Bytes{3, 'R'}, Bytes(timing.begin(), timing.end())}) {
+          Bytes{8, 'U', 1, 0, 1, 165, 1, 1}, Bytes{3, 'R'}, Bytes{2, 'R'}, Bytes{1, 'Q'},
+          Bytes(timing.begin(), timing.end())}) {
         EXPECT_EQ(wire.Exchange(frame), std::nullopt) << testing::PrintToString(frame);
     }
-    EXPECT_EQ(wire.host.TransmitterAt(0)->LastTimingFrame(), timing);
+    const Transmitter& transmitter = *wire.host.TransmitterAt(0);
+    EXPECT_EQ(transmitter.LastTimingFrame(), timing);
+    EXPECT_EQ(transmitter.LastFrameR(), (Transmitter::ShortFrame{2, 'R'}));
+    EXPECT_EQ(transmitter.LastFrameQ(), (Transmitter::ShortFrame{1, 'Q'}));
     // What stands behind a frame is lost.
     EXPECT_EQ(wire.Exchange({7, 'U', 1, 0, 1, 165, 1, 7, 'U', 1, 0, 1, 165, 1}), Padded({0, 165}));
     EXPECT_EQ(wire.Read(), std::nullopt);

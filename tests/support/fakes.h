@@ -57,6 +57,8 @@ class FakeFiles : public platform::Files {
   public:
     std::map<std::string, std::string> contents;
     std::vector<std::string> deleted;
+    std::size_t sectionSize = 0;
+    std::vector<std::size_t> sectionBuffers;  // sizes that were asked with
 
     std::string ReadAll(const std::string& path) override {
         const auto found = contents.find(path);
@@ -65,7 +67,10 @@ class FakeFiles : public platform::Files {
     }
     void Delete(const std::string& path) override { deleted.push_back(path); }
     fs::path ProgramFolder() override { return "/opt/vento"; }
-    std::size_t ReadSection(std::string_view, std::span<char>, const fs::path&) override { return 0; }
+    std::size_t ReadSection(std::string_view, std::span<char> buffer, const fs::path&) override {
+        sectionBuffers.push_back(buffer.size());
+        return std::min(sectionSize, buffer.size() - 2);
+    }
 };
 
 /// HID interfaces whose transmitter answers by a function from frame to input payload. Keeps what crossed the
