@@ -1,22 +1,13 @@
-"""Drives the window from outside: a screen and a session bus of its own, the accessibility tree to look and to
-press, X11 for what only a keyboard, a mouse or a window manager can do."""
+"""Drives the window of Qt from outside, by the accessibility tree, and by X11 for what a tree can't do."""
 
-import contextlib
 import os
 import pathlib
-import shutil
 import subprocess
 import sys
-import tempfile
 import time
 
-SKIPPED = 77
-
-
-def skip(reason):
-    """Leaves with what CTest takes for a skipped test, or with a failure where nothing may be skipped."""
-    print("skipped:", reason)
-    sys.exit(1 if os.environ.get("VENTO_SKIP_NOTHING") else SKIPPED)
+import common
+from common import eventually
 
 
 try:
@@ -28,57 +19,35 @@ try:
     from Xlib.ext import xtest
     from Xlib.protocol import event
 except (ImportError, ValueError) as missing:
-    skip(f"{missing}")
+    print("skipped:", missing)
+    sys.exit(1 if os.environ.get("VENTO_SKIP_NOTHING") else 77)
 
 
 def inside_a_desktop():
     """Runs this script again on a screen and a session bus of its own; comes back on the inside."""
-    if "VENTO_TEST_DESKTOP" in os.environ:
-        return
-    for tool in ("Xvfb", "dbus-run-session"):
-        if not shutil.which(tool):
-            skip(f"no {tool}")
-    with tempfile.TemporaryDirectory() as runtime:
-        shown, out = os.pipe()
-        screen = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(out), "-screen", "0", "1600x1200x24", "-dpi", "96", "-nolisten", "tcp"],
-            pass_fds=[out], stderr=subprocess.DEVNULL)
-        os.close(out)
-        number = os.read(shown, 16).decode().strip()
-        variables = {"VENTO_TEST_DESKTOP": "1", "DISPLAY": f":{number}", "XDG_RUNTIME_DIR": runtime,
-                     "HOME": runtime, "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "NO_AT_BRIDGE": "0"}
-        removed = ("WAYLAND_DISPLAY", "LC_ALL", "LC_MESSAGES", "QT_QPA_PLATFORM", "QT_SCALE_FACTOR")
-        inside = {name: value for name, value in os.environ.items() if name not in removed} | variables
-        try:
-            status = subprocess.run(["dbus-run-session", "--", sys.executable, *sys.argv], env=inside).returncode
-        finally:
-            screen.terminate()
-            screen.wait()
-    sys.exit(status)
+    if "VENTO_TEST_SCREEN" not in os.environ:
+        on_screen = str(pathlib.Path(__file__).with_name("on_screen"))
+        os.execv(on_screen, [on_screen, "dbus-run-session", "--", sys.executable, *sys.argv])
 
 
-def eventually(condition, what, seconds=30):
-    """What `condition` gives as soon as it is true."""
-    end = time.monotonic() + seconds
-    while True:
-        with contextlib.suppress(gi.repository.GLib.Error):  # the program is busy, or what it showed is gone
-            if result := condition():
-                return result
-        if time.monotonic() > end:
-            raise AssertionError(f"not within {seconds} s: {what}")
-        time.sleep(0.01)
+def below(node):
+    for child in filter(None, map(node.get_child_at_index, range(node.get_child_count()))):
+        yield child
+        yield from below(child)
 
 
-def children(node):
-    return filter(None, map(node.get_child_at_index, range(node.get_child_count())))
+def shows(node, state=Atspi.StateType.SHOWING):
+    return node.get_state_set().contains(state)
 
 
-class Window:
-    """A running `vento`, and the folder that it runs in."""
+class Window(common.Window):
+    SCALES = (1, 2)
 
-    def __init__(self, program, folder, *arguments, language="it_IT.UTF-8", simulate="1", scale=1):
-        self.folder = pathlib.Path(folder)
-        variables = {"LANG": language, "VENTO_SIMULATE": simulate, "QT_SCALE_FACTOR": str(scale)}
+    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1):
+        self.scale = scale
+        locale, self.nameless = {"it": ("it_IT.UTF-8", "Stato"), "en": ("en_GB.UTF-8", "Status")}[language]
+        variables = {"LANG": locale, "LC_ALL": "", "LC_MESSAGES": "", "VENTO_SIMULATE": simulate,
+                     "QT_SCALE_FACTOR": str(scale), "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         self.process = subprocess.Popen([program, *map(str, arguments)], cwd=folder, env=os.environ | variables,
                                         stderr=subprocess.DEVNULL)
         self.display = display.Display()
@@ -87,10 +56,8 @@ class Window:
         self.label, self.gauge = (next((node for node in nodes if node.get_role_name() == role), None)
                                   for role in ("label", "progress bar"))
 
-    def close(self):
-        """Leaves nothing of the program, if it has not ended by itself."""
-        self.process.kill()
-        self.process.wait()
+    def __exit__(self, *failure):
+        super().__exit__(*failure)
         self.display.close()
 
     # The accessibility tree.
@@ -98,55 +65,80 @@ class Window:
     def tree(self):
         desktop = Atspi.get_desktop(0)
         desktop.set_cache_mask(Atspi.Cache.NONE)
-        for application in children(desktop):
-            if application.get_process_id() == self.process.pid:
+        for application in map(desktop.get_child_at_index, range(desktop.get_child_count())):
+            if application and application.get_process_id() == self.process.pid:
                 application.set_cache_mask(Atspi.Cache.NONE)
-                return list(self.below(application))
+                return list(below(application))
         return []
 
-    def below(self, node):
-        for child in children(node):
-            yield child
-            yield from self.below(child)
+    def all(self, *roles):
+        """What is on the screen of those roles, looked for again where something goes meanwhile."""
+        return eventually(lambda: [[n for n in self.tree() if n.get_role_name() in roles and shows(n)]], roles)[0]
 
-    def all(self, role, name=None):
-        """What is on the screen of that role and name, looked for again where something goes meanwhile."""
-        while True:
-            with contextlib.suppress(gi.repository.GLib.Error):
-                return [node for node in self.tree() if node.get_role_name() == role
-                        and name in (None, node.get_name()) and self.shows(node)]
+    def names(self, *roles):
+        return [node.get_name() for node in self.all(*roles)]
 
-    def one(self, role, name=None):
-        """The control of that role and name, once it is on the screen. A running operation lets the program
-        answer only now and then, so a control that is known already is not looked for again."""
+    def one(self, role, name):
+        # A running operation lets the program answer only now and then: what is known already isn't looked for again.
         def look():
             found = self.known.get((role, name))
-            return [found] if found and self.shows(found) else self.all(role, name)
+            return [found] if found and shows(found) else [n for n in self.all(role) if n.get_name() == name]
         return eventually(look, f"a {role} {name}")[0]
 
-    def shows(self, node, state=Atspi.StateType.SHOWING):
-        return node.get_state_set().contains(state)
+    def frame(self):
+        area = self.windows()[0].get_geometry()
+        edges = [area.x, area.y, area.x + area.width, area.y + area.height]
+        return self.names("frame")[0], edges, [area.width, area.height]
+
+    def places(self):
+        corner = Atspi.Component.get_position(self.one("frame", self.frame()[0]), Atspi.CoordType.SCREEN)
+
+        def place(node):
+            box = Atspi.Component.get_extents(node, Atspi.CoordType.SCREEN)
+            left, top = box.x - corner.x, box.y - corner.y
+            return [self.scale * each for each in (left, top, left + box.width, top + box.height)]
+        return {node.get_name(): place(node) for node in self.all("image", "push button", "list", "label")}
+
+    def buttons(self):
+        return self.names("push button")
 
     def press(self, name):
         Atspi.Action.do_action(self.one("push button", name), 0)
 
     def enabled(self, name):
-        return self.shows(self.one("push button", name), Atspi.StateType.ENABLED)
+        return shows(self.one("push button", name), Atspi.StateType.ENABLED)
 
     def status(self):
-        return self.label.get_name()
-
-    def await_status(self, text, seconds=30):
-        eventually(lambda: text in self.status(), f"the status {text}", seconds)
+        return self.label.get_name().replace(self.nameless, "")
 
     def items(self):
-        return [[child.get_name() for child in self.below(box)] for box in self.all("list")]
+        return [[child.get_name() for child in below(box)] for box in self.all("list")]
 
     def bar(self):
-        """The value of the bar and the largest it can have; nothing while it is hidden."""
-        if not self.shows(self.gauge):
-            return None
-        return Atspi.Value.get_current_value(self.gauge), Atspi.Value.get_maximum_value(self.gauge)
+        if shows(self.gauge):
+            return [Atspi.Value.get_current_value(self.gauge), Atspi.Value.get_maximum_value(self.gauge)]
+
+    def focus(self):
+        self.activate()
+        return "".join(node.get_name() for node in self.all("push button", "list")
+                       if shows(node, Atspi.StateType.FOCUSED))
+
+    def shows_a_dialog(self):
+        return bool(self.all("dialog", "alert"))
+
+    def box(self):
+        self.one("push button", "OK")
+        return self.names("label")
+
+    def dialog(self):
+        field = self.one("text", "File name:")
+        return self.names("dialog")[0], Atspi.Text.get_text(field, 0, -1)
+
+    def fill(self, path=None):
+        if path:
+            Atspi.EditableText.set_text_contents(self.one("text", "File name:"), str(path))
+        self.key("Return" if path else "Escape")
+        eventually(lambda: not self.all("dialog") or "File name:" not in self.names("text"), "the end of the dialog")
 
     # What X11 alone can do.
 
@@ -157,53 +149,51 @@ class Window:
         return [w for w, value in with_pid if value and value.value[0] == self.process.pid
                 and w.get_attributes().map_state == X.IsViewable]
 
-    def type(self, *keys, window=-1):
-        """Presses keys by their names, as in "Alt_L+c", in the topmost window of the program."""
-        self.windows()[window].set_input_focus(X.RevertToParent, X.CurrentTime)
+    def activate(self):
+        # As a window manager does with the topmost window of the program.
+        self.windows()[-1].set_input_focus(X.RevertToParent, X.CurrentTime)
         self.display.sync()
-        time.sleep(0.05)
-        for chord in keys:
-            codes = [self.display.keysym_to_keycode(XK.string_to_keysym(key)) for key in chord.split("+")]
-            for kind, each in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
-                for code in each:
-                    xtest.fake_input(self.display, kind, code)
-            self.display.sync()
 
-    def _tell(self, window, kind, data):
-        message = event.ClientMessage(window=window, client_type=self.display.intern_atom(kind), data=(32, data))
-        window.send_event(message)
+    def key(self, chord):
+        self.activate()
+        time.sleep(0.05)
+        codes = [self.display.keysym_to_keycode(XK.string_to_keysym(key)) for key in chord.split("+")]
+        for kind, each in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
+            for code in each:
+                xtest.fake_input(self.display, kind, code)
+        self.display.sync()
+
+    def tell(self, kind, *data):
+        form = self.windows()[0]
+        data = [*data, 0, 0, 0, 0][:5]  # there is room for five numbers
+        form.send_event(event.ClientMessage(window=form, client_type=self.display.intern_atom(kind), data=(32, data)))
         self.display.flush()
 
-    def close_by_title_bar(self):
-        self._tell(self.windows()[0], "WM_PROTOCOLS", [self.display.intern_atom("WM_DELETE_WINDOW"), 0, 0, 0, 0])
+    def close(self):
+        self.tell("WM_PROTOCOLS", self.display.intern_atom("WM_DELETE_WINDOW"))
+
+    def end_session(self):
+        self.process.terminate()
 
     def drop(self, path):
         """Drags a file onto the window and lets go of it; whether it was taken."""
         atom = self.display.intern_atom
-        target = self.windows()[0]
         source = self.display.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
         source.set_selection_owner(atom("XdndSelection"), X.CurrentTime)
-        where = target.get_geometry()
-        middle = (where.x + 20 << 16) | (where.y + 20)
-        self._tell(target, "XdndEnter", [source.id, 5 << 24, atom("text/uri-list"), 0, 0])
-        self._tell(target, "XdndPosition", [source.id, 0, middle, X.CurrentTime, atom("XdndActionCopy")])
+        left, top, *_ = self.frame()[1]
+        self.tell("XdndEnter", source.id, 5 << 24, atom("text/uri-list"))
+        self.tell("XdndPosition", source.id, 0, left + 20 << 16 | top + 20, X.CurrentTime, atom("XdndActionCopy"))
         while True:
             each = eventually(lambda: self.display.pending_events() and self.display.next_event(), "an answer")
             if each.type == X.SelectionRequest:
-                uri = pathlib.Path(path).as_uri() + "\r\n"
-                each.requestor.change_property(each.property, each.target, 8, uri.encode())
+                each.requestor.change_property(each.property, each.target, 8, path.as_uri().encode() + b"\r\n")
                 names = ("time", "requestor", "selection", "target", "property")
-                answer = event.SelectionNotify(**{name: getattr(each, name) for name in names})
-                each.requestor.send_event(answer)
+                each.requestor.send_event(event.SelectionNotify(**{name: getattr(each, name) for name in names}))
                 self.display.flush()
             elif each.type == X.ClientMessage and each.client_type == atom("XdndStatus"):
-                accepted = each.data[1][1] & 1
-                self._tell(target, "XdndDrop" if accepted else "XdndLeave", [source.id, 0, X.CurrentTime, 0, 0])
-                if not accepted:
+                if not each.data[1][1] & 1:
+                    self.tell("XdndLeave", source.id)
                     return False
+                self.tell("XdndDrop", source.id)
             elif each.type == X.ClientMessage and each.client_type == atom("XdndFinished"):
                 return True
-
-    def ends(self, seconds=10):
-        """The exit status, for which the program has little time."""
-        return self.process.wait(timeout=seconds)

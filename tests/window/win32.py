@@ -1,0 +1,127 @@
+"""Drives vento.exe under Wine, by the window_driver beside it."""
+
+import json
+import os
+import pathlib
+import struct
+import subprocess
+import tempfile
+
+import common
+from common import eventually
+
+KEYS = {"Tab": 9, "Return": 13, "Escape": 27, "space": 32}
+WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_KEYDOWN, WM_KEYUP, WM_SYSCHAR, WM_DROPFILES, WM_DPICHANGED = (
+    0x10, 0x16, 0xF5, 0x100, 0x101, 0x106, 0x233, 0x2E0)
+
+
+def native(argument):
+    return "Z:" + str(argument).replace("/", "\\") if isinstance(argument, pathlib.Path) else str(argument)
+
+
+def start(*command, folder=None, out=subprocess.DEVNULL, **variables):
+    # Never with a pipe, which Wine's helpers keep open.
+    return subprocess.Popen(["wine", *map(native, command)], cwd=folder, stdin=subprocess.DEVNULL, stdout=out,
+                            stderr=subprocess.DEVNULL, env=os.environ | {"LC_ALL": "C.UTF-8"} | variables)
+
+
+class Window(common.Window):
+    SCALES = (1, 1.5, 2)
+
+    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1):
+        self.driver = pathlib.Path(program).with_name("window_driver.exe")
+        region = {"it": "ITA", "en": "ENU"}[language]
+        start("reg", "add", r"HKCU\Control Panel\International", "/v", "sLanguage", "/d", region, "/f").wait(60)
+        self.process = start(program, *arguments, folder=folder, VENTO_SIMULATE=simulate)
+        eventually(self.windows, "the window")
+        for each in (3, scale) if scale != 1 else ():  # as if it had come to two other screens
+            self.drive("lend", self.form()["handle"], WM_DPICHANGED, 0x10001 * int(96 * each),
+                       *struct.pack("<4i", 10, 10, 400, 400))
+
+    def drive(self, *command):
+        def run():
+            with tempfile.TemporaryFile() as out:
+                status = start(self.driver, *command, out=out).wait(60)
+                out.seek(0)
+                return status == 0 and [out.read().decode()]
+        return eventually(run, command)[0]
+
+    def windows(self, kind="", asked=""):
+        state = json.loads(self.drive(asked).replace("&", ""))  # which marks the letters of buttons
+        return [each for each in state if kind in each["class"]]
+
+    def controls(self, kind, window="", asked=""):
+        return [each for top in self.windows(window, asked) for each in top["controls"] if each["class"] == kind]
+
+    def held(self, kind, what="holds"):
+        return [each[what] for each in self.controls(kind, asked=kind) if each["visible"]]
+
+    def form(self):
+        return self.windows("FormWeb")[0]
+
+    def frame(self):
+        return list(map(self.form().get, ("text", "place", "area")))
+
+    def places(self):
+        # The status line has no name of its own.
+        return {each["text"] or "Status": each["place"] for each in self.form()["controls"]}
+
+    def buttons(self):
+        return {each["text"]: each for each in self.controls("Button") if each["visible"]}
+
+    def enabled(self, caption):
+        return self.buttons()[caption]["enabled"]
+
+    def post(self, control, message, first=0, second=0):
+        self.drive("post", control["handle"], message, first, second)
+
+    def press(self, caption):
+        self.post(eventually(lambda: self.buttons().get(caption), f"the button {caption}"), BM_CLICK)
+
+    def status(self):
+        return self.controls("Static", "FormWeb")[1]["text"]
+
+    def items(self):
+        return self.held("ListBox")
+
+    def bar(self):
+        return next(iter(self.held("msctls_progress32")), None)
+
+    def focused(self):
+        return [each for each in self.form()["controls"] if each["focused"]]
+
+    def focus(self):
+        return "".join(each["text"] for each in self.focused())
+
+    def key(self, chord):
+        *alt, key = chord.split("+")
+        control, = eventually(self.focused, "the focus")
+        for message, flags in [(WM_SYSCHAR, 1 << 29)] if alt else [(WM_KEYDOWN, 1), (WM_KEYUP, 3 << 30 | 1)]:
+            self.post(control, message, KEYS.get(key) or ord(key), flags)
+
+    def drop(self, path):
+        record = struct.pack("<5I", 20, 0, 0, 0, 1) + native(path).encode("utf-16-le") + bytes(4)
+        self.drive("lend", self.form()["handle"], WM_DROPFILES, 0, *record)
+
+    def close(self):
+        self.post(self.form(), WM_CLOSE)
+
+    def end_session(self):
+        self.post(self.form(), WM_ENDSESSION, 1)
+
+    def shows_a_dialog(self):
+        return bool(self.windows("#32770"))
+
+    def box(self):
+        eventually(lambda: "OK" in self.buttons(), "the box")
+        return [each["text"] for each in self.controls("Static", "#32770")]
+
+    def dialog(self):
+        field, = eventually(lambda: self.held("Edit"), "the file dialog")
+        return self.windows("#32770")[0]["text"], field
+
+    def fill(self, path=None):
+        if path:
+            self.drive("write", self.held("Edit", "handle")[0], path)
+        self.press("Open" if path else "Cancel")
+        eventually(lambda: not self.held("Edit"), "the end of the dialog")
