@@ -39,7 +39,7 @@ class InstantHost final : public platform::HidHost {
     }
     void Cancel(platform::HidHandle) override {}
     void Close(platform::HidHandle) override {}
-    std::string Advice(platform::OpenOutcome, platform::Tongue) const override { return {}; }
+    std::string Advice(platform::OpenOutcome, Language) const override { return {}; }
 
   private:
     bool before_ = false;

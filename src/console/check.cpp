@@ -7,7 +7,6 @@
 #include "console/console_machine.h"
 #include "console/failure.h"
 #include "console/panel_report.h"
-#include "console/phrase.h"
 #include "console/text_layout.h"
 #include "panel/form_web.h"
 #include "panel/load_message.h"
@@ -15,12 +14,12 @@
 #include "protocol/code_lists.h"
 #include "protocol/read_back.h"
 #include "protocol/sections.h"
+#include "text/language.h"
 
 namespace vento::console {
 namespace {
 
 using nlohmann::ordered_json;
-using platform::Tongue;
 
 constexpr std::size_t kListField = 2;  // where a line has its code list
 constexpr std::size_t kWidestPiece = 24;
@@ -65,19 +64,19 @@ std::vector<CheckedList> ListsOf(const FormWeb& form, const LoadResult& load) {
     return lists;
 }
 
-std::string DescribeBadPiece(const BadPiece& piece, Tongue tongue) {
-    return Phrase{"elemento ", "piece "}.In(tongue) + std::to_string(piece.place) + ": \"" +
+std::string DescribeBadPiece(const BadPiece& piece, Language language) {
+    return Phrase{"elemento ", "piece "}.In(language) + std::to_string(piece.place) + ": \"" +
            Shorten(Printable(piece.text), kWidestPiece) + "\" " +
-           Phrase{"non è un numero da 0 a 255.", "is not a number from 0 to 255."}.In(tongue);
+           Phrase{"non è un numero da 0 a 255.", "is not a number from 0 to 255."}.In(language);
 }
 
 std::optional<Problem> ProblemOf(const LoadResult& load, const std::vector<CheckedList>& lists,
-                                 Tongue tongue) {
+                                 Language language) {
     if (const auto& problem = load.problem) {
-        return Problem{problem->line, problem->field, DescribeLoadReason(*problem, tongue)};
+        return Problem{problem->line, problem->field, DescribeLoadReason(*problem, language)};
     }
     for (const CheckedList& each : lists) {
-        if (each.list.bad) return Problem{each.line, kListField, DescribeBadPiece(*each.list.bad, tongue)};
+        if (each.list.bad) return Problem{each.line, kListField, DescribeBadPiece(*each.list.bad, language)};
     }
     return std::nullopt;
 }
@@ -106,22 +105,22 @@ ordered_json ProblemFields(const std::optional<Problem>& problem) {
 
 // TV   Label
 //      A    312 bytes  NAME      line 1
-std::string DescribeList(const CheckedList& each, Tongue tongue) {
+std::string DescribeList(const CheckedList& each, Language language) {
     std::string text = "     " + std::string(1, each.letter) + "  ";
-    if (each.list.bad) return text + DescribeBadPiece(*each.list.bad, tongue) + "\n";
+    if (each.list.bad) return text + DescribeBadPiece(*each.list.bad, language) + "\n";
     const std::string bytes = std::to_string(each.list.bytes.size());
     text += std::string(bytes.size() < 5 ? 5 - bytes.size() : 0, ' ') + bytes;
-    text += Phrase{" byte  ", " bytes  "}.In(tongue) + Pad(DecodeName(each.list.bytes), kNameLength);
-    return text + Phrase{"  riga ", "  line "}.In(tongue) + std::to_string(each.line) + "\n";
+    text += Phrase{" byte  ", " bytes  "}.In(language) + Pad(DecodeName(each.list.bytes), kNameLength);
+    return text + Phrase{"  riga ", "  line "}.In(language) + std::to_string(each.line) + "\n";
 }
 
-std::string DescribeProgramme(const FormWeb& form, const std::vector<CheckedList>& lists, Tongue tongue) {
+std::string DescribeProgramme(const FormWeb& form, const std::vector<CheckedList>& lists, Language language) {
     std::string text;
     for (std::size_t c = 0; c < kColumns; ++c) {
         const auto& labels = form.ListView1[c].Items();
         std::string own;
         for (const CheckedList& each : lists) {
-            if (each.column == c) own += DescribeList(each, tongue);
+            if (each.column == c) own += DescribeList(each, language);
         }
         if (labels.empty() && own.empty()) continue;
         text += std::string(
@@ -131,10 +130,11 @@ std::string DescribeProgramme(const FormWeb& form, const std::vector<CheckedList
     return text;
 }
 
-std::string DescribeProblem(const Problem& problem, Tongue tongue) {
+std::string DescribeProblem(const Problem& problem, Language language) {
     if (problem.line == 0) return problem.reason;
-    return Phrase{"Riga ", "Line "}.In(tongue) + std::to_string(problem.line) +
-           Phrase{", campo ", ", field "}.In(tongue) + std::to_string(problem.field) + ": " + problem.reason;
+    return Phrase{"Riga ", "Line "}.In(language) + std::to_string(problem.line) +
+           Phrase{", campo ", ", field "}.In(language) + std::to_string(problem.field) + ": " +
+           problem.reason;
 }
 
 void Run(const Console& console, Answer& answer) {
@@ -146,18 +146,18 @@ void Run(const Console& console, Answer& answer) {
     answer.fields["columns"] = ColumnFields(form);
     const LoadResult load = form.Aprifilevento(console.options.file);
     const std::vector<CheckedList> lists = ListsOf(form, load);
-    const auto problem = ProblemOf(load, lists, form.Tongue());
+    const auto problem = ProblemOf(load, lists, form.PanelLanguage());
     answer.fields["loads"] = !load.problem;
     answer.fields["columns"] = ColumnFields(form);
     answer.fields["lists"] = ListFields(lists);
     answer.fields["problem"] = ProblemFields(problem);
-    answer.text = DescribeProgramme(form, lists, form.Tongue());
+    answer.text = DescribeProgramme(form, lists, form.PanelLanguage());
     if (load.problem && load.problem->reason == LoadProblem::Reason::cannotOpen) {
-        RefuseProgramme(console, *load.problem, form.Tongue(), answer);
+        RefuseProgramme(console, *load.problem, form.PanelLanguage(), answer);
     } else if (problem) {
         answer.status = kUnusableInput;
-        answer.Diagnose(DescribeProblem(*ProblemOf(load, lists, Tongue::english), Tongue::english));
-        answer.text += DescribeProblem(*problem, form.Tongue()) + "\n";
+        answer.Diagnose(DescribeProblem(*ProblemOf(load, lists, Language::english), Language::english));
+        answer.text += DescribeProblem(*problem, form.PanelLanguage()) + "\n";
     }
     machine.Finish();
 }

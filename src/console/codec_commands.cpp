@@ -10,14 +10,13 @@
 #include "console/codec_run.h"
 #include "console/commands.h"
 #include "console/console_machine.h"
-#include "console/phrase.h"
 #include "simulator/replacement.h"
 #include "simulator/text_file.h"
+#include "text/language.h"
 
 namespace vento::console {
 namespace {
 
-using platform::Tongue;
 using simulator::Replacement;
 
 CLI::Option* DeclareDest(CLI::App& command, Options& options, const char* summary) {
@@ -48,11 +47,11 @@ std::vector<std::uint8_t> CodeText(const std::string& file,
     return codec::BytesOf(code(codec::TextOf(bytes)));
 }
 
-std::string Counts(const Answer& answer, const Phrase& between, Tongue tongue) {
+std::string Counts(const Answer& answer, const Phrase& between, Language language) {
     const auto count = [&](const char* key) {
         return std::to_string(answer.fields[key].get<std::uint64_t>());
     };
-    return count("bytesIn") + between.In(tongue) + count("bytesOut");
+    return count("bytesIn") + between.In(language) + count("bytesOut");
 }
 
 void RunEncode(const Console& console, Answer& answer) {
@@ -71,7 +70,8 @@ void RunEncode(const Console& console, Answer& answer) {
         dest.TakePlace();
         answer.fields["bytesOut"] = size;
     });
-    answer.text = Counts(answer, {" byte codificati in ", " bytes encoded in "}, TongueFor(options)) + "\n";
+    answer.text =
+        Counts(answer, {" byte codificati in ", " bytes encoded in "}, ChosenLanguage(options)) + "\n";
 }
 
 void Save(const Options& options, const std::vector<std::uint8_t>& bytes) {
@@ -98,9 +98,9 @@ void RunDecode(const Console& console, Answer& answer) {
         if (tools.key == nullptr) answer.fields["result"] = uncoded;
         answer.fields["bytesOut"] = bytes.size();
     });
-    const Tongue tongue = TongueFor(options);
-    answer.text = Counts(answer, {" byte decodificati in ", " bytes decoded to "}, tongue);
-    if (uncoded) answer.text += Phrase{", non erano compressi", ", they were not compressed"}.In(tongue);
+    const Language language = ChosenLanguage(options);
+    answer.text = Counts(answer, {" byte decodificati in ", " bytes decoded to "}, language);
+    if (uncoded) answer.text += Phrase{", non erano compressi", ", they were not compressed"}.In(language);
     answer.text += "\n";
 }
 

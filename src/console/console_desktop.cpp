@@ -19,7 +19,7 @@ void ConsoleDesktop::ShowMessage(std::string_view text, std::string_view detail)
 }
 
 std::optional<std::string> ConsoleDesktop::LanguageAbbreviation() {
-    return tongue_ == platform::Tongue::italian ? "ITA" : "ENG";
+    return language_ == Language::italian ? "ITA" : "ENG";
 }
 
 }  // namespace vento::console

@@ -9,7 +9,7 @@
 #include "console/notices.h"
 #include "platform/desktop.h"
 #include "platform/terminal.h"
-#include "platform/tongue.h"
+#include "text/language.h"
 
 namespace vento::console {
 
@@ -18,8 +18,8 @@ namespace vento::console {
 class ConsoleDesktop final : public platform::Desktop {
   public:
     /// `terminal` and `notices` outlive this.
-    ConsoleDesktop(const platform::Terminal& terminal, Notices& notices, platform::Tongue tongue)
-        : terminal_(terminal), notices_(notices), tongue_(tongue) {}
+    ConsoleDesktop(const platform::Terminal& terminal, Notices& notices, Language language)
+        : terminal_(terminal), notices_(notices), language_(language) {}
 
     /// Throws EndedAtOnce if that is demanded. Otherwise an interrupt that came in since the latest yield
     /// goes to the handler.
@@ -42,7 +42,7 @@ class ConsoleDesktop final : public platform::Desktop {
   private:
     const platform::Terminal& terminal_;
     Notices& notices_;
-    platform::Tongue tongue_;
+    Language language_;
     std::function<void()> onInterrupt_;
     int interruptsHandled_ = 0;
     std::optional<std::string> latestMessage_;

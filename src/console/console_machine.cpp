@@ -49,9 +49,9 @@ std::optional<Trace> MakeTrace(const Options& options) {
 
 }  // namespace
 
-platform::Tongue TongueFor(const Options& options) {
+Language ChosenLanguage(const Options& options) {
     if (options.language) return *options.language;
-    return TongueOf(platform::NativeLanguageAbbreviation().value_or(""));
+    return LanguageFromAbbreviation(platform::NativeLanguageAbbreviation().value_or(""));
 }
 
 ConsoleMachine::ConsoleMachine(const Console& console)
@@ -62,7 +62,7 @@ ConsoleMachine::ConsoleMachine(const Console& console)
       trace_(MakeTrace(console.options)),
       hid_(simulated_ ? static_cast<platform::HidHost&>(*simulated_) : *native_, console.terminal,
            trace_ ? &*trace_ : nullptr),
-      desktop_(console.terminal, console.notices, TongueFor(console.options)) {}
+      desktop_(console.terminal, console.notices, ChosenLanguage(console.options)) {}
 
 void ConsoleMachine::Finish() {
     if (simulated_) {

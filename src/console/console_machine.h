@@ -15,7 +15,7 @@
 namespace vento::console {
 
 /// The language that the options or else the desktop want.
-[[nodiscard]] platform::Tongue TongueFor(const Options& options);
+[[nodiscard]] Language ChosenLanguage(const Options& options);
 
 /// The machine that the options ask for: this one, or one with a simulated transmitter and remote; traced if
 /// they say so.

@@ -8,9 +8,9 @@
 #include "console/commands.h"
 #include "console/console_machine.h"
 #include "console/notices.h"
-#include "console/phrase.h"
 #include "console/text_layout.h"
 #include "panel/run_operation.h"
+#include "text/language.h"
 #include "usb/gestione_hid.h"
 
 namespace vento::console {
@@ -18,7 +18,6 @@ namespace {
 
 using nlohmann::ordered_json;
 using platform::OpenOutcome;
-using platform::Tongue;
 
 // A HID interface, and how the search for a transmitter fares with it.
 struct Found {
@@ -93,37 +92,37 @@ std::string Hex(std::uint16_t value) {
 
 // * /dev/hidraw0
 //   04d8:0001  transmitter, accessible
-std::string Describe(const Found& found, Tongue tongue) {
+std::string Describe(const Found& found, Language language) {
     std::string text = (found.taken ? "* " : "  ") + Printable(found.name) + "\n  ";
     if (found.identity) text += Hex(found.identity->vendorId) + ":" + Hex(found.identity->productId) + "  ";
-    if (found.Recognised()) text += Phrase{"trasmettitore, ", "transmitter, "}.In(tongue);
-    return text + AccessOf(found.outcome).phrase.In(tongue) + "\n";
+    if (found.Recognised()) text += Phrase{"trasmettitore, ", "transmitter, "}.In(language);
+    return text + AccessOf(found.outcome).phrase.In(language) + "\n";
 }
 
-std::string Legend(const std::vector<Found>& all, Tongue tongue) {
+std::string Legend(const std::vector<Found>& all, Language language) {
     Phrase legend{"Nessuna interfaccia sarebbe usata.\n", "No interface would be taken.\n"};
     if (all.empty()) legend = {"Non c'è alcuna interfaccia HID.\n", "There is no HID interface.\n"};
     if (std::ranges::any_of(all, &Found::taken)) legend = {"* sarebbe usata\n", "* would be taken\n"};
-    return legend.In(tongue);
+    return legend.In(language);
 }
 
 // What keeps a transmitter from being taken is for the operator to mend.
-void AdviseOn(const Found& found, const Console& console, const platform::HidHost& host, Tongue tongue) {
+void AdviseOn(const Found& found, const Console& console, const platform::HidHost& host, Language language) {
     if (!found.Recognised() || found.outcome == OpenOutcome::opened) return;
-    console.notices.Error(found.name, DescribeObstacle(host, found.outcome, tongue));
+    console.notices.Error(found.name, DescribeObstacle(host, found.outcome, language));
 }
 
 void Run(const Console& console, Answer& answer) {
     answer.fields = {{"interfaces", ordered_json::array()}};
     ConsoleMachine machine(console);
-    const Tongue tongue = TongueFor(console.options);
+    const Language language = ChosenLanguage(console.options);
     const std::vector<Found> all = Walk(machine.Hid());
     for (const Found& found : all) {
         answer.fields["interfaces"].push_back(InterfaceFields(found));
-        answer.text += Describe(found, tongue);
-        AdviseOn(found, console, machine.Hid(), tongue);
+        answer.text += Describe(found, language);
+        AdviseOn(found, console, machine.Hid(), language);
     }
-    answer.text += Legend(all, tongue);
+    answer.text += Legend(all, language);
     machine.Finish();
 }
 

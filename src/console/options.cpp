@@ -102,7 +102,7 @@ std::variant<Options, LastWord> ParseOptions(std::vector<std::string> arguments)
     if (common.simulate->count() > 0) options.simulate = texts.simulate;
     if (common.trace->count() > 0) options.trace = texts.trace;
     if (common.language->count() > 0) {
-        options.language = texts.language == "ita" ? platform::Tongue::italian : platform::Tongue::english;
+        options.language = texts.language == "ita" ? Language::italian : Language::english;
     }
     return options;
 }

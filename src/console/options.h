@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/tongue.h"
+#include "text/language.h"
 
 namespace vento::console {
 
@@ -19,7 +19,7 @@ struct Options {
     std::optional<std::string> dest;      ///< where the result of the codec goes
     std::optional<std::string> key;       ///< the file with the key of the codec
     std::optional<std::string> simulate;  ///< the scenario; empty for the plain simulation
-    std::optional<platform::Tongue> language;
+    std::optional<Language> language;
     std::optional<std::string> trace;
     bool json = false;
     bool quiet = false;

@@ -5,10 +5,10 @@
 
 #include "console/failure.h"
 #include "console/notices.h"
-#include "console/phrase.h"
 #include "console/text_layout.h"
 #include "panel/load_message.h"
 #include "programme/blanks.h"
+#include "text/language.h"
 
 namespace vento::console {
 namespace {
@@ -21,15 +21,15 @@ ordered_json ItemOf(const ListView& view) {
     return view.Items().empty() ? ordered_json(nullptr) : ordered_json(view.Items().front());
 }
 
-std::string_view LanguageName(platform::Tongue tongue) {
-    return tongue == platform::Tongue::italian ? "ITA" : "ENG";
+std::string_view LanguageName(Language language) {
+    return language == Language::italian ? "ITA" : "ENG";
 }
 
 Progress ProgressOf(FormWeb& form) {
     Progress progress;
     progress.caption = form.Label1.Caption();
     if (form.Command6(kCancelHolder).Enabled() && !progress.caption.empty()) {
-        progress.hint = Phrase{"Ctrl-C annulla", "Ctrl-C cancels"}.In(form.Tongue());
+        progress.hint = Phrase{"Ctrl-C annulla", "Ctrl-C cancels"}.In(form.PanelLanguage());
     }
     const ProgressBar& bar = form.ProgressBar1;
     if (bar.Visible() && bar.Maximum() > bar.Minimum()) {
@@ -44,7 +44,7 @@ void Cancel(FormWeb& form, Notices& notices) {
     } else {
         notices.Note(Phrase{"Ora non c'è nulla da annullare; un altro Ctrl-C interrompe subito.",
                             "There is nothing to cancel now; another Ctrl-C ends at once."}
-                         .In(form.Tongue()));
+                         .In(form.PanelLanguage()));
     }
 }
 
@@ -116,13 +116,13 @@ void Conclude(FormWeb& form, const ConsoleDesktop& desktop, Notices& notices, An
 
 }  // namespace
 
-ordered_json BlankPanelFields(platform::Tongue tongue) {
+ordered_json BlankPanelFields(Language language) {
     const ordered_json column = {{"label", nullptr}, {"listA", nullptr}, {"listB", nullptr}};
     return {{"result", nullptr},
             {"message", ""},
             {"text1", ""},
             {"messageBox", nullptr},
-            {"language", LanguageName(tongue)},
+            {"language", LanguageName(language)},
             {"label2", ""},
             {"programButton", {{"visible", false}, {"enabled", false}}},
             {"progressBar", {{"minimum", 0}, {"maximum", 0}, {"value", 0}, {"visible", false}}},
@@ -148,7 +148,7 @@ void ReportPanel(FormWeb& form, ConsoleMachine& machine, Answer& answer) {
     fields["message"] = form.Label1.Caption();
     fields["text1"] = form.Text1.Text();
     if (const auto& box = machine.Desktop().LatestMessage()) fields["messageBox"] = *box;
-    fields["language"] = LanguageName(form.Tongue());
+    fields["language"] = LanguageName(form.PanelLanguage());
     fields["label2"] = form.Label2.Caption();
     fields["programButton"] = {{"visible", program.Visible()}, {"enabled", program.Enabled()}};
     fields["progressBar"] = {{"minimum", bar.Minimum()},
@@ -171,12 +171,11 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
     Conclude(form, machine.Desktop(), console.notices, answer);
 }
 
-void RefuseProgramme(const Console& console, const LoadProblem& problem, platform::Tongue tongue,
-                     Answer& answer) {
+void RefuseProgramme(const Console& console, const LoadProblem& problem, Language language, Answer& answer) {
     const bool unread = problem.reason == LoadProblem::Reason::cannotOpen;
     answer.status = unread ? kMissingInput : kUnusableInput;
-    answer.Diagnose(DescribeLoadProblem(problem, platform::Tongue::english));
-    console.notices.Error(console.options.file, DescribeLoadProblem(problem, tongue));
+    answer.Diagnose(DescribeLoadProblem(problem, Language::english));
+    console.notices.Error(console.options.file, DescribeLoadProblem(problem, language));
 }
 
 }  // namespace vento::console

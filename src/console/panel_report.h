@@ -10,7 +10,7 @@
 namespace vento::console {
 
 /// The fields of `program` and `read` as long as there is no panel.
-[[nodiscard]] nlohmann::ordered_json BlankPanelFields(platform::Tongue tongue);
+[[nodiscard]] nlohmann::ordered_json BlankPanelFields(Language language);
 
 /// The texts in the columns' views: null where a view holds no item.
 [[nodiscard]] nlohmann::ordered_json ColumnFields(const FormWeb& form);
@@ -24,7 +24,6 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
              const std::function<void()>& click);
 
 /// A programme file did not load: says why, and puts it into `answer`.
-void RefuseProgramme(const Console& console, const LoadProblem& problem, platform::Tongue tongue,
-                     Answer& answer);
+void RefuseProgramme(const Console& console, const LoadProblem& problem, Language language, Answer& answer);
 
 }  // namespace vento::console

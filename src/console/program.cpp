@@ -31,14 +31,14 @@ class Closing {
 };
 
 void Run(const Console& console, Answer& answer) {
-    answer.fields = BlankPanelFields(TongueFor(console.options));
+    answer.fields = BlankPanelFields(ChosenLanguage(console.options));
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     const Closing closing(form, console.options.consume);
     form.Form_Load("");
     const LoadResult load = form.Aprifilevento(console.options.file);
     if (load.problem) {
-        RefuseProgramme(console, *load.problem, form.Tongue(), answer);
+        RefuseProgramme(console, *load.problem, form.PanelLanguage(), answer);
     } else {
         Operate(console, machine, form, answer, [&] { form.Command6_Click(0); });
     }

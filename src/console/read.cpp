@@ -9,7 +9,7 @@ namespace {
 void Declare(CLI::App&, Options&) {}
 
 void Run(const Console& console, Answer& answer) {
-    answer.fields = BlankPanelFields(TongueFor(console.options));
+    answer.fields = BlankPanelFields(ChosenLanguage(console.options));
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     form.Form_Load("");

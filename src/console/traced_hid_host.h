@@ -30,8 +30,8 @@ class TracedHidHost final : public platform::HidHost {
     [[nodiscard]] bool ReadReport(platform::HidHandle device, platform::Report& report) override;
     void Cancel(platform::HidHandle device) override { host_.Cancel(device); }
     void Close(platform::HidHandle device) override;
-    [[nodiscard]] std::string Advice(platform::OpenOutcome outcome, platform::Tongue tongue) const override {
-        return host_.Advice(outcome, tongue);
+    [[nodiscard]] std::string Advice(platform::OpenOutcome outcome, Language language) const override {
+        return host_.Advice(outcome, language);
     }
 
     /// Searches so far.

@@ -89,10 +89,10 @@ const ControlLayout& LayoutOf(ControlId id) {
     return *std::ranges::find(kControls, id, &ControlLayout::id);
 }
 
-std::string ToolTipOf(const ControlLayout& control, platform::Tongue tongue) {
-    std::string text(control.toolTip.In(tongue));
-    if (!control.mnemonic.In(tongue).empty())
-        text.append(" (Alt+").append(control.mnemonic.In(tongue)).append(")");
+std::string ToolTipOf(const ControlLayout& control, Language language) {
+    std::string text(control.toolTip.In(language));
+    if (!control.mnemonic.In(language).empty())
+        text.append(" (Alt+").append(control.mnemonic.In(language)).append(")");
     return text;
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/tongue.h"
+#include "text/language.h"
 
 /// How the form looks, whatever toolkit draws it: one table of the controls that are on the screen. Lengths
 /// are in twips (1/1440 inch) from the top left corner of the form's client area.
@@ -54,8 +54,8 @@ struct Wording {
     std::string_view italian;
     std::string_view english;
 
-    [[nodiscard]] std::string_view In(platform::Tongue tongue) const {
-        return tongue == platform::Tongue::italian ? italian : english;
+    [[nodiscard]] std::string_view In(Language language) const {
+        return language == Language::italian ? italian : english;
     }
 };
 
@@ -80,7 +80,7 @@ struct ControlLayout {
 [[nodiscard]] const ControlLayout& LayoutOf(ControlId id);
 
 /// The tool tip with the key that does the same.
-[[nodiscard]] std::string ToolTipOf(const ControlLayout& control, platform::Tongue tongue);
+[[nodiscard]] std::string ToolTipOf(const ControlLayout& control, Language language);
 
 /// A length on a screen of so many dots per inch, rounded to the nearest pixel.
 [[nodiscard]] int PixelsFromTwips(int twips, int dotsPerInch);

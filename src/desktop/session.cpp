@@ -10,8 +10,8 @@
 namespace vento::desktop {
 namespace {
 
-bool IsItalian(platform::Tongue tongue) {
-    return tongue == platform::Tongue::italian;
+bool IsItalian(Language language) {
+    return language == Language::italian;
 }
 
 }  // namespace
@@ -35,32 +35,32 @@ Machine Session::MachineWith(platform::Desktop& desktop) {
     return {*hid_, desktop, *files_, *clock_};
 }
 
-std::string Session::Title(platform::Tongue tongue) const {
+std::string Session::Title(Language language) const {
     std::string title(FormWeb::kTitle);
-    if (simulated_ != nullptr) title += IsItalian(tongue) ? " (simulazione)" : " (simulation)";
+    if (simulated_ != nullptr) title += IsItalian(language) ? " (simulazione)" : " (simulation)";
     return title;
 }
 
-std::optional<Notice> Session::Finish(platform::Tongue tongue) {
+std::optional<Notice> Session::Finish(Language language) {
     if (simulated_ == nullptr) return std::nullopt;
     try {
         simulated_->SaveImage();
         return std::nullopt;
     } catch (const simulator::ImageError& error) {
-        return Notice{IsItalian(tongue) ? "Il contenuto del telecomando simulato non è stato salvato"
-                                        : "The contents of the simulated remote were not saved",
+        return Notice{IsItalian(language) ? "Il contenuto del telecomando simulato non è stato salvato"
+                                          : "The contents of the simulated remote were not saved",
                       error.what()};
     }
 }
 
-Notice StartNotice(std::string_view simulate, std::string_view reason, platform::Tongue tongue) {
-    return {IsItalian(tongue) ? "Lo scenario della simulazione non è utilizzabile"
-                              : "The scenario of the simulation can't be used",
+Notice StartNotice(std::string_view simulate, std::string_view reason, Language language) {
+    return {IsItalian(language) ? "Lo scenario della simulazione non è utilizzabile"
+                                : "The scenario of the simulation can't be used",
             std::string(simulate).append(": ").append(reason)};
 }
 
-platform::Tongue DesktopTongue() {
-    return TongueOf(platform::NativeLanguageAbbreviation().value_or(""));
+Language DesktopLanguage() {
+    return LanguageFromAbbreviation(platform::NativeLanguageAbbreviation().value_or(""));
 }
 
 }  // namespace vento::desktop

@@ -10,7 +10,7 @@
 #include "platform/desktop.h"
 #include "platform/files.h"
 #include "platform/hid_host.h"
-#include "platform/tongue.h"
+#include "text/language.h"
 
 namespace vento::simulator {
 class SimulatedHidHost;
@@ -42,11 +42,11 @@ class Session {
     [[nodiscard]] Machine MachineWith(platform::Desktop& desktop);
 
     /// The window's title, which tells a simulation from the real thing.
-    [[nodiscard]] std::string Title(platform::Tongue tongue) const;
+    [[nodiscard]] std::string Title(Language language) const;
 
     /// The end of the program: the simulated remote is kept if the scenario names a place for it. A notice if
     /// that failed.
-    [[nodiscard]] std::optional<Notice> Finish(platform::Tongue tongue);
+    [[nodiscard]] std::optional<Notice> Finish(Language language);
 
   private:
     std::unique_ptr<platform::Files> files_;
@@ -56,9 +56,9 @@ class Session {
 };
 
 /// What the operator is told when a session with this `simulate` could not be made for this `reason`.
-[[nodiscard]] Notice StartNotice(std::string_view simulate, std::string_view reason, platform::Tongue tongue);
+[[nodiscard]] Notice StartNotice(std::string_view simulate, std::string_view reason, Language language);
 
 /// The language of the desktop, for what has to be said before there is a panel.
-[[nodiscard]] platform::Tongue DesktopTongue();
+[[nodiscard]] Language DesktopLanguage();
 
 }  // namespace vento::desktop

@@ -31,8 +31,8 @@ ProgrammeRecord RecordOf(const ListView& view) {
     return {std::string(text), !text.empty()};
 }
 
-std::string_view MissingTransmitterText(platform::Tongue tongue) {
-    return tongue == platform::Tongue::italian ? "Programmatore non collegato" : "Transmitter not connected";
+std::string_view MissingTransmitterText(Language language) {
+    return language == Language::italian ? "Programmatore non collegato" : "Transmitter not connected";
 }
 
 }  // namespace
@@ -50,8 +50,8 @@ Button& FormWeb::Command6(int index) {
     }
 }
 
-platform::Tongue FormWeb::Tongue() const {
-    return TongueOf(Language);
+vento::Language FormWeb::PanelLanguage() const {
+    return LanguageFromAbbreviation(Language);
 }
 
 void FormWeb::Form_Load(std::string_view commandLine) {
@@ -63,10 +63,10 @@ void FormWeb::Form_Load(std::string_view commandLine) {
         Aprifilevento(path);
     }
     Language = machine_.desktop.LanguageAbbreviation().value_or("ENG");
-    Command6(kProgramIndex).SetCaption(TextOf(PanelText::programCaption, Tongue()));
-    Command4.SetCaption(TextOf(PanelText::openCaption, Tongue()));
-    Command2.SetCaption(TextOf(PanelText::readCaption, Tongue()));
-    Command3.SetCaption(TextOf(PanelText::closeCaption, Tongue()));
+    Command6(kProgramIndex).SetCaption(TextOf(PanelText::programCaption, PanelLanguage()));
+    Command4.SetCaption(TextOf(PanelText::openCaption, PanelLanguage()));
+    Command2.SetCaption(TextOf(PanelText::readCaption, PanelLanguage()));
+    Command3.SetCaption(TextOf(PanelText::closeCaption, PanelLanguage()));
     Label1.SetCaption("");
     ProgressBar1.SetVisible(false);
     CentreForm(Place, machine_.desktop.ScreenSize());
@@ -135,7 +135,7 @@ void FormWeb::DropFile(const std::string& path) {
 void FormWeb::OpenAndTell(const std::string& path) {
     if (path.empty()) return;
     const LoadResult load = Aprifilevento(path);
-    if (load.problem) machine_.desktop.ShowMessage(DescribeLoadProblem(*load.problem, Tongue()), path);
+    if (load.problem) machine_.desktop.ShowMessage(DescribeLoadProblem(*load.problem, PanelLanguage()), path);
 }
 
 void FormWeb::Command6_Click(std::int16_t index) {
@@ -180,8 +180,8 @@ void FormWeb::Act(std::int16_t index) {
 bool FormWeb::FindTransmitter(std::int32_t& vendorId, std::int32_t& productId) {
     const TransmitterSearch search = LocateTransmitter(machine_.hid, vendorId, productId);
     if (search.found) return true;
-    machine_.desktop.ShowMessage(MissingTransmitterText(Tongue()),
-                                 DescribeObstacle(machine_.hid, search.obstacle, Tongue()));
+    machine_.desktop.ShowMessage(MissingTransmitterText(PanelLanguage()),
+                                 DescribeObstacle(machine_.hid, search.obstacle, PanelLanguage()));
     return false;
 }
 
@@ -202,7 +202,7 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, const 
         if (ended_) throw ProgramEnded{};
     };
     latestOutcome_ = RunOperation(operation, programme, {Label1, Command6(kCancelIndex), ProgressBar1, Text1},
-                                  timing, vendorId, productId, machine_, Tongue(), yield);
+                                  timing, vendorId, productId, machine_, PanelLanguage(), yield);
     Label1.SetCaption(latestOutcome_->message);
 }
 

@@ -49,7 +49,7 @@ class FormWeb {
     /// shown, and enabled only while a wait runs) and 10 (never shown). No other index.
     [[nodiscard]] Button& Command6(int index);
 
-    [[nodiscard]] platform::Tongue Tongue() const;
+    [[nodiscard]] vento::Language PanelLanguage() const;
 
     /// Start-up. `commandLine` is what stands behind the program's name, as one string: the path of a
     /// programme file or nothing. A file that can't be loaded is passed over without a word.

@@ -12,12 +12,12 @@ std::string Place(const LoadProblem& problem, bool italian) {
 
 }  // namespace
 
-std::string DescribeLoadProblem(const LoadProblem& problem, platform::Tongue tongue) {
-    return Place(problem, tongue == platform::Tongue::italian) + DescribeLoadReason(problem, tongue);
+std::string DescribeLoadProblem(const LoadProblem& problem, Language language) {
+    return Place(problem, language == Language::italian) + DescribeLoadReason(problem, language);
 }
 
-std::string DescribeLoadReason(const LoadProblem& problem, platform::Tongue tongue) {
-    const bool italian = tongue == platform::Tongue::italian;
+std::string DescribeLoadReason(const LoadProblem& problem, Language language) {
+    const bool italian = language == Language::italian;
     switch (problem.reason) {
         case LoadProblem::Reason::cannotOpen:
             return (italian ? "Impossibile aprire il file: " : "The file could not be opened: ") +

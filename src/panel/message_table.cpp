@@ -69,23 +69,23 @@ namespace {
 // Rows of result codes in each half; the captions behind them are not for results.
 constexpr std::size_t kCodeRows = 22;
 
-std::string_view TextAt(std::size_t row, platform::Tongue tongue) {
-    return MessageTable[row + (tongue == platform::Tongue::italian ? 0 : kEnglishRow)][2];
+std::string_view TextAt(std::size_t row, Language language) {
+    return MessageTable[row + (language == Language::italian ? 0 : kEnglishRow)][2];
 }
 
 }  // namespace
 
-platform::Tongue TongueOf(std::string_view language) {
-    return language == "ITA" ? platform::Tongue::italian : platform::Tongue::english;
+Language LanguageFromAbbreviation(std::string_view language) {
+    return language == "ITA" ? Language::italian : Language::english;
 }
 
-std::string_view TextOf(PanelText text, platform::Tongue tongue) {
-    return TextAt(static_cast<std::size_t>(text), tongue);
+std::string_view TextOf(PanelText text, Language language) {
+    return TextAt(static_cast<std::size_t>(text), language);
 }
 
-std::string_view TextOf(ResultCode code, platform::Tongue tongue) {
+std::string_view TextOf(ResultCode code, Language language) {
     const auto row = static_cast<std::size_t>(code);
-    return row < kCodeRows ? TextAt(row, tongue) : std::string_view{};
+    return row < kCodeRows ? TextAt(row, language) : std::string_view{};
 }
 
 }  // namespace vento

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <string_view>
 
-#include "platform/tongue.h"
 #include "protocol/result_code.h"
+#include "text/language.h"
 
 namespace vento {
 
@@ -27,11 +27,11 @@ enum class PanelText : std::size_t {
 };
 
 /// `language` is "ITA", to the letter, for Italian; anything else is English.
-[[nodiscard]] platform::Tongue TongueOf(std::string_view language);
+[[nodiscard]] Language LanguageFromAbbreviation(std::string_view language);
 
-[[nodiscard]] std::string_view TextOf(PanelText text, platform::Tongue tongue);
+[[nodiscard]] std::string_view TextOf(PanelText text, Language language);
 
 /// The text for a result; empty for codes that have no row.
-[[nodiscard]] std::string_view TextOf(ResultCode code, platform::Tongue tongue);
+[[nodiscard]] std::string_view TextOf(ResultCode code, Language language);
 
 }  // namespace vento

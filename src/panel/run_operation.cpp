@@ -37,19 +37,18 @@ SequenceResult RunSequence(std::int16_t operation, const Programme& programme,
 
 SequenceResult Converse(std::int16_t operation, const Programme& programme, const OperationControls& controls,
                         const LinkTimingSet& timing, std::int32_t& vendorId, std::int32_t& productId,
-                        const Machine& machine, platform::Tongue tongue, const std::function<void()>& yield,
+                        const Machine& machine, Language language, const std::function<void()>& yield,
                         Reading& reading) {
     const TransmitterSearch search = LocateTransmitter(machine.hid, vendorId, productId);
     if (!search.found) {
-        const std::string obstacle =
-            DescribeObstacle(machine.hid, search.obstacle, platform::Tongue::english);
+        const std::string obstacle = DescribeObstacle(machine.hid, search.obstacle, Language::english);
         return {ResultCode::noTransmitter, obstacle.empty() ? "No transmitter was found." : obstacle};
     }
     if (!SendLinkTiming(machine.hid, timing, vendorId, productId)) {
         return {ResultCode::notStarted, "The transmitter was gone before it could take the link timing."};
     }
     const OperationContext context{controls.statusLabel, controls.cancelControl,
-                                   TextOf(PanelText::waitingForRemote, tongue), machine.clock, yield};
+                                   TextOf(PanelText::waitingForRemote, language), machine.clock, yield};
     Link link{machine.hid, timing.linkFactor, vendorId, productId};
     SequenceResult result = RunSequence(operation, programme, controls, context, link, reading);
     vendorId = link.vendorId;
@@ -62,18 +61,18 @@ SequenceResult Converse(std::int16_t operation, const Programme& programme, cons
 OperationOutcome RunOperation(std::int16_t operation, const Programme& programme,
                               const OperationControls& controls, const LinkTimingSet& timing,
                               std::int32_t& vendorId, std::int32_t& productId, const Machine& machine,
-                              platform::Tongue tongue, const std::function<void()>& yield) {
+                              Language language, const std::function<void()>& yield) {
     // Technicians' settings: read each time, though no text or step depends on an entry today.
     static_cast<void>(ReadSettingsSection(machine.files, "message"));
     const bool formIsActive = machine.desktop.ActiveFormName() == kFormName;
 
     Reading reading;
     SequenceResult result = Converse(operation, programme, controls, timing, vendorId, productId, machine,
-                                     tongue, yield, reading);
+                                     language, yield, reading);
     OperationOutcome outcome{result.code, {}, std::move(result.diagnostic)};
     const auto number = static_cast<std::uint8_t>(result.code);
     if (number < kFirstCodeWithoutMessage) {
-        outcome.message = TextOf(result.code, tongue);
+        outcome.message = TextOf(result.code, language);
         if (formIsActive) controls.outcome.SetText(std::to_string(number));
         if (result.code == ResultCode::success && !reading.readText.empty()) {
             outcome.message.clear();
@@ -88,8 +87,8 @@ OperationOutcome RunOperation(std::int16_t operation, const Programme& programme
 }
 
 std::string DescribeObstacle(const platform::HidHost& host, std::optional<platform::OpenOutcome> obstacle,
-                             platform::Tongue tongue) {
-    return obstacle ? host.Advice(*obstacle, tongue) : std::string{};
+                             Language language) {
+    return obstacle ? host.Advice(*obstacle, language) : std::string{};
 }
 
 }  // namespace vento

@@ -48,13 +48,12 @@ struct OperationOutcome {
 [[nodiscard]] OperationOutcome RunOperation(std::int16_t operation, const Programme& programme,
                                             const OperationControls& controls, const LinkTimingSet& timing,
                                             std::int32_t& vendorId, std::int32_t& productId,
-                                            const Machine& machine, platform::Tongue tongue,
+                                            const Machine& machine, Language language,
                                             const std::function<void()>& yield);
 
 /// A plain sentence about a transmitter that is there but can't be opened, and what to do about it; empty
 /// without such an obstacle.
 [[nodiscard]] std::string DescribeObstacle(const platform::HidHost& host,
-                                           std::optional<platform::OpenOutcome> obstacle,
-                                           platform::Tongue tongue);
+                                           std::optional<platform::OpenOutcome> obstacle, Language language);
 
 }  // namespace vento

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/hid_host.h"
-#include "platform/tongue.h"
+#include "text/language.h"
 
 namespace vento::platform {
 
@@ -16,7 +16,8 @@ struct AdviceText {
 
 /// What a real host says of an interface that could not be opened. Only who may open a device, and how that
 /// is changed, differs between systems: `forbidden` says it. Empty for an outcome that needs no advice.
-[[nodiscard]] inline std::string AdviceFor(OpenOutcome outcome, Tongue tongue, const AdviceText& forbidden) {
+[[nodiscard]] inline std::string AdviceFor(OpenOutcome outcome, Language language,
+                                           const AdviceText& forbidden) {
     constexpr AdviceText kBusy{
         "Il trasmettitore è collegato, ma un altro programma lo tiene per sé. Chiudi quel programma e "
         "riprova.",
@@ -26,8 +27,8 @@ struct AdviceText {
         "Il trasmettitore è collegato, ma non è stato possibile aprirlo. Scollegalo, ricollegalo e riprova.",
         "The transmitter is connected, but it could not be opened. Unplug it, plug it in again and try once "
         "more."};
-    const auto say = [tongue](const AdviceText& text) {
-        return std::string(tongue == Tongue::italian ? text.italian : text.english);
+    const auto say = [language](const AdviceText& text) {
+        return std::string(language == Language::italian ? text.italian : text.english);
     };
     switch (outcome) {
         case OpenOutcome::forbidden:

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/tongue.h"
+#include "text/language.h"
 
 namespace vento::platform {
 
@@ -85,7 +85,7 @@ class HidHost {
 
     /// What a person can do about an interface that gave `forbidden`, `busy` or `failed`: a sentence or a
     /// few.
-    [[nodiscard]] virtual std::string Advice(OpenOutcome outcome, Tongue tongue) const = 0;
+    [[nodiscard]] virtual std::string Advice(OpenOutcome outcome, Language language) const = 0;
 };
 
 }  // namespace vento::platform

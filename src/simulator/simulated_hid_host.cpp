@@ -113,8 +113,8 @@ void SimulatedHidHost::Close(HidHandle handle) {
     GoAway(device->cycle);
 }
 
-std::string SimulatedHidHost::Advice(OpenOutcome outcome, platform::Tongue tongue) const {
-    const bool italian = tongue == platform::Tongue::italian;
+std::string SimulatedHidHost::Advice(OpenOutcome outcome, Language language) const {
+    const bool italian = language == Language::italian;
     if (outcome == OpenOutcome::forbidden) {
         return italian
                    ? "Lo scenario della simulazione vieta di aprire il trasmettitore: \"opens\" vale false "

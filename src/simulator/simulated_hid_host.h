@@ -36,7 +36,7 @@ class SimulatedHidHost final : public platform::HidHost {
     [[nodiscard]] bool ReadReport(platform::HidHandle handle, platform::Report& report) override;
     void Cancel(platform::HidHandle) override {}
     void Close(platform::HidHandle handle) override;
-    [[nodiscard]] std::string Advice(platform::OpenOutcome outcome, platform::Tongue tongue) const override;
+    [[nodiscard]] std::string Advice(platform::OpenOutcome outcome, Language language) const override;
 
     /// Writes the scenario's image, if it names one; the destructor does so too, but can't tell of a failure.
     /// Throws ImageError.

@@ -66,8 +66,8 @@ class RecordingHidHost : public platform::HidHost {
     }
     void Cancel(platform::HidHandle device) override { host_.Cancel(device); }
     void Close(platform::HidHandle device) override { host_.Close(device); }
-    std::string Advice(platform::OpenOutcome outcome, platform::Tongue tongue) const override {
-        return host_.Advice(outcome, tongue);
+    std::string Advice(platform::OpenOutcome outcome, Language language) const override {
+        return host_.Advice(outcome, language);
     }
 
   private:

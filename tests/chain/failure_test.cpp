@@ -26,7 +26,7 @@ Fault At(std::uint32_t cycle, const FaultKind& kind) {
 void ExpectRun(Workbench& bench, bool read, int code, const char* name) {
     read ? bench.form.Command2_Click() : bench.form.Command6_Click(0);
     EXPECT_EQ(bench.Code(), code) << name;
-    EXPECT_EQ(bench.form.Label1.Caption(), TextOf(ResultCode(code), bench.form.Tongue())) << name;
+    EXPECT_EQ(bench.form.Label1.Caption(), TextOf(ResultCode(code), bench.form.PanelLanguage())) << name;
     EXPECT_EQ(bench.form.Text1.Text(), std::to_string(code)) << name;
     EXPECT_FALSE(bench.form.ProgressBar1.Visible()) << name;
     EXPECT_TRUE(bench.form.Command6(0).Enabled()) << name;

@@ -23,13 +23,13 @@ TEST(Layout, RoundsEdgesSoThatWhatIsAlignedInTwipsIsAlignedOnEveryScreen) {
 }
 
 TEST(Layout, GivesEveryButtonAKeyOfItsOwnInEachLanguage) {
-    for (const auto tongue : {platform::Tongue::italian, platform::Tongue::english}) {
+    for (const auto language : {Language::italian, Language::english}) {
         std::set<std::string_view> keys;
         for (const ControlLayout& each : ControlLayouts()) {
-            const std::string_view key = each.mnemonic.In(tongue);
+            const std::string_view key = each.mnemonic.In(language);
             if (key.empty()) continue;
             EXPECT_TRUE(keys.insert(key).second) << key;
-            EXPECT_TRUE(ToolTipOf(each, tongue).ends_with("(Alt+" + std::string(key) + ")"));
+            EXPECT_TRUE(ToolTipOf(each, language).ends_with("(Alt+" + std::string(key) + ")"));
         }
         EXPECT_EQ(keys.size(), 4U);
     }

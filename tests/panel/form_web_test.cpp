@@ -154,10 +154,10 @@ TEST(Settings, TheBufferGrowsUntilTheSectionFits) {
 }
 
 TEST(MessageTable, HasNothingForCodesOutside) {
-    EXPECT_EQ(TextOf(ResultCode(15), platform::Tongue::italian),
+    EXPECT_EQ(TextOf(ResultCode(15), Language::italian),
               "Si \xC3\xA8\xC2\x8F verificato un errore! Ripetere la programmazione");
     for (const int code : {22, 25, 26, 51, 99, 100, 255})
-        EXPECT_EQ(TextOf(ResultCode(code), platform::Tongue::english), "") << code;
+        EXPECT_EQ(TextOf(ResultCode(code), Language::english), "") << code;
 }
 
 }  // namespace

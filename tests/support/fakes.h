@@ -127,7 +127,7 @@ class ScriptedHidHost : public platform::HidHost {
     }
     void Cancel(platform::HidHandle) override { calls += 'a'; }
     void Close(platform::HidHandle) override { calls += 'c'; }
-    std::string Advice(platform::OpenOutcome, platform::Tongue) const override { return "advice"; }
+    std::string Advice(platform::OpenOutcome, Language) const override { return "advice"; }
 
   private:
     std::size_t current_ = 0;

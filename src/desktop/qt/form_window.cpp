@@ -30,20 +30,21 @@ std::optional<QString> ProgrammeFileIn(const QMimeData& data) {
 
 FormWindow::FormWindow(FormWeb& form, const QString& title)
     : form_(form),
-      image1_(ControlId::Image1, form.Tongue(), this),
-      listView1_{ItemsView(form.ListView1[0], ControlId::ListView1_0, form.Tongue(), this),
-                 ItemsView(form.ListView1[1], ControlId::ListView1_1, form.Tongue(), this),
-                 ItemsView(form.ListView1[2], ControlId::ListView1_2, form.Tongue(), this)},
+      image1_(ControlId::Image1, form.PanelLanguage(), this),
+      listView1_{ItemsView(form.ListView1[0], ControlId::ListView1_0, form.PanelLanguage(), this),
+                 ItemsView(form.ListView1[1], ControlId::ListView1_1, form.PanelLanguage(), this),
+                 ItemsView(form.ListView1[2], ControlId::ListView1_2, form.PanelLanguage(), this)},
       command2_(
-          form.Command2, ControlId::Command2, form.Tongue(), [this] { form_.Command2_Click(); }, this),
+          form.Command2, ControlId::Command2, form.PanelLanguage(), [this] { form_.Command2_Click(); }, this),
       command3_(
-          form.Command3, ControlId::Command3, form.Tongue(), [this] { form_.Command3_Click(); }, this),
+          form.Command3, ControlId::Command3, form.PanelLanguage(), [this] { form_.Command3_Click(); }, this),
       command4_(
-          form.Command4, ControlId::Command4, form.Tongue(), [this] { form_.Command4_Click(); }, this),
+          form.Command4, ControlId::Command4, form.PanelLanguage(), [this] { form_.Command4_Click(); }, this),
       command6_(
-          form.Command6(0), ControlId::Command6_0, form.Tongue(), [this] { form_.Command6_Click(0); }, this),
-      label1_(form.Label1, ControlId::Label1, form.Tongue(), this),
-      progressBar1_(form.ProgressBar1, ControlId::ProgressBar1, form.Tongue(), this),
+          form.Command6(0), ControlId::Command6_0, form.PanelLanguage(), [this] { form_.Command6_Click(0); },
+          this),
+      label1_(form.Label1, ControlId::Label1, form.PanelLanguage(), this),
+      progressBar1_(form.ProgressBar1, ControlId::ProgressBar1, form.PanelLanguage(), this),
       escape_(QKeySequence(Qt::Key_Escape), this) {
     loading_.setSingleShot(true);
     connect(&loading_, &QTimer::timeout, this, [this] { form_.DropFile(dropped_); });

@@ -39,11 +39,11 @@ QPalette LightPalette() {
 
 }  // namespace
 
-void ApplyLook(platform::Tongue tongue) {
+void ApplyLook(Language language) {
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     QApplication::setPalette(LightPalette());
     QApplication::setWindowIcon(ProgramIcon());
-    if (tongue == platform::Tongue::italian) {
+    if (language == Language::italian) {
         static QTranslator translator;
         if (translator.load("qtbase_it", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
             QCoreApplication::installTranslator(&translator);

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "desktop/layout.h"
-#include "platform/tongue.h"
+#include "text/language.h"
 
 /// The shared layout in the toolkit's terms. The toolkit measures in pixels of 1/96 inch, whatever the
 /// screen.
@@ -18,8 +18,8 @@ namespace vento::desktop::qt {
 inline constexpr int kDotsPerInch = 96;
 
 /// Gives the whole program its look, light on every desktop because the form is white, and the toolkit's own
-/// words in `tongue` where they are installed.
-void ApplyLook(platform::Tongue tongue);
+/// words in `language` where they are installed.
+void ApplyLook(Language language);
 
 [[nodiscard]] QString Text(std::string_view utf8);
 [[nodiscard]] QString ShownLines(std::string_view utf8);

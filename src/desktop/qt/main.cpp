@@ -33,7 +33,7 @@ int RunForm(Session& session, qt::QtDesktop& desktop, qt::Termination& terminati
             const std::string& commandLine) {
     FormWeb form(session.MachineWith(desktop));
     form.Form_Load(commandLine);
-    qt::FormWindow window(form, qt::Text(session.Title(form.Tongue())));
+    qt::FormWindow window(form, qt::Text(session.Title(form.PanelLanguage())));
     desktop.SetWindow(&window);
     // However the event loop comes to its end, the form has been closed.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &window, [&form] { form.Form_Unload(); });
@@ -57,8 +57,8 @@ int main(int argc, char** argv) {
     // The programme file is gone with the program: there is nothing to come back to at the next login.
     QObject::connect(qApp, &QGuiApplication::saveStateRequest, qApp,
                      [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
-    const platform::Tongue tongue = DesktopTongue();
-    qt::ApplyLook(tongue);
+    const Language language = DesktopLanguage();
+    qt::ApplyLook(language);
 
     qt::QtDesktop desktop;
     const char* const variable = std::getenv("VENTO_SIMULATE");
@@ -67,12 +67,12 @@ int main(int argc, char** argv) {
     try {
         session.emplace(simulate);
     } catch (const std::runtime_error& error) {
-        const Notice notice = StartNotice(simulate, error.what(), tongue);
+        const Notice notice = StartNotice(simulate, error.what(), language);
         desktop.ShowMessage(notice.text, notice.detail);
         return EXIT_FAILURE;
     }
     const int status = RunForm(*session, desktop, termination, commandLine);
-    const auto notice = session->Finish(tongue);
+    const auto notice = session->Finish(language);
     if (!notice) return status;
     desktop.ShowMessage(notice->text, notice->detail);
     return EXIT_FAILURE;

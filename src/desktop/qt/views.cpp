@@ -14,11 +14,11 @@ namespace {
 
 constexpr int kButtonPadding = 6;  // pixels beside a caption
 
-void LayOut(QWidget& view, const ControlLayout& layout, platform::Tongue tongue) {
+void LayOut(QWidget& view, const ControlLayout& layout, Language language) {
     view.setGeometry(PlaceOf(layout.place));
     view.setFont(FontOf(layout.font));
-    view.setAccessibleName(Text(layout.name.In(tongue)));
-    view.setToolTip(Text(ToolTipOf(layout, tongue)));
+    view.setAccessibleName(Text(layout.name.In(language)));
+    view.setToolTip(Text(ToolTipOf(layout, language)));
 }
 
 // Breaks a text at its blanks into lines that are no wider than `width`, where that is possible.
@@ -39,14 +39,14 @@ QString Wrapped(const QString& text, const QFontMetrics& metrics, int width) {
 
 }  // namespace
 
-ButtonView::ButtonView(Button& button, ControlId id, platform::Tongue tongue, std::function<void()> handler,
+ButtonView::ButtonView(Button& button, ControlId id, Language language, std::function<void()> handler,
                        QWidget* parent)
     : QPushButton(parent), button_(button) {
     const ControlLayout& layout = LayoutOf(id);
-    LayOut(*this, layout, tongue);
+    LayOut(*this, layout, language);
     setStyleSheet(ButtonStyle(layout.background));
     setFocusPolicy(Qt::StrongFocus);
-    shortcut_ = QKeySequence("Alt+" + Text(layout.mnemonic.In(tongue)));
+    shortcut_ = QKeySequence("Alt+" + Text(layout.mnemonic.In(language)));
     connect(this, &QPushButton::clicked, this, std::move(handler));
     button.Observe([this] { Follow(); });
     Follow();
@@ -77,9 +77,9 @@ void ButtonView::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-LabelView::LabelView(Label& label, ControlId id, platform::Tongue tongue, QWidget* parent)
-    : QLabel(parent), label_(label), name_(Text(LayoutOf(id).name.In(tongue))) {
-    LayOut(*this, LayoutOf(id), tongue);
+LabelView::LabelView(Label& label, ControlId id, Language language, QWidget* parent)
+    : QLabel(parent), label_(label), name_(Text(LayoutOf(id).name.In(language))) {
+    LayOut(*this, LayoutOf(id), language);
     setAccessibleDescription(name_);
     setTextFormat(Qt::PlainText);
     setAlignment(Qt::AlignCenter);
@@ -96,9 +96,9 @@ void LabelView::Follow() {
     setVisible(label_.Visible());
 }
 
-ItemsView::ItemsView(ListView& list, ControlId id, platform::Tongue tongue, QWidget* parent)
+ItemsView::ItemsView(ListView& list, ControlId id, Language language, QWidget* parent)
     : QListWidget(parent), list_(list) {
-    LayOut(*this, LayoutOf(id), tongue);
+    LayOut(*this, LayoutOf(id), language);
     setStyleSheet(ListStyle());
     setSelectionMode(QAbstractItemView::NoSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -123,9 +123,9 @@ void ItemsView::Follow() {
     }
 }
 
-BarView::BarView(ProgressBar& bar, ControlId id, platform::Tongue tongue, QWidget* parent)
+BarView::BarView(ProgressBar& bar, ControlId id, Language language, QWidget* parent)
     : QProgressBar(parent), bar_(bar) {
-    LayOut(*this, LayoutOf(id), tongue);
+    LayOut(*this, LayoutOf(id), language);
     setStyleSheet(BarStyle());
     setTextVisible(false);
     bar.Observe([this] { Follow(); });
@@ -138,8 +138,8 @@ void BarView::Follow() {
     setVisible(bar_.Visible());
 }
 
-LogoView::LogoView(ControlId id, platform::Tongue tongue, QWidget* parent) : QLabel(parent) {
-    LayOut(*this, LayoutOf(id), tongue);
+LogoView::LogoView(ControlId id, Language language, QWidget* parent) : QLabel(parent) {
+    LayOut(*this, LayoutOf(id), language);
     QPicture picture;
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -8,7 +8,7 @@
 
 #include "controls/controls.h"
 #include "desktop/layout.h"
-#include "platform/tongue.h"
+#include "text/language.h"
 
 /// What shows a control of the panel on the screen. A view follows its control, which outlives it, and keeps
 /// nothing of its own.
@@ -17,7 +17,7 @@ namespace vento::desktop::qt {
 /// A button. Pressed by mouse, Space, Enter, or Alt with its letter.
 class ButtonView : public QPushButton {
   public:
-    ButtonView(Button& button, ControlId id, platform::Tongue tongue, std::function<void()> handler,
+    ButtonView(Button& button, ControlId id, Language language, std::function<void()> handler,
                QWidget* parent);
 
   protected:
@@ -34,7 +34,7 @@ class ButtonView : public QPushButton {
 /// A status line: as many lines as fit, wrapped.
 class LabelView : public QLabel {
   public:
-    LabelView(Label& label, ControlId id, platform::Tongue tongue, QWidget* parent);
+    LabelView(Label& label, ControlId id, Language language, QWidget* parent);
 
   private:
     void Follow();
@@ -46,7 +46,7 @@ class LabelView : public QLabel {
 /// A list. An item that does not fit is cut short, and its tool tip has it whole.
 class ItemsView : public QListWidget {
   public:
-    ItemsView(ListView& list, ControlId id, platform::Tongue tongue, QWidget* parent);
+    ItemsView(ListView& list, ControlId id, Language language, QWidget* parent);
 
   private:
     void Follow();
@@ -56,7 +56,7 @@ class ItemsView : public QListWidget {
 
 class BarView : public QProgressBar {
   public:
-    BarView(ProgressBar& bar, ControlId id, platform::Tongue tongue, QWidget* parent);
+    BarView(ProgressBar& bar, ControlId id, Language language, QWidget* parent);
 
   private:
     void Follow();
@@ -67,7 +67,7 @@ class BarView : public QProgressBar {
 /// The logo: a picture of strokes and not of pixels, as fine as whatever screen it is on.
 class LogoView : public QLabel {
   public:
-    LogoView(ControlId id, platform::Tongue tongue, QWidget* parent);
+    LogoView(ControlId id, Language language, QWidget* parent);
 };
 
 }  // namespace vento::desktop::qt

@@ -10,11 +10,11 @@
 namespace vento::desktop::win32 {
 
 ControlWindow::ControlWindow(HWND form, ControlId id, const wchar_t* windowClass, DWORD style,
-                             platform::Tongue tongue)
+                             Language language)
     : layout_(LayoutOf(id)) {
     // The number that the form knows it by is, for historical reasons, passed as a menu.
     auto* const number = reinterpret_cast<HMENU>(std::intptr_t{kFirstControl} + static_cast<int>(id));
-    handle_ = ::CreateWindowExW(0, windowClass, platform::Wide(layout_.name.In(tongue)).c_str(),
+    handle_ = ::CreateWindowExW(0, windowClass, platform::Wide(layout_.name.In(language)).c_str(),
                                 WS_CHILD | style, 0, 0, 0, 0, form, number, nullptr, nullptr);
     if (handle_ == nullptr) {
         throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), "CreateWindowEx");

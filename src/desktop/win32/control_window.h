@@ -4,8 +4,8 @@
 
 #include "desktop/layout.h"
 #include "desktop/win32/look.h"
-#include "platform/tongue.h"
 #include "platform/windows/system.h"
+#include "text/language.h"
 
 namespace vento::desktop::win32 {
 
@@ -15,7 +15,7 @@ class ControlWindow {
   public:
     /// `windowClass` and `style` are the system's; visible windows and tab stops are made by the layout and
     /// by `Show`.
-    ControlWindow(HWND form, ControlId id, const wchar_t* windowClass, DWORD style, platform::Tongue tongue);
+    ControlWindow(HWND form, ControlId id, const wchar_t* windowClass, DWORD style, Language language);
 
     [[nodiscard]] HWND Handle() const { return handle_; }
     [[nodiscard]] const ControlLayout& Layout() const { return layout_; }

@@ -76,16 +76,17 @@ FormWindow::FormWindow(FormWeb& form, const std::wstring& title)
     : form_(form),
       frame_(form.Place, title, Receive),
       toolTips_(Handle()),
-      image1_(Handle(), ControlId::Image1, WC_STATICW, WS_VISIBLE | SS_OWNERDRAW, form.Tongue()),
-      progressBar1_(Handle(), form.ProgressBar1, ControlId::ProgressBar1, form.Tongue()),
-      label1_(Handle(), form.Label1, ControlId::Label1, form.Tongue()),
-      command2_(Handle(), form.Command2, ControlId::Command2, form.Tongue()),
-      command3_(Handle(), form.Command3, ControlId::Command3, form.Tongue()),
-      command4_(Handle(), form.Command4, ControlId::Command4, form.Tongue()),
-      listView1_{ItemsView(Handle(), form.ListView1[0], ControlId::ListView1_0, form.Tongue(), toolTips_),
-                 ItemsView(Handle(), form.ListView1[1], ControlId::ListView1_1, form.Tongue(), toolTips_),
-                 ItemsView(Handle(), form.ListView1[2], ControlId::ListView1_2, form.Tongue(), toolTips_)},
-      command6_(Handle(), form.Command6(0), ControlId::Command6_0, form.Tongue()),
+      image1_(Handle(), ControlId::Image1, WC_STATICW, WS_VISIBLE | SS_OWNERDRAW, form.PanelLanguage()),
+      progressBar1_(Handle(), form.ProgressBar1, ControlId::ProgressBar1, form.PanelLanguage()),
+      label1_(Handle(), form.Label1, ControlId::Label1, form.PanelLanguage()),
+      command2_(Handle(), form.Command2, ControlId::Command2, form.PanelLanguage()),
+      command3_(Handle(), form.Command3, ControlId::Command3, form.PanelLanguage()),
+      command4_(Handle(), form.Command4, ControlId::Command4, form.PanelLanguage()),
+      listView1_{
+          ItemsView(Handle(), form.ListView1[0], ControlId::ListView1_0, form.PanelLanguage(), toolTips_),
+          ItemsView(Handle(), form.ListView1[1], ControlId::ListView1_1, form.PanelLanguage(), toolTips_),
+          ItemsView(Handle(), form.ListView1[2], ControlId::ListView1_2, form.PanelLanguage(), toolTips_)},
+      command6_(Handle(), form.Command6(0), ControlId::Command6_0, form.PanelLanguage()),
       windows_{&image1_,
                &progressBar1_.Window(),
                &label1_.Window(),
@@ -97,7 +98,7 @@ FormWindow::FormWindow(FormWeb& form, const std::wstring& title)
                &listView1_[2].Window(),
                &command6_.Window()} {
     for (const ControlWindow* each : windows_) {
-        const std::string tip = ToolTipOf(each->Layout(), form.Tongue());
+        const std::string tip = ToolTipOf(each->Layout(), form.PanelLanguage());
         if (!tip.empty()) toolTips_.SetText(each->Handle(), platform::Wide(tip));
     }
     ::DragAcceptFiles(Handle(), TRUE);

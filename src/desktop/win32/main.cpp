@@ -57,7 +57,7 @@ void RunForm(Session& session, win32::Win32Desktop& desktop, const std::string& 
     FormWeb form(session.MachineWith(desktop));
     form.Place = WholeForm();
     form.Form_Load(commandLine);
-    win32::FormWindow window(form, platform::Wide(session.Title(form.Tongue())));
+    win32::FormWindow window(form, platform::Wide(session.Title(form.PanelLanguage())));
     desktop.SetWindow(window.Handle());
     window.Show();
     desktop.Run();
@@ -76,7 +76,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int) {
     try {
         session.emplace(simulate);
     } catch (const std::runtime_error& error) {
-        const Notice notice = StartNotice(simulate, error.what(), DesktopTongue());
+        const Notice notice = StartNotice(simulate, error.what(), DesktopLanguage());
         desktop.ShowMessage(notice.text, notice.detail);
         return EXIT_FAILURE;
     }
@@ -86,7 +86,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int) {
         desktop.ShowMessage(error.what(), "");
         return EXIT_FAILURE;
     }
-    const auto notice = session->Finish(DesktopTongue());
+    const auto notice = session->Finish(DesktopLanguage());
     if (!notice) return EXIT_SUCCESS;
     desktop.ShowMessage(notice->text, notice->detail);
     return EXIT_FAILURE;

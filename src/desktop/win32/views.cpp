@@ -32,8 +32,8 @@ DWORD ButtonStyle(ControlId id) {
 
 }  // namespace
 
-ButtonView::ButtonView(HWND form, Button& button, ControlId id, platform::Tongue tongue)
-    : button_(button), tongue_(tongue), window_(form, id, WC_BUTTONW, ButtonStyle(id), tongue) {
+ButtonView::ButtonView(HWND form, Button& button, ControlId id, Language language)
+    : button_(button), language_(language), window_(form, id, WC_BUTTONW, ButtonStyle(id), language) {
     ::SetWindowSubclass(window_.Handle(), FollowMouse, 0, reinterpret_cast<DWORD_PTR>(this));
     button.Observe([this] { Follow(); });
     Follow();
@@ -41,7 +41,7 @@ ButtonView::ButtonView(HWND form, Button& button, ControlId id, platform::Tongue
 
 void ButtonView::Follow() {
     const HWND handle = window_.Handle();
-    window_.SetText(MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(tongue_)));
+    window_.SetText(MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(language_)));
     window_.Show(button_.Visible());
     if ((::IsWindowEnabled(handle) != 0) == button_.Enabled()) return;
     if (!button_.Enabled()) focusWasTaken_ = ::GetFocus() == handle;
@@ -79,7 +79,7 @@ void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
     ::SelectObject(state.hDC, oldBrush);
     ::SetBkMode(state.hDC, TRANSPARENT);
     ::SetTextColor(state.hDC, text);
-    DrawCentred(state.hDC, MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(tongue_)),
+    DrawCentred(state.hDC, MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(language_)),
                 state.rcItem, (state.itemState & ODS_NOACCEL) != 0 ? DT_HIDEPREFIX : 0);
     if (!focused) return;
     RECT inside = state.rcItem;
@@ -101,8 +101,8 @@ LRESULT CALLBACK ButtonView::FollowMouse(HWND window, UINT message, WPARAM wPara
     return ::DefSubclassProc(window, message, wParam, lParam);
 }
 
-LabelView::LabelView(HWND form, Label& label, ControlId id, platform::Tongue tongue)
-    : label_(label), window_(form, id, WC_STATICW, SS_CENTER | SS_NOPREFIX | SS_NOTIFY, tongue) {
+LabelView::LabelView(HWND form, Label& label, ControlId id, Language language)
+    : label_(label), window_(form, id, WC_STATICW, SS_CENTER | SS_NOPREFIX | SS_NOTIFY, language) {
     label.Observe([this] { Follow(); });
     Follow();
 }
@@ -112,10 +112,10 @@ void LabelView::Follow() {
     window_.Show(label_.Visible());
 }
 
-ItemsView::ItemsView(HWND form, ListView& list, ControlId id, platform::Tongue tongue, ToolTips& toolTips)
+ItemsView::ItemsView(HWND form, ListView& list, ControlId id, Language language, ToolTips& toolTips)
     : list_(list),
       window_(form, id, WC_LISTBOXW,
-              WS_TABSTOP | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT, tongue),
+              WS_TABSTOP | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT, language),
       toolTips_(toolTips) {
     window_.Show(true);
     list.Observe([this] { Follow(); });
@@ -163,8 +163,8 @@ void ItemsView::Draw(const DRAWITEMSTRUCT& state) const {
     }
 }
 
-BarView::BarView(HWND form, ProgressBar& bar, ControlId id, platform::Tongue tongue)
-    : bar_(bar), window_(form, id, PROGRESS_CLASSW, PBS_SMOOTH, tongue) {
+BarView::BarView(HWND form, ProgressBar& bar, ControlId id, Language language)
+    : bar_(bar), window_(form, id, PROGRESS_CLASSW, PBS_SMOOTH, language) {
     bar.Observe([this] { Follow(); });
     Follow();
 }

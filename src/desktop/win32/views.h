@@ -4,8 +4,8 @@
 #include "desktop/layout.h"
 #include "desktop/win32/control_window.h"
 #include "desktop/win32/tool_tips.h"
-#include "platform/tongue.h"
 #include "platform/windows/system.h"
+#include "text/language.h"
 
 /// What shows a control of the panel on the screen. A view follows its control, which outlives it, and keeps
 /// nothing of its own. Views stay where they were made: their controls know them.
@@ -15,7 +15,7 @@ namespace vento::desktop::win32 {
 /// the others.
 class ButtonView {
   public:
-    ButtonView(HWND form, Button& button, ControlId id, platform::Tongue tongue);
+    ButtonView(HWND form, Button& button, ControlId id, Language language);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
 
@@ -28,7 +28,7 @@ class ButtonView {
                                         DWORD_PTR self);
 
     Button& button_;
-    platform::Tongue tongue_;
+    Language language_;
     ControlWindow window_;
     bool mouseIsOver_ = false;
     bool focusWasTaken_ = false;
@@ -37,7 +37,7 @@ class ButtonView {
 /// A status line: as many lines as fit, wrapped.
 class LabelView {
   public:
-    LabelView(HWND form, Label& label, ControlId id, platform::Tongue tongue);
+    LabelView(HWND form, Label& label, ControlId id, Language language);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
 
@@ -51,7 +51,7 @@ class LabelView {
 /// A list. An item that does not fit is cut short; the tool tip has it whole.
 class ItemsView {
   public:
-    ItemsView(HWND form, ListView& list, ControlId id, platform::Tongue tongue, ToolTips& toolTips);
+    ItemsView(HWND form, ListView& list, ControlId id, Language language, ToolTips& toolTips);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
 
@@ -71,7 +71,7 @@ class ItemsView {
 
 class BarView {
   public:
-    BarView(HWND form, ProgressBar& bar, ControlId id, platform::Tongue tongue);
+    BarView(HWND form, ProgressBar& bar, ControlId id, Language language);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
 

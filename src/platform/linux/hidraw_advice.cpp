@@ -4,7 +4,7 @@
 
 namespace vento::platform {
 
-std::string HidrawAdvice(OpenOutcome outcome, Tongue tongue) {
+std::string HidrawAdvice(OpenOutcome outcome, Language language) {
     constexpr AdviceText kForbidden{
         "Il trasmettitore è collegato, ma non hai il permesso di aprirlo. Copia il file 60-vento.rules "
         "di VENTO in /etc/udev/rules.d, scollega il trasmettitore e ricollegalo. La regola dà accesso "
@@ -13,7 +13,7 @@ std::string HidrawAdvice(OpenOutcome outcome, Tongue tongue) {
         "60-vento.rules to /etc/udev/rules.d, unplug the transmitter and plug it in again. The rule "
         "gives access to the user who sits at this computer, not to one who is logged in from "
         "another."};
-    return AdviceFor(outcome, tongue, kForbidden);
+    return AdviceFor(outcome, language, kForbidden);
 }
 
 }  // namespace vento::platform

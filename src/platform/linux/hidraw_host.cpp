@@ -116,8 +116,8 @@ void HidrawHost::Close(HidHandle device) {
     const FileDescriptor closing(static_cast<int>(device));
 }
 
-std::string HidrawHost::Advice(OpenOutcome outcome, Tongue tongue) const {
-    return HidrawAdvice(outcome, tongue);
+std::string HidrawHost::Advice(OpenOutcome outcome, Language language) const {
+    return HidrawAdvice(outcome, language);
 }
 
 }  // namespace vento::platform

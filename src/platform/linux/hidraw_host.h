@@ -34,7 +34,7 @@ class HidrawHost final : public HidHost {
     void Cancel(HidHandle device) override;
     void Close(HidHandle device) override;
 
-    [[nodiscard]] std::string Advice(OpenOutcome outcome, Tongue tongue) const override;
+    [[nodiscard]] std::string Advice(OpenOutcome outcome, Language language) const override;
 
   private:
     [[nodiscard]] std::optional<HidIdentity> ListedIdentity();

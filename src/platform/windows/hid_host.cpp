@@ -109,7 +109,7 @@ void WindowsHidHost::Close(HidHandle device) {
     const OwnedHandle closing(HandleOf(device));
 }
 
-std::string WindowsHidHost::Advice(OpenOutcome outcome, Tongue tongue) const {
+std::string WindowsHidHost::Advice(OpenOutcome outcome, Language language) const {
     constexpr AdviceText kForbidden{
         "Il trasmettitore è collegato, ma Windows non ti permette di aprirlo. Chiedi a chi amministra questo "
         "computer "
@@ -117,7 +117,7 @@ std::string WindowsHidHost::Advice(OpenOutcome outcome, Tongue tongue) const {
         "The transmitter is connected, but Windows does not let you open it. Ask whoever administers this "
         "computer to "
         "allow access to HID devices, then unplug the transmitter and plug it in again."};
-    return AdviceFor(outcome, tongue, kForbidden);
+    return AdviceFor(outcome, language, kForbidden);
 }
 
 }  // namespace vento::platform

@@ -35,7 +35,7 @@ class WindowsHidHost final : public HidHost {
     void Cancel(HidHandle device) override;
     void Close(HidHandle device) override;
 
-    [[nodiscard]] std::string Advice(OpenOutcome outcome, Tongue tongue) const override;
+    [[nodiscard]] std::string Advice(OpenOutcome outcome, Language language) const override;
 
   private:
     GUID hidClass_{};
