@@ -122,7 +122,7 @@ class Unplugging(unittest.TestCase):
                 self.assertIn(outcome.status, self.STATUSES)
                 self.assertFalse(outcome.json["progressBar"]["visible"])
                 simulator.wait_for_line("/dev/hidraw", times=3)
-                self.assertIn(f"unplugged at open {cycle}", simulator.lines)
+                self.assertIn(f"unplugged at frame {cycle}", simulator.lines)
                 self.assertEqual(run("program", PROGRAMME).result, 0)
 
     def test_for_good_it_is_not_found_any_more(self):

@@ -1,18 +1,18 @@
-#include "uhid/uhid_device.h"
+#include "device/uhid_device.h"
 
 #include <fcntl.h>
 #include <linux/uhid.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 
-namespace vento::uhid {
+namespace vento::device {
 namespace {
 
 namespace fs = std::filesystem;
@@ -20,22 +20,6 @@ namespace fs = std::filesystem;
 constexpr const char* kKernel = "/dev/uhid";
 constexpr std::string_view kName = "VENTO virtual transmitter";
 constexpr std::uint16_t kUsbBus = 3;
-
-/// HID 1.11, 6.2.2: one collection with an input and an output report of 64 bytes.
-constexpr std::array<std::uint8_t, 27> kReportDescriptor = {
-    0x06, 0x00, 0xFF,  // usage page: vendor-defined
-    0x09, 0x01,        // usage 1
-    0xA1, 0x01,        // collection: application
-    0x15, 0x00,        //   logical minimum 0
-    0x26, 0xFF, 0x00,  //   logical maximum 255
-    0x75, 0x08,        //   report size: 8 bits
-    0x95, 0x40,        //   report count: 64
-    0x09, 0x01,        //   usage 1
-    0x81, 0x02,        //   input: data, variable, absolute
-    0x09, 0x01,        //   usage 1
-    0x91, 0x02,        //   output: data, variable, absolute
-    0xC0,              // end of the collection
-};
 
 /// A physical address that no other device has, in this process or another.
 std::string NewPlace() {
@@ -100,12 +84,12 @@ UhidDevice::UhidDevice(platform::HidIdentity identity) : place_(NewPlace()), ker
     if (!Tell(kernel_, event)) Fail();
 }
 
-std::optional<fs::path> UhidDevice::Node() const {
+std::optional<std::string> UhidDevice::Place() const {
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator("/sys/class/hidraw", error)) {
         const fs::path node = "/dev" / entry.path().filename();
         if (HasLine(entry.path() / "device/uevent", "HID_PHYS=" + place_) && fs::exists(node, error)) {
-            return node;
+            return node.string();
         }
     }
     return std::nullopt;
@@ -115,8 +99,6 @@ std::optional<DeviceEvent> UhidDevice::NextEvent() {
     uhid_event event{};
     while (::read(kernel_.Number(), &event, sizeof event) > 0) {
         switch (event.type) {
-            case UHID_OPEN:
-                return DeviceEvent{.kind = DeviceEvent::Kind::opened, .report = {}};
             case UHID_CLOSE:
                 return DeviceEvent{.kind = DeviceEvent::Kind::closed, .report = {}};
             case UHID_OUTPUT: {
@@ -135,13 +117,14 @@ std::optional<DeviceEvent> UhidDevice::NextEvent() {
     return std::nullopt;
 }
 
-void UhidDevice::Send(std::span<const std::uint8_t> payload) {
+bool UhidDevice::Send(std::span<const std::uint8_t> payload) {
     uhid_event event{};
     event.type = UHID_INPUT2;
     const std::size_t size = std::min<std::size_t>(payload.size(), UHID_DATA_MAX);
     event.u.input2.size = static_cast<__u16>(size);
     std::copy_n(payload.begin(), size, event.u.input2.data);
-    Tell(kernel_, event);
+    Tell(kernel_, event);  // a program that has gone in the meantime is no one to be told
+    return true;
 }
 
-}  // namespace vento::uhid
+}  // namespace vento::device

@@ -1,4 +1,4 @@
-#include "uhid/scenario_server.h"
+#include "device/scenario_server.h"
 
 #include <poll.h>
 
@@ -10,7 +10,7 @@
 
 #include "simulator/scenario_error.h"
 
-namespace vento::uhid {
+namespace vento::device {
 
 using simulator::ScenarioError;
 using simulator::UnplugMoment;
@@ -18,8 +18,10 @@ using std::chrono::milliseconds;
 
 namespace {
 
-constexpr std::chrono::seconds kNodeBound{5};
-constexpr milliseconds kNodePause{2};
+constexpr std::chrono::seconds kPlaceBound{5};
+constexpr milliseconds kPlacePause{2};
+/// A frame whose rest does not come within this time never will: who sent it has been interrupted.
+constexpr std::chrono::seconds kFrameBound{1};
 
 /// Who may open a device of the kernel is not for the device to say.
 void RefuseWhatTheKernelDecides(const simulator::Scenario& scenario) {
@@ -41,8 +43,13 @@ void RefuseWhatTheKernelDecides(const simulator::Scenario& scenario) {
 
 }  // namespace
 
-ScenarioServer::ScenarioServer(const simulator::Scenario& scenario, platform::Clock& clock, std::ostream& log)
-    : clock_(clock), log_(log), perReport_(scenario.perReport), faults_(scenario.faults) {
+ScenarioServer::ScenarioServer(const simulator::Scenario& scenario, Port port, platform::Clock& clock,
+                               std::ostream& log)
+    : port_(std::move(port)),
+      clock_(clock),
+      log_(log),
+      perReport_(scenario.perReport),
+      faults_(scenario.faults) {
     RefuseWhatTheKernelDecides(scenario);
     if (scenario.remote) {
         remote_.emplace(*scenario.remote);
@@ -63,20 +70,22 @@ void ScenarioServer::PlugIn() {
         PlugIn(device);
 }
 
-/// The kernel makes the node when it has a moment. To wait for it keeps the nodes in the scenario's order.
+/// It takes the kernel a moment. To wait for it keeps the devices in the scenario's order.
 void ScenarioServer::PlugIn(Device& device) {
-    device.kernel.emplace(device.identity);
-    const auto deadline = clock_.Now() + kNodeBound;
-    auto node = device.kernel->Node();
-    for (; !node; node = device.kernel->Node()) {
-        if (clock_.Now() >= deadline) {
-            throw std::system_error(ENODEV, std::generic_category(),
-                                    "The kernel has made no hidraw node; is its module hid-generic there?");
-        }
-        clock_.Sleep(kNodePause);
+    const auto index = static_cast<std::size_t>(
+        std::ranges::find(devices_, &device, [](const Device& each) { return &each; }) - devices_.begin());
+    device.kernel = port_.plugIn(index, device.identity);
+    const auto deadline = clock_.Now() + kPlaceBound;
+    auto place = device.kernel->Place();
+    for (; !place && clock_.Now() < deadline; place = device.kernel->Place())
+        clock_.Sleep(kPlacePause);
+    if (!place && !port_.hostMayBeAbsent) {
+        throw std::system_error(ENODEV, std::generic_category(),
+                                "The kernel has made no hidraw node; is its module hid-generic there?");
     }
-    log_ << node->string() << (device.transmitter ? ": transmitter, vendor id " : ": vendor id ")
-         << device.identity.vendorId << ", product id " << device.identity.productId << '\n'
+    log_ << place.value_or("no computer has taken it yet")
+         << (device.transmitter ? ": transmitter, vendor id " : ": vendor id ") << device.identity.vendorId
+         << ", product id " << device.identity.productId << '\n'
          << std::flush;
 }
 
@@ -95,8 +104,9 @@ void ScenarioServer::Run(int stop) {
 void ScenarioServer::Wait(int stop) {
     std::vector<pollfd> waiting{{.fd = stop, .events = POLLIN, .revents = 0}};
     for (const Device& device : devices_) {
-        if (device.kernel)
-            waiting.push_back({.fd = device.kernel->Descriptor(), .events = POLLIN, .revents = 0});
+        if (!device.kernel) continue;
+        const short events = device.replies.empty() ? POLLIN : POLLIN | POLLOUT;
+        waiting.push_back({.fd = device.kernel->Descriptor(), .events = events, .revents = 0});
     }
     int timeout = -1;
     if (backAt_) {
@@ -115,7 +125,7 @@ void ScenarioServer::Serve(Device& device) {
         // A program that has given up in the meantime must not leave its reply to the next one.
         HandleEvents(device);
         if (device.replies.empty()) return;
-        device.kernel->Send(device.replies.front());
+        if (!device.kernel->Send(device.replies.front())) return;
         device.replies.pop_front();
     }
 }
@@ -130,46 +140,51 @@ void ScenarioServer::HandleEvents(Device& device) {
 
 void ScenarioServer::Handle(Device& device, const DeviceEvent& event) {
     switch (event.kind) {
-        case DeviceEvent::Kind::opened:
-            HandleOpen(device);
-            break;
         case DeviceEvent::Kind::output:
             HandleReport(device, event);
             break;
         case DeviceEvent::Kind::closed:
-            device.transmitter->Reset();
-            device.replies.clear();
-            // A cycle that brought no report, or wanted none, is over, and the fault still holds.
-            if (faults_.Unplugs(device.cycle, UnplugMoment::write) ||
-                faults_.Unplugs(device.cycle, UnplugMoment::read)) {
-                Unplug(device.cycle);
-            }
+            Forget(device);
             break;
     }
 }
 
-void ScenarioServer::HandleOpen(Device& device) {
+/// Drops a frame that is not complete and the replies that were not fetched.
+void ScenarioServer::Forget(Device& device) {
     device.transmitter->Reset();
     device.replies.clear();
+    device.reportsToCome = 0;
+}
+
+void ScenarioServer::BeginFrame(Device& device, std::uint8_t lengthByte) {
+    Forget(device);
     device.cycle = ++cycle_;
     device.reports = 0;
-    if (faults_.Unplugs(device.cycle, UnplugMoment::open)) Unplug(device.cycle);
+    constexpr std::size_t part = platform::kReportPayload;
+    device.reportsToCome = std::max<std::size_t>((lengthByte + part - 1) / part, 1);
 }
 
 void ScenarioServer::HandleReport(Device& device, const DeviceEvent& event) {
     if (event.report.size() != platform::Report{}.size() || event.report.front() != 0) return;
+    const auto now = clock_.Now();
+    if (now - device.last > kFrameBound) device.reportsToCome = 0;
+    device.last = now;
+    if (device.reportsToCome == 0) BeginFrame(device, event.report[1]);
+    --device.reportsToCome;
+    if (faults_.Unplugs(device.cycle, UnplugMoment::open)) {
+        Unplug(device.cycle);
+        return;
+    }
     if (faults_.FailsWrite(device.cycle, ++device.reports)) return;
     LetReportPass();
     device.transmitter->Take(std::span(event.report).subspan(1).first<platform::kReportPayload>());
-    if (faults_.Unplugs(device.cycle, UnplugMoment::write)) {
+    const bool isWhole = device.reportsToCome == 0;
+    if (faults_.Unplugs(device.cycle, UnplugMoment::write) ||
+        (isWhole && faults_.Unplugs(device.cycle, UnplugMoment::read))) {
         Unplug(device.cycle);
         return;
     }
     while (auto reply = device.transmitter->Give()) {
-        if (faults_.Unplugs(device.cycle, UnplugMoment::read)) {
-            Unplug(device.cycle);
-            return;
-        }
         faults_.Alter(device.cycle, reply);
         if (!faults_.FailsRead(device.cycle)) device.replies.push_back(*reply);
     }
@@ -183,11 +198,10 @@ void ScenarioServer::LetReportPass() {
 void ScenarioServer::Unplug(std::uint64_t cycle) {
     for (Device& device : devices_) {
         if (!device.transmitter) continue;
-        device.transmitter->Reset();
-        device.replies.clear();
+        Forget(device);
         device.kernel.reset();
     }
-    log_ << "unplugged at open " << cycle << '\n' << std::flush;
+    log_ << "unplugged at frame " << cycle << '\n' << std::flush;
     if (const auto absence = faults_.Absence(cycle)) backAt_ = clock_.Now() + *absence;
 }
 
@@ -202,4 +216,4 @@ void ScenarioServer::SaveImage() {
     if (image_) image_->Save();
 }
 
-}  // namespace vento::uhid
+}  // namespace vento::device
