@@ -25,19 +25,23 @@ inline Bytes CommandFrame(std::uint8_t command, std::uint8_t replyCount) {
 /// A HID host that lets another do the work and keeps the frames that were written, cut to their own lengths.
 class RecordingHidHost : public platform::HidHost {
   public:
-    explicit RecordingHidHost(platform::HidHost& host) : host_(host) {}
+    RecordingHidHost(platform::HidHost& host, const int& yields) : host_(host), yields_(yields) {}
 
     std::vector<Bytes> frames;
     int cycles = 0;
 
-    /// The frames but for the polls of the presence wait: their bytes, and "|" between them.
+    /// The frames but for the polls of the presence wait: a "*" for each yield since the frame before, the
+    /// bytes, a "<" for each report that was read, and "|" between them.
     [[nodiscard]] std::string Conversation() const {
         std::string text;
-        for (const Bytes& frame : frames) {
-            if (frame == CommandFrame(165, 1)) continue;
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            if (frames[i] == CommandFrame(165, 1)) continue;
             if (!text.empty()) text += "| ";
-            for (const std::uint8_t byte : frame)
+            text.append(static_cast<std::size_t>(courses_[i].yields - (i > 0 ? courses_[i - 1].yields : 0)),
+                        '*');
+            for (const std::uint8_t byte : frames[i])
                 text += std::to_string(byte) + ' ';
+            text.append(courses_[i].reads, '<');
         }
         return text;
     }
@@ -55,13 +59,17 @@ class RecordingHidHost : public platform::HidHost {
     }
     void EndSearch() override { host_.EndSearch(); }
     bool WriteReport(platform::HidHandle device, const platform::Report& report) override {
-        if (std::exchange(opened_, false)) frames.emplace_back();
+        if (std::exchange(opened_, false)) {
+            frames.emplace_back();
+            courses_.push_back({yields_});
+        }
         Bytes& frame = frames.back();
         frame.insert(frame.end(), report.begin() + 1, report.end());
         frame.resize(std::min<std::size_t>(frame.size(), std::max<std::uint8_t>(frame[0], 2)));
         return host_.WriteReport(device, report);
     }
     bool ReadReport(platform::HidHandle device, platform::Report& report) override {
+        ++courses_.back().reads;
         return host_.ReadReport(device, report);
     }
     void Cancel(platform::HidHandle device) override { host_.Cancel(device); }
@@ -71,7 +79,13 @@ class RecordingHidHost : public platform::HidHost {
     }
 
   private:
+    struct Course {
+        int yields;  // before the frame
+        std::size_t reads = 0;
+    };
     platform::HidHost& host_;
+    const int& yields_;
+    std::vector<Course> courses_;
     bool opened_ = false;
 };
 
@@ -122,7 +136,7 @@ struct Workbench {
     FakeDesktop desktop;
     FakeFiles files;
     simulator::SimulatedHidHost simulated;
-    RecordingHidHost host{simulated};
+    RecordingHidHost host{simulated, desktop.yields};
     FormWeb form{{host, desktop, files, clock}};
 
     explicit Workbench(const Scenario& scenario = {}, const std::string& programme = "")

@@ -32,6 +32,9 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
         EXPECT_EQ(form.Label2.Caption(), path);
         EXPECT_EQ(form.Command6(0).Visible(), loaded);
         EXPECT_EQ(form.Command4.Caption(), openCaption);
+        EXPECT_EQ(form.Place.left, 14400 - 4635);
+        EXPECT_EQ(form.Place.top, 8100 - 3352);
+        EXPECT_FALSE(form.ProgressBar1.Visible());
         EXPECT_TRUE(bench.desktop.messages.empty()) << "a bad command line is passed over in silence";
     }
 }
@@ -117,6 +120,24 @@ TEST(Operation, CancelWorksWhileAWaitRunsAndOnlyThen) {
         EXPECT_EQ(bench.Memory() == kWritten, at > 12);
         bench.form.Command6_Click(0);
         EXPECT_EQ(bench.Code(), 0) << "a cancelled wait does not cancel the next";
+    }
+}
+
+TEST(Operation, TheOtherIndexesSendAFrameOrSetTheFlagIfThereIsATransmitter) {
+    for (const bool connected : {true, false}) {
+        Scenario scenario;
+        if (!connected) scenario.interfaces.clear();
+        Workbench bench(scenario, kProgramme);
+        for (const std::int16_t index : std::array<std::int16_t, 3>{5, 6, 8})
+            bench.form.Command6_Click(index);
+        EXPECT_EQ(bench.host.Conversation(),
+                  connected ? "19 84 15 2 2 8 4 168 38 75 188 135 0 165 0 14 1 74 1 | 2 82 | 1 81 " : "");
+        EXPECT_EQ(bench.host.cycles, connected ? 6 : 3);
+        bench.form.Command6_Click(3);
+        EXPECT_EQ(bench.form.Command6(3).Tag(), connected ? "True" : "");
+        EXPECT_EQ(bench.desktop.messages.size(), connected ? 0U : 4U);
+        bench.form.Command6_Click(0);
+        EXPECT_EQ(bench.Code(), connected ? 13 : -1) << "the flag is there when the wait begins";
     }
 }
 
