@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <map>
 #include <tuple>
 
@@ -17,12 +16,14 @@ const std::string kProgramme = Line(1, "Alfa", "1,2,3") + Line(1, "Alfa", "4,5,6
 const WordRuns kWritten{{256, WordsOf(3, 4)}};
 
 TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
+    constexpr const char* kItalian = "PROGRAMMA|APRI|Leggi Programmazione|CHIUDI";
+    constexpr const char* kEnglish = "PROGRAM|OPEN|CODE READING|CLOSE";
     const std::vector<std::tuple<std::string, std::optional<std::string>, std::string, bool, std::string>>
-        cases{{"", "ITA", "", false, "APRI"},
-              {"c\" d/p.q\"lb", "ita", "c d/p.qlb", true, "OPEN"},
-              {"\"c d/p.qlb\" \"c d/p.qlb\"", "DEU", "c d/p.qlb c d/p.qlb", false, "OPEN"},
-              {"c d/p.qlb", std::nullopt, "c d/p.qlb", true, "OPEN"}};
-    for (const auto& [commandLine, language, path, loaded, openCaption] : cases) {
+        cases{{"", "ITA", "", false, kItalian},
+              {"c\" d/p.q\"lb", "ita", "c d/p.qlb", true, kEnglish},
+              {"\"c d/p.qlb\" \"c d/p.qlb\"", "DEU", "c d/p.qlb c d/p.qlb", false, kEnglish},
+              {"c d/p.qlb", std::nullopt, "c d/p.qlb", true, kEnglish}};
+    for (const auto& [commandLine, language, path, loaded, captions] : cases) {
         SCOPED_TRACE(commandLine);
         Workbench bench;
         FormWeb form({bench.host, bench.desktop, bench.files, bench.clock});
@@ -31,7 +32,9 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
         form.Form_Load(commandLine);
         EXPECT_EQ(form.Label2.Caption(), path);
         EXPECT_EQ(form.Command6(0).Visible(), loaded);
-        EXPECT_EQ(form.Command4.Caption(), openCaption);
+        EXPECT_EQ(form.Command6(0).Caption() + "|" + form.Command4.Caption() + "|" + form.Command2.Caption() +
+                      "|" + form.Command3.Caption(),
+                  captions);
         EXPECT_EQ(form.Place.left, 14400 - 4635);
         EXPECT_EQ(form.Place.top, 8100 - 3352);
         EXPECT_FALSE(form.ProgressBar1.Visible());
@@ -54,18 +57,33 @@ TEST(WayOut, DeletesTheFileNamedLastAndEndsOnce) {
 }
 
 TEST(Open, LoadsOrSaysWhyNot) {
-    for (const auto& [content, text] : {std::pair{Line(2, "Beta", "1"), ""},
-                                        {"1;a;1;;\n1\n", "Riga 2, campo 1: manca."},
-                                        {"", "Il file \u00E8 vuoto."}}) {
-        Workbench bench({}, kProgramme);
-        bench.form.Language = "ITA";
-        bench.files.contents["f.qlb"] = content;
-        bench.desktop.choices = {"f.qlb", std::nullopt};
-        bench.form.Command4_Click();
-        bench.form.Command4_Click();
-        EXPECT_EQ(bench.desktop.messages.size(), *text == '\0' ? 0U : 1U);
-        bench.desktop.messages.resize(1);
-        EXPECT_EQ(bench.desktop.messages[0].substr(0, std::strlen(text)), text);
+    const std::string fields = "manca. Ogni riga deve avere almeno 5 campi separati da punto e virgola.";
+    const std::string needed = "missing. Each line needs at least 5 fields separated by semicolons.";
+    // The file, if there is one, and what is said in Italian and in English.
+    const std::vector<std::tuple<std::optional<std::string>, std::string, std::string>> cases{
+        {Line(2, "Beta", "1"), "", ""},
+        {"1;a;1;;\n1\n", "Riga 2, campo 1: " + fields, "Line 2, field 1: " + needed},
+        {"1;a;1;;\n4;b;1;;\n", "Riga 2, campo 0: il numero della colonna deve essere 1, 2 o 3.",
+         "Line 2, field 0: the column number has to be 1, 2 or 3."},
+        {"", "Il file \u00E8 vuoto.", "The file is empty."},
+        {std::string(32768, '\n'), "Il file ha pi\u00F9 di 32767 righe.",
+         "The file has more than 32767 lines."},
+        {std::nullopt, "Impossibile aprire il file: No such file or directory",
+         "The file could not be opened: No such file or directory"},
+    };
+    for (const auto& [content, italian, english] : cases) {
+        for (const bool isItalian : {true, false}) {
+            Workbench bench({}, kProgramme);
+            bench.form.Language = isItalian ? "ITA" : "ENG";
+            if (content) bench.files.contents["f.qlb"] = *content;
+            bench.desktop.choices = {"f.qlb", std::nullopt};
+            bench.form.Command4_Click();
+            bench.form.Command4_Click();
+            EXPECT_EQ(bench.desktop.dialog, "Seleziona il file da aprire|File VENTO (*.qlb)|VENTO*.qlb|");
+            EXPECT_EQ(bench.desktop.messages.size(), italian.empty() ? 0U : 1U);
+            bench.desktop.messages.resize(1);
+            EXPECT_EQ(bench.desktop.messages[0], isItalian ? italian : english);
+        }
     }
 }
 
@@ -128,14 +146,15 @@ TEST(Operation, TheOtherIndexesSendAFrameOrSetTheFlagIfThereIsATransmitter) {
         Scenario scenario;
         if (!connected) scenario.interfaces.clear();
         Workbench bench(scenario, kProgramme);
-        for (const std::int16_t index : std::array<std::int16_t, 3>{5, 6, 8})
+        for (const std::int16_t index : std::array<std::int16_t, 4>{5, 6, 8, 10})
             bench.form.Command6_Click(index);
         EXPECT_EQ(bench.host.Conversation(),
                   connected ? "19 84 15 2 2 8 4 168 38 75 188 135 0 165 0 14 1 74 1 | 2 82 | 1 81 " : "");
-        EXPECT_EQ(bench.host.cycles, connected ? 6 : 3);
+        EXPECT_EQ(bench.host.cycles, connected ? 7 : 4);
         bench.form.Command6_Click(3);
         EXPECT_EQ(bench.form.Command6(3).Tag(), connected ? "True" : "");
-        EXPECT_EQ(bench.desktop.messages.size(), connected ? 0U : 4U);
+        EXPECT_EQ(bench.desktop.messages,
+                  std::vector<std::string>(connected ? 0 : 5, "Transmitter not connected"));
         bench.form.Command6_Click(0);
         EXPECT_EQ(bench.Code(), connected ? 13 : -1) << "the flag is there when the wait begins";
     }

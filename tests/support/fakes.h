@@ -37,12 +37,14 @@ class FakeDesktop : public platform::Desktop {
     int yields = 0;
     std::vector<std::string> messages;
     std::deque<std::optional<std::string>> choices;  // of the file dialog, in order
+    std::string dialog;                              // title and filter of the latest
     std::optional<std::string> language = "ENG";
     int ends = 0;
 
     void Yield() override { onYield(++yields); }
     void ShowMessage(std::string_view text, std::string_view) override { messages.emplace_back(text); }
-    std::optional<std::string> ChooseFile(std::string_view, std::string_view) override {
+    std::optional<std::string> ChooseFile(std::string_view title, std::string_view filter) override {
+        dialog = std::string(title) + "|" + std::string(filter);
         auto choice = choices.front();
         choices.pop_front();
         return choice;
