@@ -36,7 +36,7 @@ unsigned HUF_isError(std::size_t code);
 namespace bench {
 namespace {
 
-constexpr std::size_t BlockSize = 128 << 10;
+constexpr std::size_t kBlockSize = 128 << 10;
 
 void Need(bool good, const char* who) {
     if (!good) throw std::runtime_error(std::string(who) + " failed");
@@ -61,10 +61,10 @@ class Huff0Codec {
     Huff0Codec(unsigned streams, unsigned symbols) : streams_(streams), symbols_(symbols) {}
 
     void Encode(std::span<const std::uint8_t> source, Bytes& packed) {
-        packed.resize(source.size() + (source.size() / BlockSize + 1) * (sizeof(BlockHead) + 1024));
+        packed.resize(source.size() + (source.size() / kBlockSize + 1) * (sizeof(BlockHead) + 1024));
         std::uint8_t* out = packed.data();
-        for (std::size_t i = 0; i < source.size(); i += BlockSize) {
-            const auto block = source.subspan(i, std::min(BlockSize, source.size() - i));
+        for (std::size_t i = 0; i < source.size(); i += kBlockSize) {
+            const auto block = source.subspan(i, std::min(kBlockSize, source.size() - i));
             const auto compress = streams_ == 1 ? HUF_compress1X_repeat : HUF_compress4X_repeat;
             const std::size_t size =
                 compress(out + sizeof(BlockHead), block.size() + 1024, block.data(), block.size(), 255, 11,

@@ -62,12 +62,12 @@ void clsHuffman::Encode(std::vector<std::uint8_t>& byteArray, const KeyArray* co
 bool clsHuffman::Decode(std::vector<std::uint8_t>& byteArray, KeyArray* codeCript) const {
     NeedLength32(byteArray.size());
     switch (FormOf(byteArray)) {
-        case Form::Foreign:
+        case Form::foreign:
             return true;
-        case Form::Stored:
-            byteArray.erase(byteArray.begin(), byteArray.begin() + FormSize);
+        case Form::stored:
+            byteArray.erase(byteArray.begin(), byteArray.begin() + kFormSize);
             return true;
-        case Form::Coded:
+        case Form::coded:
             break;
     }
     ProgressMeter progress(Progress);

@@ -17,7 +17,7 @@ class OpenNodes {
         weight_[end_] = weight;
         node_[end_] = node;
         ++end_;
-        std::fill_n(&weight_[end_], Stride, Taken);
+        std::fill_n(&weight_[end_], kStride, kTaken);
     }
 
     struct Pair {
@@ -29,40 +29,40 @@ class OpenNodes {
     /// the slots A and B, and each one after that is lighter than the heavier of the two displaces it: A, if
     /// both are equal. A node of equal weight never displaces one.
     Pair TakeLightestPair() {
-        if (taken_ > MostTaken) CloseUp();
+        if (taken_ > kMostTaken) CloseUp();
         std::size_t a = NextOpen(0);
         std::size_t b = NextOpen(a + 1);
-        for (std::size_t i = b + 1; i < end_; i += Stride) {
+        for (std::size_t i = b + 1; i < end_; i += kStride) {
             if (!AnyBelow(i, std::max(weight_[a], weight_[b]))) continue;
-            for (std::size_t k = i; k < i + Stride; ++k) {
+            for (std::size_t k = i; k < i + kStride; ++k) {
                 auto& heavier = weight_[a] < weight_[b] ? b : a;
                 if (weight_[k] < weight_[heavier]) heavier = k;
             }
         }
         const Pair pair{node_[a], node_[b]};
-        weight_[a] = weight_[b] = Taken;
+        weight_[a] = weight_[b] = kTaken;
         taken_ += 2;
         return pair;
     }
 
   private:
     /// Nodes are looked at so many at a time.
-    static constexpr std::size_t Stride = 8;
+    static constexpr std::size_t kStride = 8;
     /// So many places may be empty before the list is closed up.
-    static constexpr std::size_t MostTaken = 32;
+    static constexpr std::size_t kMostTaken = 32;
     /// The weight of an empty place. No node that is compared with another weighs as much: only the root
     /// could.
-    static constexpr std::int32_t Taken = std::numeric_limits<std::int32_t>::max();
+    static constexpr std::int32_t kTaken = std::numeric_limits<std::int32_t>::max();
 
     [[nodiscard]] std::size_t NextOpen(std::size_t i) const {
-        while (weight_[i] == Taken)
+        while (weight_[i] == kTaken)
             ++i;
         return i;
     }
 
     [[nodiscard]] bool AnyBelow(std::size_t first, std::int32_t limit) const {
         std::int32_t differences = 0;
-        for (std::size_t k = 0; k < Stride; ++k)
+        for (std::size_t k = 0; k < kStride; ++k)
             differences |= weight_[first + k] - limit;
         return differences < 0;
     }
@@ -72,14 +72,14 @@ class OpenNodes {
         for (std::size_t i = 0; i < end_; ++i) {
             weight_[kept] = weight_[i];
             node_[kept] = node_[i];
-            kept += weight_[i] != Taken ? 1U : 0U;
+            kept += weight_[i] != kTaken ? 1U : 0U;
         }
         end_ = kept;
         taken_ = 0;
-        std::fill_n(&weight_[end_], Stride, Taken);
+        std::fill_n(&weight_[end_], kStride, kTaken);
     }
 
-    std::array<std::int32_t, 512 + 2 * Stride> weight_;
+    std::array<std::int32_t, 512 + 2 * kStride> weight_;
     std::array<std::int16_t, 512> node_;
     std::size_t end_ = 0;
     std::size_t taken_ = 0;

@@ -44,11 +44,11 @@ std::uint32_t Number(std::span<const std::uint8_t> bytes) {
 }
 
 void CopyKeyBlock(Reader& reader, KeyArray& codeCript) {
-    if (codeCript.size() < KeyBlockRows)
+    if (codeCript.size() < kKeyBlockRows)
         throw RangeError("The key has " + std::to_string(codeCript.size()) + " rows, and needs 12 at least");
-    const auto block = reader.Bytes(KeyBlockSize, "key block");
-    for (std::size_t i = 0; i < KeyBlockSize; ++i)
-        codeCript[i % KeyBlockRows][i / KeyBlockRows] = block[i];
+    const auto block = reader.Bytes(kKeyBlockSize, "key block");
+    for (std::size_t i = 0; i < kKeyBlockSize; ++i)
+        codeCript[i % kKeyBlockRows][i / kKeyBlockRows] = block[i];
 }
 
 /// `sum` without what the key has added to it, if that is the number of a byte.
@@ -107,15 +107,15 @@ unsigned Shortest(const CodeLengths& lengths) {
 }  // namespace
 
 Form FormOf(std::span<const std::uint8_t> container) {
-    if (container.size() < FormSize) {
+    if (container.size() < kFormSize) {
         throw RangeError("The data are " + std::to_string(container.size()) +
                          " bytes long, and need 4 at least");
     }
     const bool ours =
-        container[0] == CodedForm[0] && container[1] == CodedForm[1] && container[3] == CodedForm[3];
-    if (!ours) return Form::Foreign;
-    if (container[2] == StoredForm[2]) return Form::Stored;
-    if (container[2] == CodedForm[2]) return Form::Coded;
+        container[0] == kCodedForm[0] && container[1] == kCodedForm[1] && container[3] == kCodedForm[3];
+    if (!ours) return Form::foreign;
+    if (container[2] == kStoredForm[2]) return Form::stored;
+    if (container[2] == kCodedForm[2]) return Form::coded;
     throw RaisedError(
         "HuffmanDecode()",
         "The data either was not compressed with HE3 or is corrupt (identification string not found)");
@@ -123,7 +123,7 @@ Form FormOf(std::span<const std::uint8_t> container) {
 
 CodedHeader ReadHeader(std::span<const std::uint8_t> container, KeyArray* codeCript) {
     CodedHeader header;
-    Reader reader(container, ChecksumOffset);
+    Reader reader(container, kChecksumOffset);
     header.checksum = reader.Byte("checksum");
     const auto length = static_cast<std::int32_t>(Number(reader.Bytes(4, "source length")));
     if (length == 0) return header;

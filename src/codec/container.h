@@ -17,20 +17,20 @@ namespace vento::codec {
 ///   M  A  3  CR  checksum  source length  table count  symbol table
 ///
 /// A stored container is "M", "A", "0", CR and the source bytes.
-inline constexpr std::size_t FormSize = 4;
-inline constexpr std::size_t ChecksumOffset = 4;
-inline constexpr std::size_t SourceLengthOffset = 5;
-inline constexpr std::size_t TableCountOffset = 9;
-inline constexpr std::size_t TableOffset = 11;
+inline constexpr std::size_t kFormSize = 4;
+inline constexpr std::size_t kChecksumOffset = 4;
+inline constexpr std::size_t kSourceLengthOffset = 5;
+inline constexpr std::size_t kTableCountOffset = 9;
+inline constexpr std::size_t kTableOffset = 11;
 
 /// The key block holds the first column of the first 12 rows of a key, then their second column.
-inline constexpr std::size_t KeyBlockRows = 12;
-inline constexpr std::size_t KeyBlockSize = 2 * KeyBlockRows;
+inline constexpr std::size_t kKeyBlockRows = 12;
+inline constexpr std::size_t kKeyBlockSize = 2 * kKeyBlockRows;
 
-inline constexpr std::array<std::uint8_t, FormSize> StoredForm = {'M', 'A', '0', 13};
-inline constexpr std::array<std::uint8_t, FormSize> CodedForm = {'M', 'A', '3', 13};
+inline constexpr std::array<std::uint8_t, kFormSize> kStoredForm = {'M', 'A', '0', 13};
+inline constexpr std::array<std::uint8_t, kFormSize> kCodedForm = {'M', 'A', '3', 13};
 
-enum class Form { Foreign, Stored, Coded };
+enum class Form { foreign, stored, coded };
 
 /// What `container` is. Throws RangeError if it has fewer than four bytes, RaisedError if it is marked as a
 /// container of some other form.

@@ -55,25 +55,25 @@ class DataReader {
     }
 
     void Run() {
-        if (data_.size() > LeastBytesForBlocks && header_.shortestCode != 0) RunBlocks();
+        if (data_.size() > kLeastBytesForBlocks && header_.shortestCode != 0) RunBlocks();
         Walk();
     }
 
     [[nodiscard]] std::uint8_t Checksum() const { return checksum_; }
 
   private:
-    static constexpr std::size_t LeastBytesForBlocks = 512;
+    static constexpr std::size_t kLeastBytesForBlocks = 512;
     /// How many bits before its segment a lane sets out. It doubles with each block in which one was not in
     /// step.
-    static constexpr std::uint64_t FirstLead = 512;
-    static constexpr std::uint64_t LongestLead = 16384;
+    static constexpr std::uint64_t kFirstLead = 512;
+    static constexpr std::uint64_t kLongestLead = 16384;
 
     enum class Outcome {
-        Accepted,
+        accepted,
         /// The symbols are more than are wanted; they were left alone.
-        TooMany,
+        tooMany,
         /// There is something that is no code, or the data end; where exactly, the walk finds out.
-        Stuck
+        stuck
     };
 
     void RunBlocks();
@@ -98,27 +98,27 @@ class DataReader {
     /// In bits from the start of the data area. Between two codes, but for the walk.
     std::uint64_t position_ = 0;
     std::uint8_t checksum_ = 0;
-    std::uint64_t lead_ = FirstLead;
+    std::uint64_t lead_ = kFirstLead;
 };
 
 void DataReader::RunBlocks() {
     const LaneDecoder decoder(header_, data_);
-    const std::uint64_t limit = 8 * std::uint64_t{data_.size()} - LaneDecoder::Margin;
-    const std::uint64_t longest = LaneDecoder::Room * std::uint64_t{header_.shortestCode};
+    const std::uint64_t limit = 8 * std::uint64_t{data_.size()} - LaneDecoder::kMargin;
+    const std::uint64_t longest = LaneDecoder::kRoom * std::uint64_t{header_.shortestCode};
     std::uint64_t end = limit;
     bool careful = false;
     while (position_ < end) {
         // The first segment is longer by the lead, in which the others are not yet in step.
         const std::uint64_t left = end - position_;
         const std::uint64_t segment =
-            std::min((left - std::min(left, lead_)) / LaneDecoder::Lanes, longest - lead_);
+            std::min((left - std::min(left, lead_)) / LaneDecoder::kLanes, longest - lead_);
         const auto outcome = segment >= 4 * lead_ ? RunBlock(decoder, segment)
                                                   : RunSegment(decoder, position_ + std::min(left, longest));
-        if (outcome == Outcome::Stuck) return;
-        careful = careful || outcome == Outcome::TooMany;
+        if (outcome == Outcome::stuck) return;
+        careful = careful || outcome == Outcome::tooMany;
         // So many bits hold no more symbols than are wanted.
         if (careful) end = std::min(limit, position_ + Wanted() * std::uint64_t{header_.shortestCode});
-        if (careful && end < position_ + FirstLead) return;
+        if (careful && end < position_ + kFirstLead) return;
     }
 }
 
@@ -131,13 +131,13 @@ DataReader::Outcome DataReader::RunSegment(const LaneDecoder& decoder, std::uint
 DataReader::Outcome DataReader::RunBlock(const LaneDecoder& decoder, std::uint64_t segment) {
     const std::uint64_t first = position_;
     const std::uint64_t grain = CommonDivisor(header_);
-    std::array<Lane, LaneDecoder::Lanes> lanes;
+    std::array<Lane, LaneDecoder::kLanes> lanes;
     for (std::size_t i = 0; i < lanes.size(); ++i) {
         const std::uint64_t start = first + i * segment;
         lanes[i] = {start / grain * grain, start + lead_, LaneDecoder::Begin(i)};
     }
     decoder.Run(lanes);
-    std::array<std::uint64_t, LaneDecoder::Lanes> starts = {first};
+    std::array<std::uint64_t, LaneDecoder::kLanes> starts = {first};
     for (std::size_t i = 0; i < lanes.size(); ++i) {
         lanes[i].stop += segment;
         if (i == 0) continue;
@@ -151,21 +151,21 @@ DataReader::Outcome DataReader::RunBlock(const LaneDecoder& decoder, std::uint64
         inStep = inStep && fits;
         const auto outcome =
             fits ? Accept(decoder, lanes[i], LaneDecoder::Begin(i)) : RunSegment(decoder, lanes[i].stop);
-        if (outcome != Outcome::Accepted) return outcome;
+        if (outcome != Outcome::accepted) return outcome;
     }
-    if (!inStep) lead_ = std::min(2 * lead_, LongestLead);
-    return Outcome::Accepted;
+    if (!inStep) lead_ = std::min(2 * lead_, kLongestLead);
+    return Outcome::accepted;
 }
 
 DataReader::Outcome DataReader::Accept(const LaneDecoder& decoder, const Lane& lane, std::size_t begin) {
-    if (lane.position == Lane::Lost) return Outcome::Stuck;
+    if (lane.position == Lane::kLost) return Outcome::stuck;
     const auto symbols = decoder.Symbols(begin, lane.out);
-    if (symbols.size() > Wanted()) return Outcome::TooMany;
+    if (symbols.size() > Wanted()) return Outcome::tooMany;
     decoded_.insert(decoded_.end(), symbols.begin(), symbols.end());
     checksum_ ^= ExclusiveOr(symbols);
     position_ = lane.position;
     Report();
-    return Outcome::Accepted;
+    return Outcome::accepted;
 }
 
 void DataReader::Walk() {

@@ -43,7 +43,7 @@ Elements MakeElements(const SymbolCodes& symbolCode) {
 /// stays in registers.
 struct Sink {
     /// A flush leaves up to 7 bits.
-    static constexpr unsigned MostBitsBetweenFlushes = 56 - 7;
+    static constexpr unsigned kMostBitsBetweenFlushes = 56 - 7;
 
     std::uint8_t* out;
     std::uint64_t bits = 0;
@@ -97,7 +97,7 @@ class PairTable {
         for (; i + 4 <= bytes.size(); i += 4) {
             const Element one = pairs[Load16(bytes.data() + i)];
             const Element two = pairs[Load16(bytes.data() + i + 2)];
-            if (((one | two) & TooLong) != 0) [[unlikely]] {
+            if (((one | two) & kTooLong) != 0) [[unlikely]] {
                 sink = PutBytes<1>(sink, bytes.subspan(i, 4), elements);
                 continue;
             }
@@ -110,13 +110,13 @@ class PairTable {
 
   private:
     /// Two pairs go between two flushes.
-    static constexpr unsigned MostBits = Sink::MostBitsBetweenFlushes / 2;
+    static constexpr unsigned kMostBits = Sink::kMostBitsBetweenFlushes / 2;
     /// In place of the number of bits of a pair that has more.
-    static constexpr Element TooLong = 0x80;
+    static constexpr Element kTooLong = 0x80;
 
     static Element Join(Element first, Element second) {
         const unsigned count = CountOf(first) + CountOf(second);
-        if (first == 0 || count > MostBits) return TooLong;
+        if (first == 0 || count > kMostBits) return kTooLong;
         return MakeElement(CodeOf(first) | CodeOf(second) << CountOf(first), count);
     }
 
@@ -137,11 +137,11 @@ class Writer {
     }
 
     [[nodiscard]] Sink Put(Sink sink, std::span<const std::uint8_t> bytes) const {
-        constexpr unsigned most = Sink::MostBitsBetweenFlushes;
+        constexpr unsigned kMost = Sink::kMostBitsBetweenFlushes;
         if (pairs_) return pairs_->Put(sink, bytes, elements_);
-        if (longest_ <= most / 4) return PutBytes<4>(sink, bytes, elements_);
-        if (longest_ <= most / 3) return PutBytes<3>(sink, bytes, elements_);
-        if (longest_ <= most / 2) return PutBytes<2>(sink, bytes, elements_);
+        if (longest_ <= kMost / 4) return PutBytes<4>(sink, bytes, elements_);
+        if (longest_ <= kMost / 3) return PutBytes<3>(sink, bytes, elements_);
+        if (longest_ <= kMost / 2) return PutBytes<2>(sink, bytes, elements_);
         return PutBytes<1>(sink, bytes, elements_);
     }
 
@@ -151,9 +151,9 @@ class Writer {
     std::optional<PairTable> pairs_;
 };
 
-constexpr std::size_t BlockSize = 1 << 18;
+constexpr std::size_t kBlockSize = 1 << 18;
 /// The codes of so many bytes take eight bytes at least, which is what a flush writes.
-constexpr std::size_t TailSize = 64;
+constexpr std::size_t kTailSize = 64;
 
 }  // namespace
 
@@ -163,15 +163,15 @@ void WriteData(std::span<const std::uint8_t> source, const SymbolCodes& symbolCo
     const Writer writer(elements, source.size());
     ProgressPass pass(progress, 10000, source.size(), 88, 5 + 7);
     Sink sink{data.data()};
-    const std::size_t bodySize = source.size() - std::min(source.size(), TailSize);
+    const std::size_t bodySize = source.size() - std::min(source.size(), kTailSize);
     for (std::size_t done = 0; done < bodySize;) {
-        const auto block = source.subspan(done, std::min(BlockSize, bodySize - done));
+        const auto block = source.subspan(done, std::min(kBlockSize, bodySize - done));
         sink = writer.Put(sink, block);
         done += block.size();
         pass.Until(done);
     }
     // No flush may write beyond the end: the last codes go elsewhere first.
-    std::array<std::uint8_t, TailSize * Sink::MostBitsBetweenFlushes / 8 + 16> tail{};
+    std::array<std::uint8_t, kTailSize * Sink::kMostBitsBetweenFlushes / 8 + 16> tail{};
     const auto written = sink.out - data.data();
     static_cast<void>(PutBytes<1>({tail.data(), sink.bits, sink.count}, source.subspan(bodySize), elements));
     std::copy_n(tail.begin(), std::ssize(data) - written, data.begin() + written);

@@ -21,7 +21,7 @@ Walk Step(const CodeTree& codeTree, Walk walk, bool bit, unsigned bitsWalked) {
     const unsigned count = DecodeTable::CountOf(walk.entry);
     walk.entry = (walk.entry & 0xffffffffffff) | static_cast<DecodeTable::Entry>(symbol) << 8 * count |
                  DecodeTable::Entry{bitsWalked} << 48 | DecodeTable::Entry{count + 1} << 56;
-    walk.node = count + 1 < DecodeTable::MostSymbols ? 0 : -1;
+    walk.node = count + 1 < DecodeTable::kMostSymbols ? 0 : -1;
     return walk;
 }
 
@@ -29,7 +29,7 @@ Walk Step(const CodeTree& codeTree, Walk walk, bool bit, unsigned bitsWalked) {
 
 DecodeTable::DecodeTable(const CodeTree& codeTree, unsigned indexBits)
     : indexBits_(indexBits), entries_(std::size_t{1} << indexBits) {
-    std::array<std::int16_t, std::size_t{1} << MostIndexBits> nodes;
+    std::array<std::int16_t, std::size_t{1} << kMostIndexBits> nodes;
     nodes[0] = 0;
     // Each bit more makes two walks of every walk so far.
     for (unsigned bits = 0; bits < indexBits; ++bits) {

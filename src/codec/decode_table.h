@@ -15,8 +15,8 @@ class DecodeTable {
     /// take; byte 7: how many they are. If there is none, the node that the walk has come to stands in the
     /// lowest 16 bits, -1 for none.
     using Entry = std::uint64_t;
-    static constexpr unsigned MostSymbols = 6;
-    static constexpr unsigned MostIndexBits = 11;
+    static constexpr unsigned kMostSymbols = 6;
+    static constexpr unsigned kMostIndexBits = 11;
 
     /// A table indexed by the next `indexBits` bits, the first of them lowest.
     DecodeTable(const CodeTree& codeTree, unsigned indexBits);

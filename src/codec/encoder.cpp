@@ -14,7 +14,7 @@
 namespace vento::codec {
 namespace {
 
-constexpr std::int64_t MostBits = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t kMostBits = std::numeric_limits<std::int32_t>::max();
 
 SymbolCodes CodesFor(const SymbolCounts& symbolCount) {
     CodeTree codeTree;
@@ -29,7 +29,7 @@ std::int64_t DataBits(const SymbolCounts& symbolCount, const SymbolCodes& symbol
     std::int64_t bits = 0;
     for (std::size_t value = 0; value < symbolCount.size(); ++value)
         bits += std::int64_t{symbolCount[value]} * symbolCode[value].Count;
-    if (bits > MostBits) {
+    if (bits > kMostBits) {
         throw OverflowError("The coded data would be " + std::to_string(bits) +
                             " bits long, and 2147483647 is the most");
     }
@@ -37,12 +37,12 @@ std::int64_t DataBits(const SymbolCounts& symbolCount, const SymbolCodes& symbol
 }
 
 void MakeStored(std::span<const std::uint8_t> source, std::vector<std::uint8_t>& container) {
-    constexpr auto most = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
-    if (source.size() > most - FormSize)
+    constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
+    if (source.size() > kMost - kFormSize)
         throw OverflowError("The container would be longer than 2147483647 bytes");
-    container.resize(FormSize + source.size());
-    std::ranges::copy(StoredForm, container.begin());
-    std::ranges::copy(source, container.begin() + FormSize);
+    container.resize(kFormSize + source.size());
+    std::ranges::copy(kStoredForm, container.begin());
+    std::ranges::copy(source, container.begin() + kFormSize);
 }
 
 void AppendNumber(std::vector<std::uint8_t>& to, std::uint64_t number, std::size_t bytes) {
@@ -66,16 +66,16 @@ std::uint8_t WithKey(std::uint8_t value, const KeyArray& codeCript, std::size_t 
 
 void AppendSymbolTable(std::vector<std::uint8_t>& head, const SymbolCodes& symbolCode,
                        const KeyArray* codeCript) {
-    constexpr std::size_t mostKeyedPairs = 256 - KeyBlockRows;
-    for (std::size_t i = 0; codeCript && i < KeyBlockSize; ++i)
-        head.push_back(WithKey(0, *codeCript, i % KeyBlockRows, i / KeyBlockRows));
+    constexpr std::size_t kMostKeyedPairs = 256 - kKeyBlockRows;
+    for (std::size_t i = 0; codeCript && i < kKeyBlockSize; ++i)
+        head.push_back(WithKey(0, *codeCript, i % kKeyBlockRows, i / kKeyBlockRows));
     std::size_t k = 0;
     for (std::size_t value = 0; value < symbolCode.size(); ++value) {
         std::array pair = {static_cast<std::uint8_t>(value), symbolCode[value].Count};
         if (pair[1] == 0) continue;
         if (codeCript) {
             pair[0] = WithKey(pair[0], *codeCript, k, 0);
-            if (k == mostKeyedPairs) throw RangeError("With a key a container holds at most 244 symbols");
+            if (k == kMostKeyedPairs) throw RangeError("With a key a container holds at kMost 244 symbols");
             pair[1] = WithKey(pair[1], *codeCript, k, 1);
         }
         head.insert(head.end(), pair.begin(), pair.end());
@@ -106,7 +106,7 @@ std::vector<std::uint8_t> Head(std::uint8_t checksum, std::size_t sourceLength, 
     const std::size_t tableCount = static_cast<std::size_t>(symbols) + 2 * keyRows;
     if (tableCount > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max()))
         throw OverflowError("A key of " + std::to_string(keyRows) + " rows is too long for the table count");
-    std::vector<std::uint8_t> head(CodedForm.begin(), CodedForm.end());
+    std::vector<std::uint8_t> head(kCodedForm.begin(), kCodedForm.end());
     head.reserve(2048);
     head.push_back(checksum);
     AppendNumber(head, sourceLength, 4);

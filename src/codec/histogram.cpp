@@ -35,7 +35,7 @@ class Counters {
     std::array<std::array<std::uint32_t, 256>, 4> tables_{};
 };
 
-constexpr std::size_t BlockSize = 1 << 18;
+constexpr std::size_t kBlockSize = 1 << 18;
 
 }  // namespace
 
@@ -43,7 +43,7 @@ SymbolCounts CountSymbols(std::span<const std::uint8_t> source, ProgressMeter& p
     Counters counters;
     ProgressPass pass(progress, 1000, source.size(), 7, 0);
     for (std::size_t done = 0; done < source.size();) {
-        const std::size_t block = std::min(BlockSize, source.size() - done);
+        const std::size_t block = std::min(kBlockSize, source.size() - done);
         counters.Add(source.subspan(done, block));
         done += block;
         pass.Until(done);

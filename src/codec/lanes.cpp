@@ -11,12 +11,12 @@ namespace {
 using Entry = DecodeTable::Entry;
 
 /// So many look-ups use up no more bits than one load of eight bytes holds for certain.
-constexpr unsigned LookUpsPerLoad = 5;
-constexpr std::uint64_t MostBitsPerLoad = std::uint64_t{LookUpsPerLoad} * DecodeTable::MostIndexBits;
-static_assert(MostBitsPerLoad <= 57);
+constexpr unsigned kLookUpsPerLoad = 5;
+constexpr std::uint64_t kMostBitsPerLoad = std::uint64_t{kLookUpsPerLoad} * DecodeTable::kMostIndexBits;
+static_assert(kMostBitsPerLoad <= 57);
 
 /// And so many loads give what the longest code uses up.
-constexpr std::uint64_t LoadsPerCode = 255 / MostBitsPerLoad + 1;
+constexpr std::uint64_t kLoadsPerCode = 255 / kMostBitsPerLoad + 1;
 
 /// The bits from `position` on, 57 of them at least.
 std::uint64_t BitsAt(const std::uint8_t* data, std::uint64_t position) {
@@ -25,7 +25,7 @@ std::uint64_t BitsAt(const std::uint8_t* data, std::uint64_t position) {
 
 /// A table pays only if there is enough to look up in it.
 unsigned IndexBitsFor(std::size_t dataBytes) {
-    return dataBytes > 8192 ? DecodeTable::MostIndexBits : 9;
+    return dataBytes > 8192 ? DecodeTable::kMostIndexBits : 9;
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ LaneDecoder::LaneDecoder(const CodedHeader& header, std::span<const std::uint8_t
     : header_(header),
       data_(data),
       table_(header.codeTree, IndexBitsFor(data.size())),
-      symbols_(std::make_unique_for_overwrite<std::uint8_t[]>(Begin(Lanes))) {}
+      symbols_(std::make_unique_for_overwrite<std::uint8_t[]>(Begin(kLanes))) {}
 
 /// One symbol, from `node` on, to which the bits before the lane's position have led.
 void LaneDecoder::WalkOn(Lane& lane, std::int16_t node) const {
@@ -48,7 +48,7 @@ void LaneDecoder::WalkOn(Lane& lane, std::int16_t node) const {
         const bool bit = (data_[lane.position / 8] >> lane.position % 8 & 1) != 0;
         node = bit ? here.OneChild : here.ZeroChild;
     }
-    lane.position = Lane::Lost;
+    lane.position = Lane::kLost;
 }
 
 /// One symbol, however many the table would give.
@@ -75,7 +75,7 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
         std::uint64_t fewest = ~std::uint64_t{0};
         for (const Lane& lane : lanes) {
             const std::uint64_t left = lane.stop - std::min(lane.position, lane.stop);
-            fewest = std::min(fewest, left / MostBitsPerLoad);
+            fewest = std::min(fewest, left / kMostBitsPerLoad);
         }
         return fewest;
     };
@@ -93,7 +93,7 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
                 bits[lane] >>= static_cast<unsigned>(entry[lane]) & 63U;
                 place[lane] += entry[lane];
             };
-            for (unsigned k = 0; k < LookUpsPerLoad; ++k)
+            for (unsigned k = 0; k < kLookUpsPerLoad; ++k)
                 (lookUp(i), ...);
             ((position[i] += place[i] & 0xff, place[i] &= ~std::uint64_t{0xff}), ...);
             --loads;
@@ -105,7 +105,7 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
                     StepOne(slow);
                     position[lane] = slow.position;
                     place[lane] = std::uint64_t{slow.out} << 8;
-                    loads = slow.position == Lane::Lost ? 0 : loads - std::min(loads, LoadsPerCode);
+                    loads = slow.position == Lane::kLost ? 0 : loads - std::min(loads, kLoadsPerCode);
                 };
                 (goOn(i), ...);
             }
@@ -116,7 +116,7 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
         run(std::make_index_sequence<count>());
 }
 
-void LaneDecoder::Run(std::array<Lane, Lanes>& lanes) const {
+void LaneDecoder::Run(std::array<Lane, kLanes>& lanes) const {
     RunFast(lanes);
     for (Lane& lane : lanes)
         Run(lane);

@@ -8,12 +8,12 @@ namespace vento::codec {
 namespace {
 
 /// The characters of the bytes 0x80 to 0x9F. All others have the number of their byte.
-constexpr std::array<char32_t, 32> HighCharacters = {
+constexpr std::array<char32_t, 32> kHighCharacters = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-constexpr char32_t None = 0xFFFFFFFF;
+constexpr char32_t kNone = 0xFFFFFFFF;
 
 /// The first byte of a sequence says how many follow and which bits of the character it holds itself. The
 /// range of the byte behind it keeps out overlong forms, surrogates and what is above the last character.
@@ -33,18 +33,18 @@ Lead LeadOf(unsigned byte) {
     return {};
 }
 
-/// Takes the first character off `text`, which is not empty. None if it is not UTF-8.
+/// Takes the first character off `text`, which is not empty. kNone if it is not UTF-8.
 char32_t TakeCharacter(std::string_view& text) {
     const auto first = static_cast<unsigned char>(text.front());
     text.remove_prefix(1);
     if (first < 0x80) return first;
     Lead lead = LeadOf(first);
-    if (lead.following == 0) return None;
+    if (lead.following == 0) return kNone;
     char32_t character = first & lead.mask;
     for (; lead.following > 0; --lead.following) {
-        if (text.empty()) return None;
+        if (text.empty()) return kNone;
         const auto next = static_cast<unsigned char>(text.front());
-        if (next < lead.low || next > lead.high) return None;
+        if (next < lead.low || next > lead.high) return kNone;
         text.remove_prefix(1);
         character = character << 6 | (next & 0x3FU);
         lead.low = 0x80;
@@ -56,9 +56,9 @@ char32_t TakeCharacter(std::string_view& text) {
 std::uint8_t ByteOf(char32_t character) {
     if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
         return static_cast<std::uint8_t>(character);
-    const auto* const found = std::ranges::find(HighCharacters, character);
-    if (found == HighCharacters.end()) return '?';
-    return static_cast<std::uint8_t>(0x80 + (found - HighCharacters.begin()));
+    const auto* const found = std::ranges::find(kHighCharacters, character);
+    if (found == kHighCharacters.end()) return '?';
+    return static_cast<std::uint8_t>(0x80 + (found - kHighCharacters.begin()));
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ std::string TextOf(std::span<const std::uint8_t> bytes) {
     std::string text;
     text.reserve(bytes.size() + bytes.size() / 2);
     for (const std::uint8_t byte : bytes) {
-        const char32_t character = byte >= 0x80 && byte < 0xA0 ? HighCharacters[byte - 0x80U] : byte;
+        const char32_t character = byte >= 0x80 && byte < 0xA0 ? kHighCharacters[byte - 0x80U] : byte;
         if (character < 0x80) {
             text.push_back(static_cast<char>(character));
             continue;

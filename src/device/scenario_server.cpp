@@ -160,8 +160,8 @@ void ScenarioServer::BeginFrame(Device& device, std::uint8_t lengthByte) {
     Forget(device);
     device.cycle = ++cycle_;
     device.reports = 0;
-    constexpr std::size_t part = platform::kReportPayload;
-    device.reportsToCome = std::max<std::size_t>((lengthByte + part - 1) / part, 1);
+    constexpr std::size_t kPart = platform::kReportPayload;
+    device.reportsToCome = std::max<std::size_t>((lengthByte + kPart - 1) / kPart, 1);
 }
 
 void ScenarioServer::HandleReport(Device& device, const DeviceEvent& event) {

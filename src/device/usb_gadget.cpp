@@ -200,8 +200,8 @@ void UsbGadget::Build(const Setup& setup) {
     Write(folder_ + "/idVendor", Hexadecimal(setup.identity.vendorId));
     Write(folder_ + "/idProduct", Hexadecimal(setup.identity.productId));
     Write(folder_ + "/bcdUSB", "0x0200");
-    constexpr std::string_view english = "strings/0x409";
-    const std::string strings = folder_ + "/" + std::string(english);
+    constexpr std::string_view kEnglish = "strings/0x409";
+    const std::string strings = folder_ + "/" + std::string(kEnglish);
     MakeFolder(strings);
     Write(strings + "/manufacturer", "VENTO");
     Write(strings + "/product", "VENTO virtual transmitter");
@@ -212,10 +212,10 @@ void UsbGadget::Build(const Setup& setup) {
 
     // The order of the functions is that of the interfaces.
     if (setup.keyboardFirst) AddFunction(folder_, {"hid.keyboard", kKeyboardDescriptor, 8, true});
-    constexpr std::string_view transmitter = "hid.transmitter";
-    AddFunction(folder_, {transmitter, kReportDescriptor, platform::kReportPayload, false});
+    constexpr std::string_view kTransmitter = "hid.transmitter";
+    AddFunction(folder_, {kTransmitter, kReportDescriptor, platform::kReportPayload, false});
     Write(folder_ + "/UDC", controller_);
-    reports_ = OpenNode(folder_ + "/functions/" + std::string(transmitter));
+    reports_ = OpenNode(folder_ + "/functions/" + std::string(kTransmitter));
 }
 
 UsbGadget::~UsbGadget() {

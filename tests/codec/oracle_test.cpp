@@ -15,7 +15,7 @@ namespace {
 /// Data that put the fast ways and their limits to the test.
 using Kind = std::pair<const char*, std::function<std::uint8_t(std::mt19937&, std::size_t)>>;
 
-const std::vector<Kind> kinds = {
+const std::vector<Kind> kKinds = {
     {"two values", [](auto& random, auto) { return random() % 2; }},
     {"codes of four bits, none of which synchronises", [](auto&, auto i) { return i % 16; }},
     {"codes of eight bits", [](auto&, auto i) { return i * 77; }},
@@ -65,7 +65,7 @@ void ExpectTheOracle(const Bytes& source, unsigned damages = 0, const std::optio
 
 TEST(Codec, IsTheOracleOnDataOfAllKindsWithoutAKeyAndWithOne) {
     std::mt19937 random(2);
-    for (const Kind& kind : kinds) {
+    for (const Kind& kind : kKinds) {
         KeyArray key(12 + random() % 300);
         for (auto& row : key)
             row = {std::int64_t(random() % 4), std::int64_t(random() % 4)};

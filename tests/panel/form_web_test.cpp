@@ -228,6 +228,9 @@ TEST(MessageTable, HasTheseTextsAndNothingForOtherCodes) {
         EXPECT_EQ(number, std::to_string(code < 22 ? code : code - 22)) << row;
         EXPECT_EQ(text, texts.contains(row) ? std::string(texts.at(row))
                                             : (row < 26 ? "Errore " : "Error ") + std::to_string(code + 1));
+        if (code < 22) {
+            EXPECT_EQ(TextOf(ResultCode(code), row < 26 ? Language::italian : Language::english), text);
+        }
     }
     for (const int code : {22, 25, 26, 51, 99, 100, 255})
         EXPECT_EQ(TextOf(ResultCode(code), Language::english), "") << code;

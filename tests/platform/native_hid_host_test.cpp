@@ -17,58 +17,58 @@ using namespace std::chrono_literals;
 class NativeReports : public ::testing::Test {
   protected:
     void TearDown() override {
-        host_->Close(node_.host);
-        host_->Close(node_.device);
+        host->Close(node.host);
+        host->Close(node.device);
     }
 
-    [[nodiscard]] bool Read() { return host_->ReadReport(node_.host, report_); }
-    [[nodiscard]] bool Write() { return host_->WriteReport(node_.host, report_); }
+    [[nodiscard]] bool Read() { return host->ReadReport(node.host, report); }
+    [[nodiscard]] bool Write() { return host->WriteReport(node.host, report); }
 
-    std::unique_ptr<HidHost> host_ = MakeNativeHidHost();
-    std::unique_ptr<Clock> clock_ = MakeNativeClock();
-    test::NativeNode node_ = test::MakeNativeNode();
-    Report report_{7, 8, 9};
+    std::unique_ptr<HidHost> host = MakeNativeHidHost();
+    std::unique_ptr<Clock> clock = MakeNativeClock();
+    test::NativeNode node = test::MakeNativeNode();
+    Report report{7, 8, 9};
 };
 
 TEST_F(NativeReports, GoOverWholeOrNotAtAll) {
     for (const std::size_t count : {1U, 63U}) {
-        ASSERT_TRUE(test::Send(node_, count));
+        ASSERT_TRUE(test::Send(node, count));
         EXPECT_FALSE(Read()) << count;
-        EXPECT_EQ(report_, (Report{7, 8, 9}));
+        EXPECT_EQ(report, (Report{7, 8, 9}));
     }
     ASSERT_TRUE(Write());
-    EXPECT_TRUE(std::ranges::equal(test::Receive(node_), report_)) << "sixty-five bytes in one";
-    ASSERT_TRUE(test::Send(node_, 64));
+    EXPECT_TRUE(std::ranges::equal(test::Receive(node), report)) << "sixty-five bytes in one";
+    ASSERT_TRUE(test::Send(node, 64));
     ASSERT_TRUE(Read()) << "nothing is left of the ones before";
     Report whole;
     whole.fill(0xA5);
     whole[0] = 0;
-    EXPECT_EQ(report_, whole);
+    EXPECT_EQ(report, whole);
 }
 
 TEST_F(NativeReports, AreStillReadWhenTheDeviceHasGoneBehindThem) {
-    ASSERT_TRUE(test::Send(node_, 64));
-    host_->Close(std::exchange(node_.device, -1));
-    const auto start = clock_->Now();
+    ASSERT_TRUE(test::Send(node, 64));
+    host->Close(std::exchange(node.device, -1));
+    const auto start = clock->Now();
     EXPECT_TRUE(Read());
     EXPECT_FALSE(Read());
     EXPECT_FALSE(Write());
-    EXPECT_LT(clock_->Now() - start, 900ms) << "nobody waits for a device that has gone";
+    EXPECT_LT(clock->Now() - start, 900ms) << "nobody waits for a device that has gone";
 }
 
 TEST_F(NativeReports, AreGivenOneSecondAndTheNextOneIsNotLost) {
-    auto start = clock_->Now();
+    auto start = clock->Now();
     EXPECT_FALSE(Read());
-    EXPECT_GE(clock_->Now() - start, 990ms);
-    EXPECT_LT(clock_->Now() - start, 3s);
-    ASSERT_TRUE(test::Send(node_, 64));
+    EXPECT_GE(clock->Now() - start, 990ms);
+    EXPECT_LT(clock->Now() - start, 3s);
+    ASSERT_TRUE(test::Send(node, 64));
     EXPECT_TRUE(Read()) << "an earlier read has taken it";
     do {
-        start = clock_->Now();
+        start = clock->Now();
     } while (Write());  // until there is no room any more
-    EXPECT_GE(clock_->Now() - start, 990ms);
-    EXPECT_LT(clock_->Now() - start, 3s);
-    EXPECT_TRUE(std::ranges::equal(test::Receive(node_), report_));
+    EXPECT_GE(clock->Now() - start, 990ms);
+    EXPECT_LT(clock->Now() - start, 3s);
+    EXPECT_TRUE(std::ranges::equal(test::Receive(node), report));
     EXPECT_TRUE(Write());
 }
 

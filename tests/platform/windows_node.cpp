@@ -13,10 +13,10 @@ NativeNode MakeNativeNode() {
     static int made = 0;
     const std::string name =
         R"(\\.\pipe\vento-)" + std::to_string(::GetCurrentProcessId()) + "-" + std::to_string(++made);
-    constexpr DWORD room = 1024;
+    constexpr DWORD kRoom = 1024;
     HANDLE const device =
         ::CreateNamedPipeA(name.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1,
-                           room, room, 0, nullptr);
+                           kRoom, kRoom, 0, nullptr);
     HANDLE const host = ::CreateFileA(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_OVERLAPPED, nullptr);
     DWORD mode = PIPE_READMODE_MESSAGE;

@@ -40,9 +40,9 @@ std::wstring DroppedPath(HDROP drop) {
 }
 
 bool IsProgrammeFile(const std::wstring& path) {
-    constexpr std::wstring_view extension = L".qlb";
-    return path.size() > extension.size() &&
-           ::CompareStringOrdinal(path.c_str() + path.size() - extension.size(), -1, extension.data(), -1,
+    constexpr std::wstring_view kExtension = L".qlb";
+    return path.size() > kExtension.size() &&
+           ::CompareStringOrdinal(path.c_str() + path.size() - kExtension.size(), -1, kExtension.data(), -1,
                                   TRUE) == CSTR_EQUAL;
 }
 

@@ -85,7 +85,7 @@ void DrawShapes(const Picture& picture) {
 
 void Shrink(const Picture& fine, const Picture& picture) {
     const auto width = static_cast<std::size_t>(picture.size.cx);
-    constexpr auto fineness = static_cast<std::size_t>(kFineness);
+    const auto fineness = static_cast<std::size_t>(kFineness);
     for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
         const std::size_t colour = i % 4;
         const std::size_t left = i / 4 % width * fineness;

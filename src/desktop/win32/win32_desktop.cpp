@@ -71,9 +71,9 @@ void Win32Desktop::ShowMessage(std::string_view text, std::string_view detail) {
 }
 
 std::optional<std::string> Win32Desktop::ChooseFile(std::string_view title, std::string_view filter) {
-    constexpr std::size_t longestPath = 32768;
+    constexpr std::size_t kLongestPath = 32768;
     std::wstring path = latestFile_;
-    path.resize(longestPath);
+    path.resize(kLongestPath);
     const std::wstring wideTitle = platform::Wide(title);
     const std::wstring filters = NameFilters(filter);
     OPENFILENAMEW dialog{};

@@ -24,9 +24,9 @@ std::optional<Number> ParseWhole(std::string_view digits, int base) {
 }
 
 void AddNumber(std::string_view name, HidrawNumbers& numbers) {
-    constexpr std::string_view prefix = "hidraw";
-    if (!name.starts_with(prefix)) return;
-    const auto number = ParseWhole<std::size_t>(name.substr(prefix.size()), 10);
+    constexpr std::string_view kPrefix = "hidraw";
+    if (!name.starts_with(kPrefix)) return;
+    const auto number = ParseWhole<std::size_t>(name.substr(kPrefix.size()), 10);
     if (number && *number < numbers.size()) numbers.set(*number);
 }
 
@@ -49,14 +49,14 @@ void ListHidraw(const char* folder, HidrawNumbers& numbers) {
 }
 
 std::optional<HidIdentity> IdentityInPath(std::string_view path) {
-    constexpr std::size_t ids = 5;        // "BUS0:" stands before them
-    constexpr std::size_t instance = 14;  // "BUS0:VEND:PROD" stands before it
+    constexpr std::size_t kIds = 5;        // "BUS0:" stands before them
+    constexpr std::size_t kInstance = 14;  // "BUS0:VEND:PROD" stands before it
     const std::string_view name = path.substr(path.find_last_of('/') + 1);
-    if (name.size() <= instance || name[4] != ':' || name[9] != ':' || name[instance] != '.') {
+    if (name.size() <= kInstance || name[4] != ':' || name[9] != ':' || name[kInstance] != '.') {
         return std::nullopt;
     }
-    const auto vendorId = ParseWhole<std::uint16_t>(name.substr(ids, 4), 16);
-    const auto productId = ParseWhole<std::uint16_t>(name.substr(ids + 5, 4), 16);
+    const auto vendorId = ParseWhole<std::uint16_t>(name.substr(kIds, 4), 16);
+    const auto productId = ParseWhole<std::uint16_t>(name.substr(kIds + 5, 4), 16);
     if (!vendorId || !productId) return std::nullopt;
     return HidIdentity{*vendorId, *productId};
 }

@@ -17,12 +17,12 @@ bool SameName(std::string_view one, std::string_view other) {
 
 /// Takes the first line off `text`, without its line end and the blanks around it.
 std::string_view TakeLine(std::string_view& text) {
-    constexpr std::string_view blanks = " \t\r";
+    constexpr std::string_view kBlanks = " \t\r";
     const std::size_t end = std::min(text.find('\n'), text.size());
     std::string_view line = text.substr(0, end);
     text.remove_prefix(std::min(end + 1, text.size()));
-    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
-    return line.substr(0, line.find_last_not_of(blanks) + 1);
+    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+    return line.substr(0, line.find_last_not_of(kBlanks) + 1);
 }
 
 /// Leaves in `text` what follows the section's head.

@@ -20,9 +20,9 @@ OwnedHandle Open(const std::string& path, DWORD access, DWORD flags) {
         ::SetLastError(ERROR_INVALID_NAME);
         return {};
     }
-    constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     return OwnedHandle(
-        ::CreateFileW(Wide(path).c_str(), access, shareAll, nullptr, OPEN_EXISTING, flags, nullptr));
+        ::CreateFileW(Wide(path).c_str(), access, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr));
 }
 
 /// Whether it is a file and neither a folder nor a link to somewhere else. Files that are stored elsewhere,
