@@ -62,7 +62,9 @@ TEST(Texts, AreCodedCharacterByCharacterAndLoseWhatIsNone) {
     std::iota(all.begin(), all.end(), std::uint8_t{0});
     EXPECT_EQ(BytesOf(TextOf(all)), all);
     const std::vector<std::pair<std::string, std::vector<std::uint8_t>>> cases = {
-        {"\u20AC\u0178\u0081\u00FF", {0x80, 0x9F, 0x81, 0xFF}},
+        {"\x7F€\u0081‚ƒ„…†‡ˆ‰Š‹Œ\u008DŽ\u008F"
+         "\u0090‘’“”•–—˜™š›œ\u009DžŸ\u00A0",
+         {all.begin() + 0x7F, all.begin() + 0xA1}},
         {"\u0080\u0100\u65E5\U0001F600", {'?', '?', '?', '?'}},
         {"\xE2\x82z\xC0\x80\xED\xA0\x80\xFF\xC3", {'?', 'z', '?', '?', '?', '?', '?', '?', '?'}}};
     for (const auto& [text, bytes] : cases)
