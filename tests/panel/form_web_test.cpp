@@ -153,11 +153,23 @@ TEST(Operation, TheOtherIndexesSendAFrameOrSetTheFlagIfThereIsATransmitter) {
         EXPECT_EQ(bench.host.cycles, connected ? 7 : 4);
         bench.form.Command6_Click(3);
         EXPECT_EQ(bench.form.Command6(3).Tag(), connected ? "True" : "");
+        EXPECT_EQ(bench.form.Command6(10).Tag(), "");
         EXPECT_EQ(bench.desktop.messages,
                   std::vector<std::string>(connected ? 0 : 5, "Transmitter not connected"));
         bench.form.Command6_Click(0);
         EXPECT_EQ(bench.Code(), connected ? 13 : -1) << "the flag is there when the wait begins";
     }
+}
+
+TEST(Operation, OfAFormThatIsNotActiveShowsNoNumberAndNothingThatWasRead) {
+    Workbench bench({}, kProgramme);
+    bench.desktop.activeForm = "";
+    bench.form.Command6_Click(0);
+    EXPECT_EQ(bench.form.Label1.Caption(), "Operation succesfully completed");
+    bench.form.Command2_Click();
+    EXPECT_EQ(bench.Code(), 0);
+    EXPECT_EQ(bench.form.Label1.Caption(), "");
+    EXPECT_EQ(bench.form.Text1.Text(), "Text1");
 }
 
 TEST(Operation, ClosingAtAnyYieldEndsTheProgramThereAndThen) {

@@ -39,6 +39,7 @@ class FakeDesktop : public platform::Desktop {
     std::deque<std::optional<std::string>> choices;  // of the file dialog, in order
     std::string dialog;                              // title and filter of the latest
     std::optional<std::string> language = "ENG";
+    std::string activeForm = "FormWeb";
     int ends = 0;
 
     void Yield() override { onYield(++yields); }
@@ -49,7 +50,7 @@ class FakeDesktop : public platform::Desktop {
         choices.pop_front();
         return choice;
     }
-    std::string ActiveFormName() const override { return "FormWeb"; }
+    std::string ActiveFormName() const override { return activeForm; }
     platform::TwipSize ScreenSize() const override { return {28801, 16201}; }
     std::optional<std::string> LanguageAbbreviation() override { return language; }
     void EndProgram() override { ++ends; }

@@ -21,8 +21,13 @@ Bytes Counting(std::size_t size) {
 }
 
 Exchange Take(ScriptedHidHost& host, const Bytes& frame, bool wantReply, std::span<std::uint8_t> reply) {
-    std::int32_t id = 0;
-    return ExchangeReports(host, id, id, frame, wantReply, reply);
+    std::int32_t vendorId = 0;
+    std::int32_t productId = 0;
+    const Exchange exchange = ExchangeReports(host, vendorId, productId, frame, wantReply, reply);
+    const HidIdentity found = host.interfaces.empty() ? HidIdentity{} : host.interfaces.front().identity;
+    EXPECT_EQ(vendorId, found.vendorId);
+    EXPECT_EQ(productId, found.productId);
+    return exchange;
 }
 
 TEST(ReportExchange, CutsFramesIntoReportsAndLeavesTheStaleTail) {
@@ -69,6 +74,13 @@ TEST(ReportExchange, FailuresEndItAndLeaveZeros) {
             expected[i] = static_cast<std::uint8_t>(1 + i % 64);
         EXPECT_EQ(reply, expected);
     }
+}
+
+TEST(ReportExchange, WithoutATransmitterNothingIsWritten) {
+    ScriptedHidHost host;
+    host.interfaces.clear();
+    const Exchange exchange = Take(host, Counting(7), false, {});
+    EXPECT_FALSE(exchange.transmitterFound || exchange.written || exchange.reportsRead > 0);
 }
 
 TEST(TransmitterSearch, TakesTheFirstThatOpensAndSaysWhatWasInTheWay) {
