@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "protocol/code_lists.h"
+#include "protocol/frame.h"
 #include "protocol/link_timing.h"
 #include "support/fakes.h"
 
@@ -57,6 +58,17 @@ TEST(Commands, TheActivationByteNamesTheFirstSectionInUse) {
     for (const auto& [state, expected] : std::vector<std::pair<int, int>>{
              {0x00, 0x00}, {0xE0, 0xE0}, {0x1F, 0x11}, {0xB0, 0xB2}, {0x70, 1}, {0xFF, 1}}) {
         EXPECT_EQ(ActivationByte(static_cast<std::uint8_t>(state)), expected) << state;
+    }
+}
+
+TEST(Frames, ForTheRemoteHoldUpTo249Bytes) {
+    for (const std::size_t size : {1U, 249U}) {
+        const Bytes sent(size, 9);
+        Bytes expected{static_cast<std::uint8_t>(size + 6), 85, 0x34, 0x12, static_cast<std::uint8_t>(size)};
+        expected.insert(expected.end(), sent.begin(), sent.end());
+        expected.push_back(7);
+        const Frame frame = BuildRemoteFrame(0x1234, sent, 7);
+        EXPECT_TRUE(std::ranges::equal(frame.Bytes(), expected)) << size;
     }
 }
 
