@@ -64,9 +64,10 @@ TEST(Commands, TheActivationByteNamesTheFirstSectionInUse) {
 TEST(Frames, ForTheRemoteHoldUpTo249Bytes) {
     for (const std::size_t size : {1U, 249U}) {
         const Bytes sent(size, 9);
-        Bytes expected{static_cast<std::uint8_t>(size + 6), 85, 0x34, 0x12, static_cast<std::uint8_t>(size)};
-        expected.insert(expected.end(), sent.begin(), sent.end());
-        expected.push_back(7);
+        Bytes expected(size + 6, 9);
+        std::ranges::copy(Bytes{std::uint8_t(size + 6), 85, 0x34, 0x12, std::uint8_t(size)},
+                          expected.begin());
+        expected.back() = 7;
         const Frame frame = BuildRemoteFrame(0x1234, sent, 7);
         EXPECT_TRUE(std::ranges::equal(frame.Bytes(), expected)) << size;
     }
