@@ -7,6 +7,7 @@
 #include "protocol/code_lists.h"
 #include "protocol/frame.h"
 #include "protocol/link_timing.h"
+#include "protocol/read_back.h"
 #include "support/fakes.h"
 
 namespace vento {
@@ -59,6 +60,12 @@ TEST(Commands, TheActivationByteNamesTheFirstSectionInUse) {
              {0x00, 0x00}, {0xE0, 0xE0}, {0x1F, 0x11}, {0xB0, 0xB2}, {0x70, 1}, {0xFF, 1}}) {
         EXPECT_EQ(ActivationByte(static_cast<std::uint8_t>(state)), expected) << state;
     }
+}
+
+TEST(RemoteVersions, AreTwoTwoAndFourBits) {
+    const RemoteVersion version = SplitVersion(0b10'01'0110);
+    EXPECT_EQ(std::tuple(version.VersionMajor, version.VersionMinor, version.VersionBuild),
+              std::tuple(2, 1, 6));
 }
 
 TEST(Frames, ForTheRemoteHoldUpTo249Bytes) {
