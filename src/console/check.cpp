@@ -1,4 +1,4 @@
-#include <CLI/CLI.hpp>
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -39,9 +39,8 @@ struct Problem {
     std::string reason;
 };
 
-void Declare(CLI::App& command, Options& options) {
-    command.add_option("FILE", options.file, "The programme file")->required();
-}
+constexpr std::array kArguments{
+    ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
 
 std::string ColumnName(std::size_t column) {
     return std::string(TrimBlanks(kSections[column].SectionLabel));
@@ -144,7 +143,7 @@ void Run(const Console& console, Answer& answer) {
     FormWeb form(machine.ForPanel());
     form.Form_Load("");
     answer.fields["columns"] = ColumnFields(form);
-    const LoadResult load = form.Aprifilevento(console.options.file);
+    const LoadResult load = form.Aprifilevento(console.options.Argument(0));
     const std::vector<CheckedList> lists = ListsOf(form, load);
     const auto problem = ProblemOf(load, lists, form.PanelLanguage());
     answer.fields["loads"] = !load.problem;
@@ -165,6 +164,12 @@ void Run(const Console& console, Answer& answer) {
 }  // namespace
 
 constinit const CommandEntry kCheckCommand{
-    "check", "Say what a programme file holds, or what is wrong with it", Declare, Run};
+    "check",
+    {"Dice che cosa contiene un file di programmazione, o che cosa non va",
+     "Say what a programme file holds, or what is wrong with it"},
+    kArguments,
+    {},
+    {},
+    Run};
 
 }  // namespace vento::console

@@ -1,4 +1,4 @@
-#include <CLI/CLI.hpp>
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -19,26 +19,29 @@ namespace {
 
 using simulator::Replacement;
 
-CLI::Option* DeclareDest(CLI::App& command, Options& options, const char* summary) {
-    return command.add_option("DEST", options.dest, summary)->type_name("");
-}
+constexpr std::array kEncodeArguments{
+    ArgumentEntry{{"SRC", "SRC"}, {"Il file da comprimere", "The file to encode"}},
+    ArgumentEntry{{"DEST", "DEST"},
+                  {"Il contenitore; può essere SRC stesso", "The container; it may be SRC itself"}},
+};
+constexpr std::array kDecodeArguments{
+    ArgumentEntry{{"SRC", "SRC"}, {"Il contenitore", "The container"}},
+    ArgumentEntry{{"DEST", "DEST"},
+                  {"Ciò che vi era dentro; può essere SRC stesso. Senza DEST SRC viene solo controllato",
+                   "What was in it; it may be SRC itself. Without it SRC is only checked"},
+                  false},
+};
 
-void DeclareKey(CLI::App& command, Options& options) {
-    command.add_option("--key", options.key, "The key, a JSON list of rows of two numbers")
-        ->type_name("FILE");
-}
-
-void DeclareEncode(CLI::App& command, Options& options) {
-    command.add_option("SRC", options.file, "The file to encode")->required()->type_name("");
-    DeclareDest(command, options, "The container; it may be SRC itself")->required();
-    DeclareKey(command, options);
-}
-
-void DeclareDecode(CLI::App& command, Options& options) {
-    command.add_option("SRC", options.file, "The container")->required()->type_name("");
-    DeclareDest(command, options, "What was in it; it may be SRC itself. Without it SRC is only checked");
-    DeclareKey(command, options);
-}
+constexpr std::array kOptions{OptionEntry{
+    "key",
+    '\0',
+    OptionEntry::Value::required,
+    {"FILE", "FILE"},
+    {"La chiave, una lista JSON di righe di due numeri", "The key, a JSON list of rows of two numbers"},
+    [](Options& options, std::string_view value) {
+        options.key = value;
+        return true;
+    }}};
 
 // With a key the bytes of the file are a text.
 std::vector<std::uint8_t> CodeText(const std::string& file,
@@ -57,26 +60,25 @@ std::string Counts(const Answer& answer, const Phrase& between, Language languag
 void RunEncode(const Console& console, Answer& answer) {
     const Options& options = console.options;
     RunCodec(console, answer, [&](const CodecTools& tools) {
-        Replacement dest(simulator::PathFromUtf8(options.dest.value_or("")));
+        Replacement dest(simulator::PathFromUtf8(options.Argument(1)));
         if (tools.key != nullptr) {
             const auto encode = [&](const std::string& text) {
                 return tools.codec.EncodeString(text, tools.key);
             };
-            codec::ReplaceFile(dest.Fresh(), CodeText(options.file, encode));
+            codec::ReplaceFile(dest.Fresh(), CodeText(options.Argument(0), encode));
         } else {
-            tools.codec.EncodeFile(options.file, simulator::Utf8(dest.Fresh()));
+            tools.codec.EncodeFile(options.Argument(0), simulator::Utf8(dest.Fresh()));
         }
         const auto size = std::filesystem::file_size(dest.Fresh());
         dest.TakePlace();
         answer.fields["bytesOut"] = size;
     });
-    answer.text =
-        Counts(answer, {" byte codificati in ", " bytes encoded in "}, ChosenLanguage(options)) + "\n";
+    answer.text = Counts(answer, {" byte codificati in ", " bytes encoded in "}, console.language) + "\n";
 }
 
 void Save(const Options& options, const std::vector<std::uint8_t>& bytes) {
-    if (!options.dest) return;
-    Replacement dest(simulator::PathFromUtf8(*options.dest));
+    if (options.arguments.size() < 2) return;
+    Replacement dest(simulator::PathFromUtf8(options.Argument(1)));
     codec::ReplaceFile(dest.Fresh(), bytes);
     dest.TakePlace();
 }
@@ -90,15 +92,15 @@ void RunDecode(const Console& console, Answer& answer) {
             const auto decode = [&](const std::string& text) {
                 return tools.codec.DecodeString(text, tools.key);
             };
-            bytes = CodeText(options.file, decode);
+            bytes = CodeText(options.Argument(0), decode);
         } else {
-            uncoded = tools.codec.DecodeFile(options.file, bytes);
+            uncoded = tools.codec.DecodeFile(options.Argument(0), bytes);
         }
         Save(options, bytes);
         if (tools.key == nullptr) answer.fields["result"] = uncoded;
         answer.fields["bytesOut"] = bytes.size();
     });
-    const Language language = ChosenLanguage(options);
+    const Language language = console.language;
     answer.text = Counts(answer, {" byte decodificati in ", " bytes decoded to "}, language);
     if (uncoded) answer.text += Phrase{", non erano compressi", ", they were not compressed"}.In(language);
     answer.text += "\n";
@@ -106,9 +108,20 @@ void RunDecode(const Console& console, Answer& answer) {
 
 }  // namespace
 
-constinit const CommandEntry kEncodeCommand{"encode", "Compress a file into an HE3 container", DeclareEncode,
-                                            RunEncode};
+constinit const CommandEntry kEncodeCommand{
+    "encode",
+    {"Comprime un file in un contenitore HE3", "Compress a file into an HE3 container"},
+    kEncodeArguments,
+    kOptions,
+    {},
+    RunEncode};
 constinit const CommandEntry kDecodeCommand{
-    "decode", "Take a file out of its HE3 container, or check the container", DeclareDecode, RunDecode};
+    "decode",
+    {"Estrae un file dal suo contenitore HE3, o controlla il contenitore",
+     "Take a file out of its HE3 container, or check the container"},
+    kDecodeArguments,
+    kOptions,
+    {},
+    RunDecode};
 
 }  // namespace vento::console

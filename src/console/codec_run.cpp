@@ -7,7 +7,6 @@
 
 #include "console/codec_key.h"
 #include "console/failure.h"
-#include "console/interruption.h"
 #include "console/notices.h"
 #include "simulator/text_file.h"
 
@@ -16,8 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::ordered_json;
-
-constexpr int kInterrupted = 130;
 
 std::optional<std::uintmax_t> SizeOf(const fs::path& file) {
     std::error_code unknown;
@@ -73,7 +70,7 @@ void Guard(const fs::path& source, const std::string& name, ordered_json& error,
 }  // namespace
 
 void RunCodec(const Console& console, Answer& answer, const std::function<void(const CodecTools&)>& work) {
-    const fs::path source = simulator::PathFromUtf8(console.options.file);
+    const fs::path source = simulator::PathFromUtf8(console.options.Argument(0));
     answer.fields = BlankFields(source);
     std::optional<codec::KeyArray> key;
     if (console.options.key) key = ReadKey(*console.options.key);
@@ -89,7 +86,7 @@ void RunCodec(const Console& console, Answer& answer, const std::function<void(c
         if (key) answer.fields["key"] = KeyFields(*key);
     };
     try {
-        Guard(source, console.options.file, answer.fields["error"], [&] {
+        Guard(source, console.options.Argument(0), answer.fields["error"], [&] {
             work({codec, key ? &*key : nullptr});
         });
     } catch (...) {

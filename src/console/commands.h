@@ -1,15 +1,14 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "console/options.h"
-
-namespace CLI {
-class App;
-}
+#include "text/language.h"
 
 namespace vento::platform {
 class Terminal;
@@ -24,6 +23,7 @@ struct Console {
     const Options& options;
     const platform::Terminal& terminal;
     Notices& notices;
+    Language language;
 };
 
 /// What a command comes to. It is filled while the command runs, and what is in it holds if the command fails
@@ -37,17 +37,45 @@ struct Answer {
     nlohmann::ordered_json fields = nlohmann::ordered_json::object();
 
     void Diagnose(std::string_view sentence) {
-        if (!diagnostic.empty()) diagnostic += ' ';
+        if (!diagnostic.empty() && !sentence.empty()) diagnostic += ' ';
         diagnostic += sentence;
     }
 };
 
-/// A command of the program. Each has a file of its own, named after it.
+/// An option of the command line. One that several commands have takes a value in all of them or in none.
+struct OptionEntry {
+    enum class Value : std::uint8_t { none, required, behindEquals };
+    std::string_view name;  ///< without the dashes
+    char letter = '\0';     ///< its short form, or NUL
+    Value value = Value::none;
+    Phrase valueName;
+    Phrase summary;
+    /// Notes the value in the options; false if it is not one that the option takes.
+    bool (*take)(Options& options, std::string_view value);
+    std::string_view choices = {};  ///< the values, parted by blanks; empty where it is any
+};
+
+/// What stands behind a command.
+struct ArgumentEntry {
+    Phrase name;
+    Phrase summary;
+    bool required = true;
+    bool repeats = false;           ///< any number of it, which the last argument alone may have
+    std::string_view choices = {};  ///< as with OptionEntry
+};
+
+struct Example {
+    std::string_view line;  ///< without the program's name
+    Phrase meaning;
+};
+
+/// A command of the program.
 struct CommandEntry {
     std::string_view name;
-    std::string_view summary;
-    /// Declares the arguments and options that the command alone has.
-    void (*declare)(CLI::App& command, Options& options);
+    Phrase summary;
+    std::span<const ArgumentEntry> arguments;
+    std::span<const OptionEntry> options;
+    std::span<const Example> examples;
     /// Throws Failure, EndedAtOnce, and whatever is unforeseen.
     void (*run)(const Console& console, Answer& answer);
 };
@@ -58,9 +86,17 @@ extern const CommandEntry kCheckCommand;
 extern const CommandEntry kDevicesCommand;
 extern const CommandEntry kEncodeCommand;
 extern const CommandEntry kDecodeCommand;
+extern const CommandEntry kHelpCommand;
+extern const CommandEntry kVersionCommand;
 
 /// All commands, in the order in which the help names them.
-inline constexpr std::array kCommands{&kProgramCommand, &kReadCommand,   &kCheckCommand,
-                                      &kDevicesCommand, &kEncodeCommand, &kDecodeCommand};
+inline constexpr std::array kCommands{&kProgramCommand, &kReadCommand,   &kCheckCommand, &kDevicesCommand,
+                                      &kEncodeCommand,  &kDecodeCommand, &kHelpCommand,  &kVersionCommand};
+
+/// The options that every command has.
+[[nodiscard]] std::span<const OptionEntry> CommonOptions();
+
+/// The command of this name; null if there is none.
+[[nodiscard]] const CommandEntry* FindCommand(std::string_view name);
 
 }  // namespace vento::console

@@ -4,7 +4,6 @@
 #include <system_error>
 
 #include "console/failure.h"
-#include "panel/message_table.h"
 #include "platform/native.h"
 #include "simulator/image.h"
 #include "simulator/scenario.h"
@@ -22,7 +21,9 @@ simulator::Scenario ScenarioFor(const std::string& path) {
 void RequireOther(const std::string& trace, const std::filesystem::path& input) {
     std::error_code noSuchFile;
     if (std::filesystem::equivalent(simulator::PathFromUtf8(trace), input, noSuchFile)) {
-        throw Failure(kWrongUsage, "The trace would overwrite " + simulator::Utf8(input) + ".");
+        throw Failure(kWrongUsage,
+                      Fill({"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."},
+                           {simulator::Utf8(input)}));
     }
 }
 
@@ -42,16 +43,30 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
 
 std::optional<Trace> MakeTrace(const Options& options) {
     if (!options.trace) return std::nullopt;
-    RequireOther(*options.trace, simulator::PathFromUtf8(options.file));
+    for (const std::string& argument : options.arguments)
+        RequireOther(*options.trace, simulator::PathFromUtf8(argument));
     if (options.simulate) RequireOther(*options.trace, simulator::PathFromUtf8(*options.simulate));
     return std::optional<Trace>(std::in_place, *options.trace);
 }
 
 }  // namespace
 
-Language ChosenLanguage(const Options& options) {
-    if (options.language) return *options.language;
-    return LanguageFromAbbreviation(platform::NativeLanguageAbbreviation().value_or(""));
+void ConsoleDesktop::Yield() {
+    EndIfDemanded(terminal_);
+    const int interrupts = terminal_.Interrupts();
+    if (interrupts == interruptsHandled_) return;
+    interruptsHandled_ = interrupts;
+    if (onInterrupt_) onInterrupt_();
+}
+
+void ConsoleDesktop::ShowMessage(std::string_view text, std::string_view detail) {
+    latestMessage_ = text;
+    latestDetail_ = detail;
+    notices_.Error(text, detail);
+}
+
+std::optional<std::string> ConsoleDesktop::LanguageAbbreviation() {
+    return language_ == Language::italian ? "ITA" : "ENG";
 }
 
 ConsoleMachine::ConsoleMachine(const Console& console)
@@ -62,7 +77,7 @@ ConsoleMachine::ConsoleMachine(const Console& console)
       trace_(MakeTrace(console.options)),
       hid_(simulated_ ? static_cast<platform::HidHost&>(*simulated_) : *native_, console.terminal,
            trace_ ? &*trace_ : nullptr),
-      desktop_(console.terminal, console.notices, ChosenLanguage(console.options)) {}
+      desktop_(console.terminal, console.notices, console.language) {}
 
 void ConsoleMachine::Finish() {
     if (simulated_) {

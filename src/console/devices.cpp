@@ -29,8 +29,6 @@ struct Found {
     [[nodiscard]] bool Recognised() const { return identity && IsTransmitter(*identity); }
 };
 
-void Declare(CLI::App&, Options&) {}
-
 // The search of an operation, except that it goes on behind the transmitter that it finds.
 std::vector<Found> Walk(platform::HidHost& host) {
     std::vector<Found> all;
@@ -115,7 +113,7 @@ void AdviseOn(const Found& found, const Console& console, const platform::HidHos
 void Run(const Console& console, Answer& answer) {
     answer.fields = {{"interfaces", ordered_json::array()}};
     ConsoleMachine machine(console);
-    const Language language = ChosenLanguage(console.options);
+    const Language language = console.language;
     const std::vector<Found> all = Walk(machine.Hid());
     for (const Found& found : all) {
         answer.fields["interfaces"].push_back(InterfaceFields(found));
@@ -128,7 +126,12 @@ void Run(const Console& console, Answer& answer) {
 
 }  // namespace
 
-constinit const CommandEntry kDevicesCommand{
-    "devices", "List the HID interfaces and say which one would be taken", Declare, Run};
+constinit const CommandEntry kDevicesCommand{"devices",
+                                             {"Elenca le interfacce HID e dice quale sarebbe usata",
+                                              "List the HID interfaces and say which one would be taken"},
+                                             {},
+                                             {},
+                                             {},
+                                             Run};
 
 }  // namespace vento::console

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
+#include <utility>
+
+#include "platform/terminal.h"
+#include "text/language.h"
 
 namespace vento::console {
 
@@ -12,22 +15,36 @@ inline constexpr int kUnusableInput =
 inline constexpr int kMissingInput = 66;  ///< an input file that can't be read
 inline constexpr int kUnforeseen = 70;
 inline constexpr int kFailedOutput = 73;  ///< results, trace or image that can't be written
+inline constexpr int kInterrupted = 130;  ///< by Ctrl-C
 
-/// Why a command ended without, or besides, a result of its own.
+/// Why a command ended without, or besides, a result of its own. `what()` is English.
 class Failure : public std::runtime_error {
   public:
-    Failure(int status, const std::string& what) : std::runtime_error(what), status_(status) {}
+    /// `hint`, which may be empty, says what to do about it.
+    Failure(int status, Sentence reason, Sentence hint = {})
+        : std::runtime_error(reason.In(Language::english)),
+          status_(status),
+          reason_(std::move(reason)),
+          hint_(std::move(hint)) {}
 
     [[nodiscard]] int Status() const { return status_; }
+    [[nodiscard]] const Sentence& Reason() const { return reason_; }
+    [[nodiscard]] const Sentence& Hint() const { return hint_; }
 
   private:
     int status_;
+    Sentence reason_;
+    Sentence hint_;
 };
 
-/// The program is to end at once, with this status and without another word: the operator or the system
-/// wants it so.
+/// The program is to end at once, with this status and without results.
 struct EndedAtOnce {
     int status = 0;
 };
+
+/// Throws EndedAtOnce if termination was requested.
+inline void EndIfDemanded(const platform::Terminal& terminal) {
+    if (const auto status = terminal.EndDemanded()) throw EndedAtOnce{*status};
+}
 
 }  // namespace vento::console

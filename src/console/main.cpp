@@ -1,5 +1,77 @@
-#include "console/console.h"
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <system_error>
+
+#include "console/commands.h"
+#include "console/failure.h"
+#include "console/notices.h"
+#include "console/options.h"
 #include "platform/terminal.h"
+
+namespace vento::console {
+namespace {
+
+using nlohmann::ordered_json;
+using platform::Terminal;
+
+constexpr Phrase kUnforeseenPhrase{"È successo qualcosa di imprevisto: {0}",
+                                   "Something unforeseen has happened: {0}"};
+
+// True if all of it has left the program.
+bool WriteResults(const std::string& text) {
+    errno = 0;
+    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+}
+
+std::string JsonOf(const CommandEntry& command, const Answer& answer) {
+    ordered_json object = {{"operation", command.name}, {"diagnostic", nullptr}};
+    if (!answer.diagnostic.empty()) object["diagnostic"] = answer.diagnostic;
+    object.update(answer.fields);
+    // Paths are what the file system says they are, not always UTF-8.
+    return object.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+void Fail(const Failure& failure, Notices& notices, Answer& answer) {
+    answer.status = failure.Status();
+    answer.Diagnose(failure.what());
+    notices.Error(failure.Reason(), failure.Hint());
+}
+
+int RunCommand(const Options& options, const Terminal& terminal, Language language) {
+    Notices notices(terminal, language, options.quiet, options.verbose);
+    Answer answer;
+    try {
+        options.command->run({options, terminal, notices, language}, answer);
+    } catch (const EndedAtOnce& end) {
+        return end.status;
+    } catch (const Failure& failure) {
+        Fail(failure, notices, answer);
+    } catch (const std::exception& error) {
+        Fail(Failure(kUnforeseen, Fill(kUnforeseenPhrase, {error.what()})), notices, answer);
+    }
+    if (WriteResults(options.json ? JsonOf(*options.command, answer) : answer.text)) return answer.status;
+    notices.Error(Fill({"I risultati non si possono scrivere: {0}.", "The results can't be written: {0}."},
+                       {std::generic_category().message(errno)}));
+    return kFailedOutput;
+}
+
+// The console program from its arguments (UTF-8, without the program's name) to its exit status.
+int RunConsole(const std::vector<std::string>& arguments, const Terminal& terminal) {
+    const Language language = LanguageFor(arguments);
+    try {
+        return RunCommand(ParseOptions(arguments), terminal, language);
+    } catch (const Failure& failure) {
+        Notices(terminal, language).Error(failure.Reason(), failure.Hint());
+        return failure.Status();
+    } catch (const std::exception& error) {
+        Notices(terminal, language).Error(Fill(kUnforeseenPhrase, {error.what()}));
+        return kUnforeseen;
+    }
+}
+
+}  // namespace
+}  // namespace vento::console
 
 int main(int argc, char* argv[]) {
     const auto terminal = vento::platform::MakeNativeTerminal();

@@ -1,26 +1,74 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "console/progress_line.h"
 #include "platform/terminal.h"
+#include "text/language.h"
 
 namespace vento::console {
+
+/// What an operation shows of itself while it runs.
+struct Progress {
+    std::string caption;             ///< the status line; may be empty
+    std::string hint;                ///< what the operator can do, in a line below; may be empty
+    std::optional<double> fraction;  ///< of the bar, 0 to 1; nothing where no bar is shown
+};
+
+/// Draws progress on standard error and draws it anew in place, on as many lines as it takes. For a terminal
+/// that can redraw. It is gone from the screen when its owner is.
+class ProgressLine {
+  public:
+    /// `terminal` has to outlive this.
+    ProgressLine(const platform::Terminal& terminal, bool colour) : terminal_(terminal), colour_(colour) {}
+    ~ProgressLine() { Clear(); }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+    ProgressLine(ProgressLine&&) = delete;
+    ProgressLine& operator=(ProgressLine&&) = delete;
+
+    /// Writes nothing if the picture would stay the same.
+    void Show(const Progress& progress);
+
+    void Clear();
+
+  private:
+    enum class Style : std::uint8_t { plain, faint, bar };
+    struct Line {
+        std::string text;
+        Style style = Style::plain;
+
+        friend bool operator==(const Line&, const Line&) = default;
+    };
+
+    [[nodiscard]] static std::vector<Line> LayOut(const Progress& progress, std::size_t width);
+    [[nodiscard]] std::string Coloured(const Line& line) const;
+    [[nodiscard]] std::string Erasure() const;
+
+    const platform::Terminal& terminal_;
+    bool colour_;
+    std::vector<Line> shown_;
+};
 
 /// All that goes to standard error. What can't be written there is lost.
 class Notices {
   public:
     /// `terminal` has to outlive this. `quiet` leaves errors alone.
-    Notices(const platform::Terminal& terminal, bool quiet);
+    Notices(const platform::Terminal& terminal, Language language, bool quiet = false, bool verbose = false);
 
     /// An error, or what the operator can't do without: always said. `detail`, which may be empty, follows
     /// below.
-    void Error(std::string_view text, std::string_view detail = {});
+    void Error(const Sentence& text, const Sentence& detail = {});
 
     /// What is good to know.
-    void Note(std::string_view text);
+    void Note(const Sentence& text);
+
+    /// What support wants to know: said only where `verbose` was asked for.
+    void Detail(const Sentence& text);
 
     /// How far it is: drawn in place on a terminal; elsewhere nothing but a new caption is said.
     void ShowProgress(const Progress& progress);
@@ -31,7 +79,9 @@ class Notices {
     void Say(std::string_view prefix, std::string_view text);
 
     const platform::Terminal& terminal_;
+    Language language_;
     bool quiet_;
+    bool verbose_;
     bool redraws_;
     bool colour_;
     std::optional<ProgressLine> line_;  ///< nothing where nothing is drawn

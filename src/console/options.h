@@ -2,7 +2,7 @@
 
 #include <optional>
 #include <string>
-#include <variant>
+#include <string_view>
 #include <vector>
 
 #include "text/language.h"
@@ -14,25 +14,34 @@ struct CommandEntry;
 /// What the command line asks for. Paths are UTF-8.
 struct Options {
     const CommandEntry* command = nullptr;  ///< never null in what ParseOptions gives
-    std::string file;                       ///< with the commands that take one
+    std::vector<std::string> arguments;     ///< behind the command: as many as it takes
     bool consume = false;
-    std::optional<std::string> dest;      ///< where the result of the codec goes
     std::optional<std::string> key;       ///< the file with the key of the codec
     std::optional<std::string> simulate;  ///< the scenario; empty for the plain simulation
     std::optional<Language> language;
     std::optional<std::string> trace;
     bool json = false;
     bool quiet = false;
+    bool verbose = false;
+    bool help = false;     ///< in place of what the command does
+    bool version = false;  ///< likewise
+
+    /// An argument by its place, empty if it was left out.
+    [[nodiscard]] std::string Argument(std::size_t place) const {
+        return place < arguments.size() ? arguments[place] : std::string{};
+    }
 };
 
-/// The command line leaves nothing to do but to say this: help on standard output with status 0, a
-/// complaint on standard error with any other.
-struct LastWord {
-    int status = 0;
-    std::string text;
-};
+/// The language of a name such as "it" or "ENG", in any case.
+[[nodiscard]] std::optional<Language> LanguageNamed(std::string_view name);
 
-/// Takes the arguments behind the program's name.
-[[nodiscard]] std::variant<Options, LastWord> ParseOptions(std::vector<std::string> arguments);
+/// The language that the command line asks for, however wrong the rest of it is, or else the desktop's.
+[[nodiscard]] Language LanguageFor(const std::vector<std::string>& arguments);
+
+/// Throws Failure, with the nearest command that there is.
+[[noreturn]] void RefuseCommand(const std::string& name);
+
+/// Takes the arguments behind the program's name. Throws Failure, with `kWrongUsage`, if they make no sense.
+[[nodiscard]] Options ParseOptions(const std::vector<std::string>& arguments);
 
 }  // namespace vento::console

@@ -43,8 +43,7 @@ void Cancel(FormWeb& form, Notices& notices) {
         form.Cancel();
     } else {
         notices.Note(Phrase{"Ora non c'è nulla da annullare; un altro Ctrl-C interrompe subito.",
-                            "There is nothing to cancel now; another Ctrl-C ends at once."}
-                         .In(form.PanelLanguage()));
+                            "There is nothing to cancel now; another Ctrl-C ends at once."});
     }
 }
 
@@ -169,13 +168,17 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
     const std::chrono::duration<double> seconds = machine.Clock().Now() - begin;
     answer.fields["seconds"] = seconds.count();
     Conclude(form, machine.Desktop(), console.notices, answer);
+    console.notices.Detail(
+        Fill({"Codice {0}, {1} cicli sul collegamento, {2} ms", "Code {0}, {1} cycles on the link, {2} ms"},
+             {std::to_string(answer.status), std::to_string(machine.Hid().Cycles()),
+              std::to_string(std::chrono::round<std::chrono::milliseconds>(seconds).count())}));
 }
 
 void RefuseProgramme(const Console& console, const LoadProblem& problem, Language language, Answer& answer) {
     const bool unread = problem.reason == LoadProblem::Reason::cannotOpen;
     answer.status = unread ? kMissingInput : kUnusableInput;
     answer.Diagnose(DescribeLoadProblem(problem, Language::english));
-    console.notices.Error(console.options.file, DescribeLoadProblem(problem, language));
+    console.notices.Error(console.options.Argument(0), DescribeLoadProblem(problem, language));
 }
 
 }  // namespace vento::console

@@ -1,4 +1,4 @@
-#include <CLI/CLI.hpp>
+#include <array>
 
 #include "console/commands.h"
 #include "console/console_machine.h"
@@ -8,10 +8,24 @@
 namespace vento::console {
 namespace {
 
-void Declare(CLI::App& command, Options& options) {
-    command.add_option("FILE", options.file, "The programme file")->required();
-    command.add_flag("--consume", options.consume, "Delete FILE at the end, whatever came of it");
-}
+constexpr std::array kArguments{
+    ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
+
+constexpr std::array kOptions{OptionEntry{
+    "consume",
+    '\0',
+    OptionEntry::Value::none,
+    {"", ""},
+    {"Alla fine elimina FILE, qualunque sia l'esito", "Delete FILE at the end, whatever came of it"},
+    [](Options& options, std::string_view) { return options.consume = true; }}};
+
+constexpr std::array kExamples{
+    Example{"program VENTO-casa.qlb --consume",
+            {"Programma il telecomando ed elimina il file, come fa la finestra.",
+             "Programs the remote and deletes the file, as the window does."}},
+    Example{"program VENTO-casa.qlb --trace traccia.jsonl",
+            {"Conserva ogni passo, per l'assistenza.", "Keeps every step, for support."}},
+};
 
 // Closes the form at the end, however that comes, if the programme is to be consumed.
 class Closing {
@@ -31,12 +45,12 @@ class Closing {
 };
 
 void Run(const Console& console, Answer& answer) {
-    answer.fields = BlankPanelFields(ChosenLanguage(console.options));
+    answer.fields = BlankPanelFields(console.language);
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     const Closing closing(form, console.options.consume);
     form.Form_Load("");
-    const LoadResult load = form.Aprifilevento(console.options.file);
+    const LoadResult load = form.Aprifilevento(console.options.Argument(0));
     if (load.problem) {
         RefuseProgramme(console, *load.problem, form.PanelLanguage(), answer);
     } else {
@@ -48,6 +62,12 @@ void Run(const Console& console, Answer& answer) {
 
 }  // namespace
 
-constinit const CommandEntry kProgramCommand{"program", "Put a programme file into a remote", Declare, Run};
+constinit const CommandEntry kProgramCommand{
+    "program",
+    {"Inserisce un file di programmazione in un telecomando", "Put a programme file into a remote"},
+    kArguments,
+    kOptions,
+    kExamples,
+    Run};
 
 }  // namespace vento::console

@@ -6,10 +6,8 @@
 namespace vento::console {
 namespace {
 
-void Declare(CLI::App&, Options&) {}
-
 void Run(const Console& console, Answer& answer) {
-    answer.fields = BlankPanelFields(ChosenLanguage(console.options));
+    answer.fields = BlankPanelFields(console.language);
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     form.Form_Load("");
@@ -20,6 +18,7 @@ void Run(const Console& console, Answer& answer) {
 
 }  // namespace
 
-constinit const CommandEntry kReadCommand{"read", "Ask a remote what it holds", Declare, Run};
+constinit const CommandEntry kReadCommand{
+    "read", {"Chiede a un telecomando che cosa contiene", "Ask a remote what it holds"}, {}, {}, {}, Run};
 
 }  // namespace vento::console

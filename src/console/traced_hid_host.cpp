@@ -1,6 +1,6 @@
 #include "console/traced_hid_host.h"
 
-#include "console/interruption.h"
+#include "console/failure.h"
 
 namespace vento::console {
 

@@ -19,16 +19,32 @@ DONE = "Programmazione eseguita con successo"
 
 
 class Usage(ConsoleTest):
-    def test_wrong_usage_is_told_on_standard_error_with_status_64_and_help_on_standard_output(self):
-        for arguments in (
-            [], ["program"], ["reed"], ["read", "--language", "deu"], ["read", "--bogus"], ["check", "a", "b"],
-            ["read", "--consume"], ["read", "--simulate", "scenario.json"], ["read", "--trace"],
+    def test_wrong_usage_is_told_with_the_nearest_right_word_in_the_language_asked_for(self):
+        for arguments, wanted in (
+            ([], "the command is missing"), (["program"], "FILE is missing"), (["read", "a"], "'a' is one argument too"),
+            (["verfi", "read"], "unknown command 'verfi'"), (["chekc", "--jon"], "did you mean 'check'?"),
+            (["--jsno", "read"], "unknown option '--jsno'; did you mean '--json'?"), (["read", "-x"], "'-x'"),
+            (["read", "--language", "deu"], "--language can't be 'deu'"), (["help", "raed"], "did you mean 'read'?"),
+            (["read", "--consume"], "read has no option '--consume'"), (["read", "--trace"], "--trace needs a value"),
+            (["read", "--simulate="], "--simulate needs a value"), (["read", "--json=1"], "--json takes no value"),
+            (["read", "--trace", "a", "--trace=b"], "--trace is given twice"),
         ):  # fmt: skip
             out, err = self.run_console(64, *arguments)
-            self.assertTrue(out == "" and err.startswith("ventoctl: "), (arguments, out, err))
-        for *arguments, wanted in (("--help", "--simulate[=SCENARIO]"), ("--version", "ventoctl ")):
-            out, err = self.run_console(0, *arguments)
-            self.assertTrue(wanted in out and err == "", out)
+            self.assertTrue(out == "" and err.startswith("ventoctl: ") and wanted in err, (arguments, out, err))
+        for name in ("it", "ITA", "Ita"):
+            self.assertIn("comando 'x' sconosciuto", self.run_console(64, "x", "--language", name)[1])
+
+    def test_help_tells_every_command_and_option_and_the_text_of_each_status(self):
+        general, err = self.run_console(0, "--help")
+        self.assertEqual((general, err), self.run_console(0, "help"))
+        self.assertTrue("--simulate[=SCENARIO]" in general and "18   Error 19: " in general and err == "", general)
+        for command in ("program", "read", "check", "devices", "encode", "decode", "help", "version"):
+            self.assertIn(f"\n  {command} ", general)
+            own = self.run_console(0, "help", command)[0]
+            self.assertEqual(own, self.run_console(0, command, "-h", "--language=en")[0])
+            self.assertTrue(own.startswith(f"Usage: ventoctl {command}"), own)
+            self.assertNotIn("ommand", self.run_console(0, command, "-h", "--language=it")[0])
+        self.assertEqual(self.run_console(0, "-V")[0], f"ventoctl {self.run_json(0, '--version')['version']}\n")
 
 
 class Program(ConsoleTest):
@@ -47,6 +63,7 @@ class Program(ConsoleTest):
         self.assertEqual(list(answer.values()), ["program", None, 0, DONE, "0", None, "ITA", EXAMPLE, button, bar])
         self.assertEqual(self.run_console(0, *arguments), (DONE + "\n", WAITING + "\n"))
         self.assertEqual(self.run_console(0, *arguments, "--quiet"), (DONE + "\n", ""))
+        self.assertRegex(self.run_console(0, *arguments, "-qv")[1], r"^Codice 0, \d+ cicli sul collegamento, \d+ ms\n$")
 
         answer = self.run_json(0, "read", simulate)
         self.assertEqual(list(answer), PANEL_KEYS)
