@@ -105,6 +105,7 @@ TEST(Loader, TakesTheMostLinesThereMayBeWhichAFileThatCannotBeOpenedLeavesAlone)
     EXPECT_EQ(load.lines[0].listA, 1U);
     EXPECT_EQ(load.lines[0].listB, 2U);
     EXPECT_EQ(load.lines[1].listA, 32767U);
+    EXPECT_EQ(load.lines[1].listB, 0U);
     const LoadResult gone = panel.Load("gone.qlb");
     ASSERT_TRUE(gone.problem);
     EXPECT_EQ(gone.problem->reason, Reason::cannotOpen);
