@@ -8,6 +8,7 @@
 #include "console/failure.h"
 #include "console/panel_report.h"
 #include "console/text_layout.h"
+#include "console/warnings.h"
 #include "panel/form_web.h"
 #include "panel/load_message.h"
 #include "programme/blanks.h"
@@ -41,6 +42,14 @@ struct Problem {
 
 constexpr std::array kArguments{
     ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
+
+constexpr std::array kOptions{
+    OptionEntry{"strict",
+                '\0',
+                OptionEntry::Value::none,
+                {"", ""},
+                {"Con un avvertimento termina con lo stato 1", "End with status 1 if there is a warning"},
+                [](Options& options, std::string_view) { return options.strict = true; }}};
 
 std::string ColumnName(std::size_t column) {
     return std::string(TrimBlanks(kSections[column].SectionLabel));
@@ -136,9 +145,33 @@ std::string DescribeProblem(const Problem& problem, Language language) {
            problem.reason;
 }
 
+void TellWarnings(const Console& console, const std::vector<Warning>& warnings, Answer& answer) {
+    for (const Warning& warning : warnings) {
+        Sentence text = warning.reason;
+        if (warning.line > 0) {
+            text = Fill({"riga {0}: {1}", "line {0}: {1}"}, {std::to_string(warning.line), warning.reason});
+        }
+        text = Fill({"Attenzione: {0}", "Warning: {0}"}, {text});
+        answer.text += Printable(text.In(console.language)) + "\n";
+        answer.fields["warnings"].push_back(
+            {{"line", warning.line > 0 ? ordered_json(warning.line) : ordered_json(nullptr)},
+             {"reason", warning.reason.In(console.language)}});
+    }
+    if (!warnings.empty() && console.options.strict && answer.status == 0) answer.status = kNotWhole;
+}
+
+std::string TextOfFile(ConsoleMachine& machine, const std::string& path) {
+    try {
+        return machine.ForPanel().files.ReadAll(path);
+    } catch (const platform::FileError&) {
+        return {};  // the load tells why
+    }
+}
+
 void Run(const Console& console, Answer& answer) {
     answer.fields = {{"loads", false}, {"columns", ordered_json::array()}, {"lists", ordered_json::array()}};
     answer.fields["problem"] = nullptr;
+    answer.fields["warnings"] = ordered_json::array();
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     form.Form_Load("");
@@ -158,6 +191,7 @@ void Run(const Console& console, Answer& answer) {
         answer.Diagnose(DescribeProblem(*ProblemOf(load, lists, Language::english), Language::english));
         answer.text += DescribeProblem(*problem, form.PanelLanguage()) + "\n";
     }
+    TellWarnings(console, FindWarnings(TextOfFile(machine, console.options.Argument(0)), form, load), answer);
     machine.Finish();
 }
 
@@ -168,7 +202,7 @@ constinit const CommandEntry kCheckCommand{
     {"Dice che cosa contiene un file di programmazione, o che cosa non va",
      "Say what a programme file holds, or what is wrong with it"},
     kArguments,
-    {},
+    kOptions,
     {},
     Run};
 

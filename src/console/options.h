@@ -16,6 +16,7 @@ struct Options {
     const CommandEntry* command = nullptr;  ///< never null in what ParseOptions gives
     std::vector<std::string> arguments;     ///< behind the command: as many as it takes
     bool consume = false;
+    bool strict = false;
     std::optional<std::string> key;       ///< the file with the key of the codec
     std::optional<std::string> simulate;  ///< the scenario; empty for the plain simulation
     std::optional<Language> language;

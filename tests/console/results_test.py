@@ -12,6 +12,7 @@ PANEL_KEYS = [
     "programButton", "progressBar", "columns", "cycles", "seconds",
 ]  # fmt: skip
 EXAMPLE = str(EXAMPLES / "VENTO-esempio.qlb")
+EXAMPLE_BYTES = (EXAMPLES / "VENTO-esempio.qlb").read_bytes()
 FULL = "/dev/full"
 PRESENCE = "00" + "0755010001a501".ljust(128, "0")
 WAITING = "Posizionare il telecomando di fronte al trasmettitore entro 1 minuto. Sincronizzazione in corso"
@@ -107,7 +108,7 @@ class Check(ConsoleTest):
         self.assertEqual(err, "")
         self.assertEqual(out.splitlines()[:2], ["TV   Città 100", "     A    312 byte  CITTA 1A  riga 1"])
         answer = self.run_json(0, "check", EXAMPLE)
-        self.assertEqual(list(answer), ["operation", "diagnostic", "loads", "columns", "lists", "problem"])
+        self.assertEqual(list(answer), ["operation", "diagnostic", "loads", "columns", "lists", "problem", "warnings"])
         self.assertEqual((answer["loads"], answer["problem"], answer["diagnostic"]), (True, None, None))
         beta = {"column": "DTT", "list": "B", "bytes": 264, "name": "BETA  2B", "valid": True}
         self.assertEqual((answer["lists"][3], len(answer["lists"])), (beta, 6))
@@ -126,6 +127,32 @@ class Check(ConsoleTest):
             self.assertEqual((answer["loads"], problem["line"], problem["field"]), (loads, line, field))
             self.assertIn(reason, problem["reason"])
             self.assertIn(reason, self.run_console(65, "check", path, "--quiet")[0])
+
+
+    def test_what_loads_but_hardly_as_it_was_meant_is_warned_of(self):
+        whole = "1;A;1;;\n1;A;2;;\n"
+        for content, *wanted in (
+            (whole, []), (EXAMPLE_BYTES, []),
+            ("1;A;1;;\n1;A;2;;", [2, "is not read. List B of column TV is lost"], [1, "has no list B"]),
+            (whole + "2;B;1;;", [3, "Column DTT is lost"]), (whole + "1;A;3;;\n", [3, "has no effect: column TV"]),
+            ("1;A;1;;\n2;B;1;;\n2;B;2;;\n", [2, "is of column DTT but taken as list B of column TV"]),
+            ("1; ;1;;\n1;;2;;\n", [1, "label is blank"]), ("1;A;;;\n1;A;2;;\n", [1, "column TV has no list A"]),
+            (f"1;A;1;;\n1;A;{code_list('A', 4097)};;\n", [2, "has 4097 bytes, more than the 4096"]),
+            (f"1;A;1;;\n1;A;{code_list('A', 32768)};;\n", [None, "the lists B have 32768 bytes"]),
+            ("1;Città;1;;\n1;A;2;;\n".encode(), [None, "looks like UTF-8"]),
+            ("1;A\rB;1;;\r\n1;A;2;;\r\n", [1, "a carriage return alone"]),
+        ):
+            path = self.file("VENTO-x.qlb", content)
+            wanted = [each for each in wanted if each]
+            warnings = self.run_json(0, "check", path)["warnings"]
+            for line, words in wanted:
+                self.assertTrue(any(each["line"] == line and words in each["reason"] for each in warnings), (words, warnings))
+                self.assertIn(words, self.run_console(1, "check", path, "--strict")[0])
+            self.assertEqual(bool(warnings), bool(wanted), warnings)
+        for content in (b"\xef\xbb\xbf1;A;1;;\n", "1;A;1;;\n".encode("utf-16")):
+            self.assertIn("Unicode", self.run_console(65, "check", self.file("VENTO-x.qlb", content))[0])
+        tab = self.file("VENTO-x.qlb", "1;A;1,\t2;;\n1;A;2;;\n")
+        self.assertIn("TAB", self.run_console(65, "check", tab, "--strict")[0])
 
 
 class Devices(ConsoleTest):
