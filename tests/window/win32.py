@@ -11,8 +11,9 @@ import common
 from common import eventually
 
 KEYS = {"Tab": 9, "Return": 13, "Escape": 27, "space": 32}
-WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_KEYDOWN, WM_KEYUP, WM_SYSCHAR, WM_DROPFILES, WM_DPICHANGED = (
-    0x10, 0x16, 0xF5, 0x100, 0x101, 0x106, 0x233, 0x2E0)
+WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_KEYDOWN, WM_KEYUP, WM_SYSCHAR, WM_SYSCOMMAND, WM_DROPFILES, WM_DPICHANGED = (
+    0x10, 0x16, 0xF5, 0x100, 0x101, 0x106, 0x112, 0x233, 0x2E0)
+SC_HOLD_CAPTION, SC_KEYMENU = 0xF012, 0xF100
 
 
 def native(argument):
@@ -97,7 +98,15 @@ class Window(common.Window):
         *alt, key = chord.split("+")
         control, = eventually(self.focused, "the focus")
         for message, flags in [(WM_SYSCHAR, 1 << 29)] if alt else [(WM_KEYDOWN, 1), (WM_KEYUP, 3 << 30 | 1)]:
-            self.post(control, message, KEYS.get(key) or ord(key), flags)
+            self.post(control, message, KEYS.get(key) or ord(key if alt else key.upper()), flags)
+
+    def enter_loop(self, command):
+        """Has the system run a loop of its own in place of the program's: for the title bar, or for a menu."""
+        self.post(self.form(), WM_SYSCOMMAND, command)
+        eventually(self.in_loop, "the system's loop")
+
+    def in_loop(self):
+        return self.form()["held"]
 
     def drop(self, path):
         record = struct.pack("<5I", 20, 0, 0, 0, 1) + native(path).encode("utf-16-le") + bytes(4)

@@ -220,6 +220,37 @@ class WindowTest(unittest.TestCase):
         window.key("Alt_L+c")
         self.assert_ends(window)
 
+    def test_a_letter_presses_a_button_only_with_alt(self):
+        window = self.open(file := self.programme(length=8))
+        eventually(lambda: window.focus() == "Leggi Programmazione", "the focus")
+        for key in "plac":
+            window.key(key)
+        window.key("Tab")
+        eventually(lambda: window.focus() == "CHIUDI", "the focus after the letters")
+        self.assertEqual((window.status(), window.shows_a_dialog(), file.exists()), ("", False, True))
+        self.close(window, file)
+
+    @unittest.skipUnless(WINDOWS, "menus and title bars are another program's there")
+    def test_an_operation_goes_on_and_closing_ends_it_in_the_loops_of_the_system(self):
+        for command in (SC_HOLD_CAPTION, SC_KEYMENU):
+            window = self.open_slowly()
+            window.press("PROGRAMMA")
+            eventually(window.bar, "the bar")
+            window.enter_loop(command)
+            window.await_status(SUCCESS)
+            self.assertTrue(window.in_loop())
+            self.close(window, self.file)
+            window = self.open_slowly(remote={"arrivesAtPoll": 100000})
+            window.press("PROGRAMMA")
+            window.await_status(WAITING)
+            window.enter_loop(command)
+            self.close(window, self.file)
+
+    @unittest.skipUnless(WINDOWS, "Qt leaves out hidden buttons by itself")
+    def test_hidden_buttons_are_disabled(self):
+        hidden = [each for each in self.open().controls("Button") if not each["visible"]]
+        self.assertEqual([(each["text"], each["enabled"]) for each in hidden], [("PROGRAMMA", False)])
+
     def test_says_what_it_can_not_do_with_a_scenario(self):
         file = self.programme(length=8)
         for simulate in ("missing.json", self.scenario(remote={"version": 300})):
@@ -241,7 +272,7 @@ class WindowTest(unittest.TestCase):
 
 if __name__ == "__main__":
     if WINDOWS:
-        from win32 import Window
+        from win32 import SC_HOLD_CAPTION, SC_KEYMENU, Window
     else:
         from harness import Window, inside_a_desktop
 

@@ -66,6 +66,7 @@ Json Described(HWND window, const std::string& asked) {
             {"visible", ::IsWindowVisible(window) != 0},
             {"enabled", ::IsWindowEnabled(window) != 0},
             {"focused", thread.hwndFocus == window},
+            {"held", (thread.flags & (GUI_INMOVESIZE | GUI_INMENUMODE)) != 0},
             {"place", {place.left, place.top, place.right, place.bottom}},
             {"area", {area.right, area.bottom}},
             {"controls", Json::array()},

@@ -72,8 +72,9 @@ void FormFrame::Destroy() {
 }
 
 // The views are made in tab order, which to the system is the order of the windows.
-FormWindow::FormWindow(FormWeb& form, const std::wstring& title)
+FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring& title)
     : form_(form),
+      desktop_(desktop),
       frame_(form.Place, title, Receive),
       toolTips_(Handle()),
       image1_(Handle(), ControlId::Image1, WC_STATICW, WS_VISIBLE | SS_OWNERDRAW, form.PanelLanguage()),
@@ -195,13 +196,13 @@ void FormWindow::Command(int control, int notification) {
 void FormWindow::Press(ControlId id) {
     switch (id) {
         case ControlId::Command2:
-            return form_.Command2_Click();
+            return desktop_.Operate([this] { form_.Command2_Click(); });
         case ControlId::Command3:
             return form_.Command3_Click();
         case ControlId::Command4:
             return form_.Command4_Click();
         case ControlId::Command6_0:
-            return form_.Command6_Click(0);
+            return desktop_.Operate([this] { form_.Command6_Click(0); });
         default:
             return;
     }

@@ -8,6 +8,7 @@
 #include "desktop/win32/logo.h"
 #include "desktop/win32/tool_tips.h"
 #include "desktop/win32/views.h"
+#include "desktop/win32/win32_desktop.h"
 #include "panel/form_web.h"
 #include "platform/windows/system.h"
 
@@ -37,7 +38,7 @@ class FormFrame {
 /// form has been through `Form_Load` and outlives the window.
 class FormWindow {
   public:
-    FormWindow(FormWeb& form, const std::wstring& title);
+    FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring& title);
     FormWindow(const FormWindow&) = delete;
     FormWindow& operator=(const FormWindow&) = delete;
     FormWindow(FormWindow&&) = delete;
@@ -62,6 +63,7 @@ class FormWindow {
     void Paint() const;
 
     FormWeb& form_;
+    Win32Desktop& desktop_;
     int dotsPerInch_ = USER_DEFAULT_SCREEN_DPI;
     HWND focused_ = nullptr;  ///< the control that is to have the focus when the window gets it
     std::exception_ptr failure_;

@@ -57,7 +57,7 @@ void RunForm(Session& session, win32::Win32Desktop& desktop, const std::string& 
     FormWeb form(session.MachineWith(desktop));
     form.Place = WholeForm();
     form.Form_Load(commandLine);
-    win32::FormWindow window(form, platform::Wide(session.Title(form.PanelLanguage())));
+    win32::FormWindow window(form, desktop, platform::Wide(session.Title(form.PanelLanguage())));
     desktop.SetWindow(window.Handle());
     window.Show();
     desktop.Run();

@@ -43,11 +43,12 @@ void ButtonView::Follow() {
     const HWND handle = window_.Handle();
     window_.SetText(MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(language_)));
     window_.Show(button_.Visible());
-    if ((::IsWindowEnabled(handle) != 0) == button_.Enabled()) return;
-    if (!button_.Enabled()) focusWasTaken_ = ::GetFocus() == handle;
-    ::EnableWindow(handle, button_.Enabled() ? TRUE : FALSE);
+    const bool enabled = button_.Visible() && button_.Enabled();  // Alt+letter presses hidden buttons too
+    if ((::IsWindowEnabled(handle) != 0) == enabled) return;
+    if (!enabled) focusWasTaken_ = ::GetFocus() == handle;
+    ::EnableWindow(handle, enabled ? TRUE : FALSE);
     const bool nothingHasFocus = ::GetFocus() == nullptr && ::GetActiveWindow() == ::GetParent(handle);
-    if (button_.Enabled() && focusWasTaken_ && nothingHasFocus) ::SetFocus(handle);
+    if (enabled && focusWasTaken_ && nothingHasFocus) ::SetFocus(handle);
 }
 
 void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {

@@ -32,29 +32,55 @@ std::wstring NameFilters(std::string_view filter) {
 
 void Win32Desktop::Run() {
     MSG message{};
-    while (::GetMessageW(&message, nullptr, 0, 0) > 0)
-        Handle(message);
-}
-
-void Win32Desktop::Yield() {
-    MSG message{};
-    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
-        if (message.message == WM_QUIT) {  // for Run to see
-            ::PostQuitMessage(static_cast<int>(message.wParam));
-            return;
+    while (!over_ || operation_.Running()) {
+        if (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+            if (message.message == WM_QUIT)
+                EndProgram();
+            else
+                Handle(message);
+        } else if (operation_.Running()) {
+            operation_.Resume();
+        } else {
+            ::WaitMessage();
         }
-        Handle(message);
+    }
+    while (::PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) != 0) {
+        // would end the boxes to come
     }
 }
 
+void Win32Desktop::Yield() {
+    operation_.Yield();
+}
+
+// Menus, held title bars and the like have loops of their own, which dispatch this too.
+void CALLBACK Win32Desktop::Tick(HWND, UINT, UINT_PTR self, DWORD) {
+    reinterpret_cast<Win32Desktop*>(self)->operation_.ResumeForAWhile();
+}
+
+void Win32Desktop::SetTimer() const {
+    const auto id = reinterpret_cast<UINT_PTR>(this);
+    if (operation_.Running()) {
+        ::SetTimer(window_, id, USER_TIMER_MINIMUM, Tick);
+    } else {
+        ::KillTimer(window_, id);
+    }
+}
+
+// A letter presses a button only with Alt. Without it, it would too if it came to the system's dialog keys.
 void Win32Desktop::Handle(MSG& message) const {
     if (IsRepeatedEnter(message)) return;  // a key held down presses once
-    if (window_ != nullptr && ::IsDialogMessageW(window_, &message) != 0) return;
+    const bool isLetter = message.message == WM_CHAR;
+    if (window_ != nullptr && !isLetter && ::IsDialogMessageW(window_, &message) != 0) return;
     ::TranslateMessage(&message);
     ::DispatchMessageW(&message);
 }
 
 void Win32Desktop::ShowMessage(std::string_view text, std::string_view detail) {
+    operation_.DoInLoop([&] { ShowBox(text, detail); });
+}
+
+void Win32Desktop::ShowBox(std::string_view text, std::string_view detail) const {
     const std::wstring title = platform::Wide(FormWeb::kTitle);
     const std::wstring wideText = platform::Wide(text);
     const std::wstring wideDetail = platform::Wide(detail);
@@ -100,8 +126,11 @@ std::optional<std::string> Win32Desktop::LanguageAbbreviation() {
 }
 
 void Win32Desktop::EndProgram() {
+    if (std::exchange(over_, true)) return;
+    operation_.Abandon();
     ::ShowWindow(window_, SW_HIDE);
-    ::PostQuitMessage(EXIT_SUCCESS);
+    ::SendMessageW(window_, WM_CANCELMODE, 0, 0);  // ends an open menu and a held title bar
+    ::PostQuitMessage(EXIT_SUCCESS);               // ends boxes and dialogs
 }
 
 }  // namespace vento::desktop::win32

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "desktop/win32/operation.h"
 #include "platform/desktop.h"
 #include "platform/windows/system.h"
 
@@ -15,8 +18,13 @@ class Win32Desktop final : public platform::Desktop {
     /// The window that boxes and dialogs belong to, and whose keys are handled as a dialog's.
     void SetWindow(HWND window) { window_ = window; }
 
-    /// Handles events until the program is over.
+    /// Handles events until the program is over. Throws what an operation threw.
     void Run();
+
+    /// Runs a handler of the panel that yields, beside the loop. Nothing while another one runs.
+    void Operate(std::function<void()> handler) { operation_.Begin(std::move(handler)); }
+
+    [[nodiscard]] bool Operating() const { return operation_.Running(); }
 
     void Yield() override;
     void ShowMessage(std::string_view text, std::string_view detail) override;
@@ -28,9 +36,14 @@ class Win32Desktop final : public platform::Desktop {
     void EndProgram() override;
 
   private:
+    static void CALLBACK Tick(HWND window, UINT message, UINT_PTR self, DWORD time);
     void Handle(MSG& message) const;
+    void SetTimer() const;
+    void ShowBox(std::string_view text, std::string_view detail) const;
 
     HWND window_ = nullptr;
+    bool over_ = false;
+    Operation operation_{[this] { SetTimer(); }};
     std::wstring latestFile_;
 };
 
