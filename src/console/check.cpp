@@ -162,7 +162,7 @@ void TellWarnings(const Console& console, const std::vector<Warning>& warnings, 
 
 std::string TextOfFile(ConsoleMachine& machine, const std::string& path) {
     try {
-        return machine.ForPanel().files.ReadAll(path);
+        return machine.ForPanel().files.ReadAll(path, kLargestProgramme);
     } catch (const platform::FileError&) {
         return {};  // the load tells why
     }

@@ -10,9 +10,12 @@
 namespace vento::desktop {
 namespace {
 
-bool IsItalian(Language language) {
-    return language == Language::italian;
-}
+constexpr Phrase kSimulation{" (simulazione)", " (simulation)"};
+constexpr Phrase kImageNotSaved{"Il contenuto del telecomando simulato non è stato salvato",
+                                "The contents of the simulated remote were not saved"};
+constexpr Phrase kScenarioUnusable{"Lo scenario della simulazione non è utilizzabile",
+                                   "The scenario of the simulation can't be used"};
+constexpr Phrase kUnforeseen{"Si è verificato un errore imprevisto", "Something unforeseen went wrong"};
 
 }  // namespace
 
@@ -36,9 +39,8 @@ Machine Session::MachineWith(platform::Desktop& desktop) {
 }
 
 std::string Session::Title(Language language) const {
-    std::string title(FormWeb::kTitle);
-    if (simulated_ != nullptr) title += IsItalian(language) ? " (simulazione)" : " (simulation)";
-    return title;
+    const std::string title(FormWeb::kTitle);
+    return simulated_ == nullptr ? title : title + kSimulation.In(language);
 }
 
 std::optional<Notice> Session::Finish(Language language) {
@@ -47,16 +49,16 @@ std::optional<Notice> Session::Finish(Language language) {
         simulated_->SaveImage();
         return std::nullopt;
     } catch (const simulator::ImageError& error) {
-        return Notice{IsItalian(language) ? "Il contenuto del telecomando simulato non è stato salvato"
-                                          : "The contents of the simulated remote were not saved",
-                      error.what()};
+        return Notice{kImageNotSaved.In(language), error.what()};
     }
 }
 
 Notice StartNotice(std::string_view simulate, std::string_view reason, Language language) {
-    return {IsItalian(language) ? "Lo scenario della simulazione non è utilizzabile"
-                                : "The scenario of the simulation can't be used",
-            std::string(simulate).append(": ").append(reason)};
+    return {kScenarioUnusable.In(language), std::string(simulate).append(": ").append(reason)};
+}
+
+Notice FailureNotice(std::string_view reason, Language language) {
+    return {kUnforeseen.In(language), std::string(reason)};
 }
 
 Language DesktopLanguage() {

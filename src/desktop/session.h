@@ -29,8 +29,8 @@ struct Notice {
 class Session {
   public:
     /// `simulate` says what to simulate: nothing if empty or "0", the plain simulation if "1", otherwise the
-    /// scenario in the file with this path. Throws platform::FileError or simulator::ScenarioError, both of
-    /// them std::runtime_error, if the scenario can't be used; StartNotice then puts it into words.
+    /// scenario in the file with this path. Throws a std::exception if the scenario can't be used;
+    /// StartNotice then puts it into words.
     explicit Session(std::string_view simulate);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -57,6 +57,9 @@ class Session {
 
 /// What the operator is told when a session with this `simulate` could not be made for this `reason`.
 [[nodiscard]] Notice StartNotice(std::string_view simulate, std::string_view reason, Language language);
+
+/// What the operator is told of anything unforeseen.
+[[nodiscard]] Notice FailureNotice(std::string_view reason, Language language);
 
 /// The language of the desktop, for what has to be said before there is a panel.
 [[nodiscard]] Language DesktopLanguage();

@@ -54,11 +54,11 @@ vento::Language FormWeb::PanelLanguage() const {
     return LanguageFromAbbreviation(Language);
 }
 
-void FormWeb::Form_Load(std::string_view commandLine) {
+void FormWeb::Form_Load(std::string_view commandLine, CommandLineKind kind) {
     Label2.SetCaption(commandLine);
     if (!commandLine.empty()) {
         std::string path(commandLine);
-        std::erase(path, '"');
+        if (kind == CommandLineKind::typed) std::erase(path, '"');
         Label2.SetCaption(path);
         Aprifilevento(path);
     }

@@ -13,6 +13,10 @@
 
 namespace vento {
 
+/// What the text behind the program's name is: as it was typed, where quotation marks enclose a path or a
+/// part of one, or a path that the shell has taken out of them already.
+enum class CommandLineKind : std::uint8_t { typed, path };
+
 /// The one form of the program, without a window: all its controls, those that are never shown too, and what
 /// each event does. A front end shows the controls and calls the handlers; it adds nothing.
 ///
@@ -53,7 +57,7 @@ class FormWeb {
 
     /// Start-up. `commandLine` is what stands behind the program's name, as one string: the path of a
     /// programme file or nothing. A file that can't be loaded is passed over without a word.
-    void Form_Load(std::string_view commandLine);
+    void Form_Load(std::string_view commandLine, CommandLineKind kind = CommandLineKind::typed);
 
     /// The form is closed: the programme file is deleted and the program ends.
     void Form_Unload();

@@ -22,6 +22,9 @@ std::string DescribeLoadReason(const LoadProblem& problem, Language language) {
         case LoadProblem::Reason::cannotOpen:
             return (italian ? "Impossibile aprire il file: " : "The file could not be opened: ") +
                    problem.systemReason;
+        case LoadProblem::Reason::tooLarge:
+            return italian ? "Il file è troppo grande per essere un file di programmazione."
+                           : "The file is too large to be a programme file.";
         case LoadProblem::Reason::empty:
             return italian ? "Il file è vuoto." : "The file is empty.";
         case LoadProblem::Reason::tooManyLines:

@@ -15,6 +15,12 @@ class FileError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// A file with more bytes than its reader takes.
+class FileTooLarge : public FileError {
+  public:
+    FileTooLarge() : FileError("File too large") {}
+};
+
 /// The few files that the system touches. Paths are UTF-8.
 class Files {
   public:
@@ -25,10 +31,11 @@ class Files {
     Files& operator=(Files&&) = delete;
     virtual ~Files() = default;
 
-    /// All bytes of a file. Throws FileError.
-    [[nodiscard]] virtual std::string ReadAll(const std::string& path) = 0;
+    /// All bytes of a file that has `most` of them at the most. One that is larger is not read: FileTooLarge.
+    /// Throws FileError for any other reason.
+    [[nodiscard]] virtual std::string ReadAll(const std::string& path, std::size_t most) = 0;
 
-    /// Deletes a regular file, and nothing that is not one. A failure is nobody's concern.
+    /// Deletes a regular file, unless it is write-protected, and nothing else. A failure is ignored.
     virtual void Delete(const std::string& path) = 0;
 
     /// The folder in which the running program lies.

@@ -113,7 +113,10 @@ LoadResult Aprifilevento(const std::string& nnfilevento, platform::Files& files,
     LoadResult result;
     std::string text;
     try {
-        text = files.ReadAll(nnfilevento);
+        text = files.ReadAll(nnfilevento, kLargestProgramme);
+    } catch (const platform::FileTooLarge&) {
+        result.problem = LoadProblem{LoadProblem::Reason::tooLarge, 0, 0, {}};
+        return result;
     } catch (const platform::FileError& error) {
         result.problem = LoadProblem{LoadProblem::Reason::cannotOpen, 0, 0, error.what()};
         return result;

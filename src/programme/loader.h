@@ -22,10 +22,14 @@ struct ProgrammeControls {
     Button& programButton;                   ///< `Command6(0)`
 };
 
+/// The largest file that is read, some forty times what six lists of the longest section take.
+inline constexpr std::size_t kLargestProgramme = 64UL << 20;
+
 /// Why a load did not end.
 struct LoadProblem {
     enum class Reason : std::uint8_t {
         cannotOpen,    ///< `systemReason` says why
+        tooLarge,      ///< more than `kLargestProgramme` bytes
         empty,         ///< there is no character in the file
         tooManyLines,  ///< more than 32767 line feeds
         missingField,  ///< line `line` has no field `field`
@@ -50,10 +54,10 @@ struct LoadResult {
 
 /// Loads the programme file at the path `nnfilevento` into the controls.
 ///
-/// The path is on record in `controls.path` before the file is opened. A file that can't be opened changes
-/// nothing else. Any other load begins with cleared views and stops where it meets a fault, with what it has
-/// filled by then left in the views; only one that runs to its end makes the program button visible. Throws
-/// nothing of its own.
+/// The path is on record in `controls.path` before the file is opened. A file that can't be opened, or is too
+/// large to be read, changes nothing else. Any other load begins with cleared views and stops where it meets
+/// a fault, with what it has filled by then left in the views; only one that runs to its end makes the
+/// program button visible. Throws nothing of its own.
 LoadResult Aprifilevento(const std::string& nnfilevento, platform::Files& files,
                          const ProgrammeControls& controls);
 

@@ -42,6 +42,15 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
     }
 }
 
+TEST(StartUp, TakesAPathAsItStands) {
+    Workbench bench;
+    FormWeb form({bench.host, bench.desktop, bench.files, bench.clock});
+    bench.files.contents["12\" a.qlb"] = kProgramme;
+    form.Form_Load("12\" a.qlb", CommandLineKind::path);
+    EXPECT_EQ(form.Label2.Caption(), "12\" a.qlb");
+    EXPECT_TRUE(form.Command6(0).Visible());
+}
+
 TEST(WayOut, DeletesTheFileNamedLastAndEndsOnce) {
     Workbench bench({}, kProgramme);
     bench.files.contents["bad.qlb"] = "1;2\n";
@@ -66,6 +75,9 @@ TEST(Open, LoadsOrSaysWhyNot) {
         {"1;a;1;;\n4;b;1;;\n", "Riga 2, campo 0: il numero della colonna deve essere 1, 2 o 3.",
          "Line 2, field 0: the column number has to be 1, 2 or 3."},
         {"", "Il file \u00E8 vuoto.", "The file is empty."},
+        {std::string((64UL << 20) + 1, '\n'),
+         "Il file \u00E8 troppo grande per essere un file di programmazione.",
+         "The file is too large to be a programme file."},
         {std::string(32768, '\n'), "Il file ha pi\u00F9 di 32767 righe.",
          "The file has more than 32767 lines."},
         {std::nullopt, "Impossibile aprire il file: No such file or directory",

@@ -18,13 +18,15 @@ TEST(NativeFiles, ReadsEveryByteOfARegularFileAndNothingElse) {
     std::string bytes;
     for (int i = 0; i < 200000; ++i)
         bytes += static_cast<char>(i);
-    EXPECT_EQ(files->ReadAll(folder.Write("perché 日本.qlb", bytes)), bytes);
+    const std::string file = folder.Write("perché 日本.qlb", bytes);
+    EXPECT_EQ(files->ReadAll(file, bytes.size()), bytes);
+    EXPECT_THROW(static_cast<void>(files->ReadAll(file, bytes.size() - 1)), FileTooLarge);
     for (const auto& path :
          {folder.Path("none"), ""s, folder.Path(""), folder.Write("empty", "") + "\0.qlb"s})
-        EXPECT_THROW(static_cast<void>(files->ReadAll(path)), FileError) << path;
+        EXPECT_THROW(static_cast<void>(files->ReadAll(path, 9)), FileError) << path;
 }
 
-TEST(NativeFiles, DeletesRegularFilesOnly) {
+TEST(NativeFiles, DeletesRegularFilesThatMayBeWrittenOnly) {
     const test::ScratchFolder folder;
     const auto files = MakeNativeFiles();
     const std::string file = folder.Write("perché.qlb", "x");
@@ -32,7 +34,10 @@ TEST(NativeFiles, DeletesRegularFilesOnly) {
     for (const std::string& kept : {folder.Path("folder"), file + "\0.qlb"s, ""s})
         files->Delete(kept);
     EXPECT_TRUE(std::filesystem::exists(folder / "folder"));
+    std::filesystem::permissions(folder / "perché.qlb", std::filesystem::perms::owner_read);
+    files->Delete(file);
     EXPECT_TRUE(std::filesystem::exists(folder / "perché.qlb"));
+    std::filesystem::permissions(folder / "perché.qlb", std::filesystem::perms::owner_write);
     files->Delete(file);
     EXPECT_FALSE(std::filesystem::exists(folder / "perché.qlb"));
 }

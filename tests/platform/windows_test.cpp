@@ -16,11 +16,11 @@ TEST(WindowsFiles, AreReadWhileTheyAreWrittenOrTheReasonIsTold) {
     const test::ScratchFolder folder;
     std::ofstream writer(folder / "file", std::ios::binary);
     writer << "x" << std::flush;
-    EXPECT_EQ(WindowsFiles().ReadAll(folder.Path("file")), "x");
+    EXPECT_EQ(WindowsFiles().ReadAll(folder.Path("file"), 9), "x");
     for (const auto& [path, reason] : {std::pair{folder.Path("none"), SystemReason(ERROR_FILE_NOT_FOUND)},
                                        {"NUL", "Not a regular file"}}) {
         try {
-            ADD_FAILURE() << path << " was read: " << WindowsFiles().ReadAll(path);
+            ADD_FAILURE() << path << " was read: " << WindowsFiles().ReadAll(path, 9);
         } catch (const FileError& error) {
             EXPECT_EQ(error.what(), reason);
         }

@@ -63,9 +63,10 @@ class FakeFiles : public platform::Files {
     std::size_t sectionSize = 0;
     std::vector<std::size_t> sectionBuffers;  // sizes that were asked with
 
-    std::string ReadAll(const std::string& path) override {
+    std::string ReadAll(const std::string& path, std::size_t most) override {
         const auto found = contents.find(path);
         if (found == contents.end()) throw platform::FileError("No such file or directory");
+        if (found->second.size() > most) throw platform::FileTooLarge();
         return found->second;
     }
     void Delete(const std::string& path) override { deleted.push_back(path); }

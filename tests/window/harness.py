@@ -1,5 +1,6 @@
 """Drives the window of Qt from outside, by the accessibility tree, and by X11 for what a tree can't do."""
 
+import contextlib
 import os
 import pathlib
 import subprocess
@@ -14,7 +15,7 @@ try:
     import gi
 
     gi.require_version("Atspi", "2.0")
-    from gi.repository import Atspi
+    from gi.repository import Atspi, GLib
     from Xlib import X, XK, display
     from Xlib.ext import xtest
     from Xlib.protocol import event
@@ -40,25 +41,57 @@ def shows(node, state=Atspi.StateType.SHOWING):
     return node.get_state_set().contains(state)
 
 
+def environment(**variables):
+    """Nothing of the tester's own that changes how a window looks or what it says."""
+    own = ("QT_", "LC_", "LANG", "GTK_", "XDG_CURRENT_DESKTOP", "XDG_CONFIG", "XDG_DATA_HOME", "DESKTOP_SESSION", "KDE_")
+    kept = {name: value for name, value in os.environ.items() if not name.startswith(own)}
+    return kept | {"QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"} | variables
+
+
 class Window(common.Window):
     SCALES = (1, 2)
 
-    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1):
+    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1, prepare=None):
         self.scale = scale
-        locale, self.nameless = {"it": ("it_IT.UTF-8", "Stato"), "en": ("en_GB.UTF-8", "Status")}[language]
-        variables = {"LANG": locale, "LC_ALL": "", "LC_MESSAGES": "", "VENTO_SIMULATE": simulate,
-                     "QT_SCALE_FACTOR": str(scale), "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
-        self.process = subprocess.Popen([program, *map(str, arguments)], cwd=folder, env=os.environ | variables,
+        locale, self.nameless, self.field = {"it": ("it_IT.UTF-8", "Stato", "Nome file:"),
+                                             "en": ("en_GB.UTF-8", "Status", "File name:")}[language]
+        variables = environment(LANG=locale, VENTO_SIMULATE=simulate, QT_SCALE_FACTOR=str(scale))
+        self.process = subprocess.Popen([program, *map(str, arguments)], cwd=folder, env=variables, preexec_fn=prepare,
                                         stderr=subprocess.DEVNULL)
         self.display = display.Display()
         nodes = eventually(self.tree, "the window in the accessibility tree")
         self.known = {(node.get_role_name(), node.get_name()): node for node in nodes}
         self.label, self.gauge = (next((node for node in nodes if node.get_role_name() == role), None)
-                                  for role in ("label", "progress bar"))
+                                  for role in ("notification", "progress bar"))
 
     def __exit__(self, *failure):
         super().__exit__(*failure)
         self.display.close()
+
+    @contextlib.contextmanager
+    def spoken(self):
+        """What a screen reader speaks of its own accord, as a function that gives all of it so far."""
+        heard = []
+
+        def hear(event, *_):
+            with contextlib.suppress(GLib.Error):  # of a window that has gone
+                role = event.source.get_role_name()
+                if role == "notification" and event.detail1:
+                    heard.append(event.source.get_name())
+                elif role == "progress bar" and event.type.endswith("value"):
+                    heard.append(round(Atspi.Value.get_current_value(event.source)))
+
+        def so_far():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return heard
+        listener = Atspi.EventListener.new(hear)
+        kinds = "object:state-changed:showing", "object:property-change:accessible-value"
+        for kind in kinds:
+            listener.register(kind)
+        yield so_far
+        for kind in kinds:
+            listener.deregister(kind)
 
     # The accessibility tree.
 
@@ -97,7 +130,8 @@ class Window(common.Window):
             box = Atspi.Component.get_extents(node, Atspi.CoordType.SCREEN)
             left, top = box.x - corner.x, box.y - corner.y
             return [self.scale * each for each in (left, top, left + box.width, top + box.height)]
-        return {node.get_name(): place(node) for node in self.all("image", "push button", "list", "label")}
+        nodes = self.all("image", "push button", "list", "notification")
+        return {node.get_name().split(":")[0]: place(node) for node in nodes}
 
     def buttons(self):
         return self.names("push button")
@@ -120,7 +154,7 @@ class Window(common.Window):
 
     def focus(self):
         self.activate()
-        return "".join(node.get_name() for node in self.all("push button", "list")
+        return "".join(node.get_name().split(":")[0] for node in self.all("push button", "list")
                        if shows(node, Atspi.StateType.FOCUSED))
 
     def shows_a_dialog(self):
@@ -131,14 +165,14 @@ class Window(common.Window):
         return self.names("label")
 
     def dialog(self):
-        field = self.one("text", "File name:")
+        field = self.one("text", self.field)
         return self.names("dialog")[0], Atspi.Text.get_text(field, 0, -1)
 
     def fill(self, path=None):
         if path:
-            Atspi.EditableText.set_text_contents(self.one("text", "File name:"), str(path))
+            Atspi.EditableText.set_text_contents(self.one("text", self.field), str(path))
         self.key("Return" if path else "Escape")
-        eventually(lambda: not self.all("dialog") or "File name:" not in self.names("text"), "the end of the dialog")
+        eventually(lambda: not self.all("dialog") or self.field not in self.names("text"), "the end of the dialog")
 
     # What X11 alone can do.
 

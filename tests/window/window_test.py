@@ -4,6 +4,9 @@
 import json
 import os
 import pathlib
+import re
+import resource
+import signal
 import sys
 import tempfile
 import time
@@ -251,11 +254,72 @@ class WindowTest(unittest.TestCase):
         hidden = [each for each in self.open().controls("Button") if not each["visible"]]
         self.assertEqual([(each["text"], each["enabled"]) for each in hidden], [("PROGRAMMA", False)])
 
+    @unittest.skipIf(WINDOWS, "the other system's file names and signals")
+    def test_takes_a_single_argument_as_it_stands_and_leaves_what_it_may_not_write(self):
+        neighbour, file = self.programme(), self.programme('VENTO-"prova".qlb', [["12"], ["b"], ["c"]])
+        self.close(self.open(file.name), file)
+        self.assertTrue(neighbour.exists())
+        neighbour.chmod(0o444)
+        window = self.open(f'"{neighbour.name}"')
+        self.assertEqual(window.items(), LABELS)
+        self.close(window)
+        self.assertTrue(neighbour.exists())
+        for large in (self.folder / "large.qlb", self.folder):
+            if large != self.folder:
+                with large.open("wb") as sparse:
+                    sparse.truncate(5 << 30)
+            window = self.open(large, prepare=lambda: resource.setrlimit(resource.RLIMIT_AS, (4 << 30, 4 << 30)))
+            self.assertEqual((window.items(), "PROGRAMMA" in window.buttons()), ([[], [], []], False))
+            self.close(window, large if large != self.folder else None)
+
+    @unittest.skipIf(WINDOWS, "the other system's signals")
+    def test_a_signal_ends_it_at_any_time_unless_it_was_ignored_from_the_start(self):
+        window = self.open(simulate="missing.json")
+        window.box()
+        window.end_session()
+        self.assert_ends(window, status=1)
+        place, file = self.folder / "place", self.programme(length=8)
+        place.mkdir()
+        window = self.open(file, simulate=self.scenario(image="place/image.json"))
+        place.rmdir()
+        window.close()
+        window.box()
+        window.end_session()
+        self.assert_ends(window, file, status=1)
+        file = self.programme(length=8)
+        window = self.open(file, prepare=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        window.process.send_signal(signal.SIGHUP)
+        window.press("PROGRAMMA")
+        window.await_status(SUCCESS)
+        window.end_session()
+        self.assert_ends(window, file)
+
+    @unittest.skipIf(WINDOWS, "the accessibility bus of the other system")
+    def test_a_screen_reader_hears_how_an_operation_goes_and_finds_the_labels(self):
+        window = self.open_slowly(remote={"arrivesAtPoll": 100})
+        self.assertIn(f"Colonna TV: {LABELS[0][0]}", window.names("list"))
+        spoken = self.enterContext(window.spoken())
+        window.press("PROGRAMMA")
+        window.await_status(WAITING)
+        window.key("Escape")
+        eventually(lambda: "Programmazione annullata" in spoken(), "that it was cancelled")
+        window.press("PROGRAMMA")
+        window.await_status(WAITING)
+        eventually(lambda: SUCCESS in spoken(), "the success", 90)
+        values = [each for each in spoken() if isinstance(each, int)]
+        self.assertEqual(values, sorted(values))
+        self.assertTrue(10 < len(values) <= 101, values)
+        self.assertEqual(sum(WAITING in str(each) for each in spoken()), 2)
+        window.drop(self.programme("VENTO-vuoto.qlb", [[" "]] * 3))
+        eventually(lambda: window.items() == [[" "]] * 3, "the labels")
+        window.press("PROGRAMMA")
+        eventually(lambda: "Errore" in str(spoken()[-1]), "the failure")
+
     def test_says_what_it_can_not_do_with_a_scenario(self):
         file = self.programme(length=8)
-        for simulate in ("missing.json", self.scenario(remote={"version": 300})):
+        for simulate in ("missing.json", self.scenario(remote={"version": 300}), ".", "x" * 5000):
             window = self.open(file, simulate=simulate)
-            self.assertRegex("\n".join(window.box()), f"(?m)^{simulate}: ")
+            self.assertRegex("\n".join(window.box()), f"(?m)^{re.escape(simulate)}: ")
             window.answer()
             self.assertEqual(window.ends(), 1)
         place = self.folder / "place"

@@ -1,13 +1,11 @@
 #include "desktop/qt/look.h"
 
 #include <QApplication>
-#include <QLibraryInfo>
 #include <QPainter>
 #include <QPalette>
 #include <QPixmap>
 #include <QStyleFactory>
 #include <QSvgRenderer>
-#include <QTranslator>
 #include <array>
 
 #include "desktop/shown_text.h"
@@ -43,12 +41,7 @@ void ApplyLook(Language language) {
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     QApplication::setPalette(LightPalette());
     QApplication::setWindowIcon(ProgramIcon());
-    if (language == Language::italian) {
-        static QTranslator translator;
-        if (translator.load("qtbase_it", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-            QCoreApplication::installTranslator(&translator);
-        }
-    }
+    TranslateToolkit(language);
 }
 
 QString Text(std::string_view utf8) {

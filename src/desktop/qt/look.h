@@ -18,8 +18,11 @@ namespace vento::desktop::qt {
 inline constexpr int kDotsPerInch = 96;
 
 /// Gives the whole program its look, light on every desktop because the form is white, and the toolkit's own
-/// words in `language` where they are installed.
+/// words in `language`.
 void ApplyLook(Language language);
+
+/// The toolkit's own words in `language`.
+void TranslateToolkit(Language language);
 
 [[nodiscard]] QString Text(std::string_view utf8);
 [[nodiscard]] QString ShownLines(std::string_view utf8);

@@ -3,8 +3,9 @@
 #include <QApplication>
 #include <QSessionManager>
 #include <cstdlib>
+#include <exception>
+#include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "desktop/qt/form_window.h"
@@ -19,38 +20,93 @@ namespace {
 using namespace vento;
 using namespace vento::desktop;
 
-// What stands behind the program's name, as one string.
-std::string CommandLine(int argc, char** argv) {
-    std::string line;
+struct StartFile {
+    std::string text;
+    CommandLineKind kind = CommandLineKind::typed;
+};
+
+// What stands behind the program's name, as one string. A single argument that is the name of something has
+// had its quotation marks taken out by the shell: one that is left belongs to the name.
+StartFile StartFileOf(int argc, char** argv) {
+    StartFile file;
     for (int i = 1; i < argc; ++i) {
-        if (i > 1) line += ' ';
-        line += argv[i];
+        if (i > 1) file.text += ' ';
+        file.text += argv[i];
     }
-    return line;
+    std::error_code unknown;
+    if (argc == 2 && exists(std::filesystem::symlink_status(file.text, unknown)))
+        file.kind = CommandLineKind::path;
+    return file;
 }
 
-int RunForm(Session& session, qt::QtDesktop& desktop, qt::Termination& termination,
-            const std::string& commandLine) {
+// No exception may pass through the toolkit: what a handler throws is told, and the program goes on.
+class Application : public QApplication {
+  public:
+    Application(int& argc, char** argv, qt::QtDesktop& desktop)
+        : QApplication(argc, argv), desktop_(desktop) {}
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        try {
+            if (event->type() == QEvent::MetaCall && receiver->inherits("AtSpiAdaptor"))
+                desktop_.CountQuestion();
+            return QApplication::notify(receiver, event);
+        } catch (const std::exception& error) {
+            Tell(error.what());
+            return false;
+        }
+    }
+
+  private:
+    void Tell(const char* reason) {
+        if (telling_) return;
+        telling_ = true;
+        const Notice notice = FailureNotice(reason, DesktopLanguage());
+        desktop_.ShowMessage(notice.text, notice.detail);
+        telling_ = false;
+    }
+
+    qt::QtDesktop& desktop_;
+    bool telling_ = false;
+};
+
+int RunForm(Session& session, qt::QtDesktop& desktop, qt::Termination& termination, const StartFile& file) {
     FormWeb form(session.MachineWith(desktop));
-    form.Form_Load(commandLine);
+    form.Form_Load(file.text, file.kind);
     qt::FormWindow window(form, qt::Text(session.Title(form.PanelLanguage())));
     desktop.SetWindow(&window);
     // However the event loop comes to its end, the form has been closed.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &window, [&form] { form.Form_Unload(); });
-    termination.Watch([&form] { form.Form_Unload(); });
+    const qt::Termination::Instead closing(termination, [&form] { form.Form_Unload(); });
     window.show();
     const int status = QApplication::exec();
-    desktop.SetWindow(nullptr);
     return status;
+}
+
+// The exit status, and what the operator is to be told, if there is anything.
+int Run(qt::QtDesktop& desktop, qt::Termination& termination, const StartFile& file, Language language,
+        std::optional<Notice>& notice) {
+    const char* const variable = std::getenv("VENTO_SIMULATE");
+    const std::string simulate = variable == nullptr ? "" : variable;
+    std::optional<Session> session;
+    try {
+        session.emplace(simulate);
+    } catch (const std::exception& error) {
+        notice = StartNotice(simulate, error.what(), language);
+        return EXIT_FAILURE;
+    }
+    const int status = RunForm(*session, desktop, termination, file);
+    notice = session->Finish(language);
+    return notice ? EXIT_FAILURE : status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::string commandLine = CommandLine(argc, argv);
+    const StartFile file = StartFileOf(argc, argv);
     qt::Termination termination;
     int ownArguments = 1;  // all others are the file's name and none of the toolkit's business
-    const QApplication application(ownArguments, argv);
+    qt::QtDesktop desktop;
+    const Application application(ownArguments, argv, desktop);
     QApplication::setApplicationName(qt::Text(FormWeb::kTitle));
     QGuiApplication::setDesktopFileName("vento");
     QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -60,20 +116,14 @@ int main(int argc, char** argv) {
     const Language language = DesktopLanguage();
     qt::ApplyLook(language);
 
-    qt::QtDesktop desktop;
-    const char* const variable = std::getenv("VENTO_SIMULATE");
-    const std::string simulate = variable == nullptr ? "" : variable;
-    std::optional<Session> session;
+    termination.Watch([&desktop] { desktop.EndProgram(); });
+    int status = EXIT_FAILURE;
+    std::optional<Notice> notice;
     try {
-        session.emplace(simulate);
-    } catch (const std::runtime_error& error) {
-        const Notice notice = StartNotice(simulate, error.what(), language);
-        desktop.ShowMessage(notice.text, notice.detail);
-        return EXIT_FAILURE;
+        status = Run(desktop, termination, file, language, notice);
+    } catch (const std::exception& error) {
+        notice = FailureNotice(error.what(), language);
     }
-    const int status = RunForm(*session, desktop, termination, commandLine);
-    const auto notice = session->Finish(language);
-    if (!notice) return status;
-    desktop.ShowMessage(notice->text, notice->detail);
-    return EXIT_FAILURE;
+    if (notice) desktop.ShowMessage(notice->text, notice->detail);
+    return status;
 }

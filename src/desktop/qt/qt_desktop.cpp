@@ -7,6 +7,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QThread>
 
 #include "desktop/layout.h"
 #include "desktop/qt/look.h"
@@ -19,6 +20,8 @@ constexpr Font kTextFont{"Calibri", "Carlito", 240, true};
 constexpr Font kDetailFont{"Calibri", "Carlito", 210, false};
 constexpr int kDetailWidth = 5400;  // twips, below which the detail is not squeezed
 constexpr int kIconSize = 48;       // pixels
+constexpr qint64 kSilence = 5;      // milliseconds without a question, which end a turn
+constexpr unsigned long kListenMicroseconds = 300;
 
 // The toolkit gives the informative text no smaller type by itself, and takes what looks like markup in it
 // for markup, which a path may well contain.
@@ -32,8 +35,24 @@ void StyleLabel(QMessageBox& box, const QString& name, const Font& font, int lea
 
 }  // namespace
 
+// What a screen reader wants to know takes it dozens of questions, each after the answer to the one before.
+// With one of them to a turn it would fall silent for seconds, so a turn lasts while they come, but not
+// longer than the work since the last one, which so keeps half its speed.
 void QtDesktop::Yield() {
-    QCoreApplication::processEvents();
+    const qint64 longest = sinceTurn_.isValid() ? sinceTurn_.elapsed() : 0;
+    QElapsedTimer turn;
+    QElapsedTimer silence;
+    turn.start();
+    for (;;) {
+        const std::uint64_t known = questions_;
+        QCoreApplication::processEvents();
+        if (questions_ != known) silence.start();
+        const bool moreMayCome =
+            silence.isValid() && silence.elapsed() < kSilence && turn.elapsed() < longest;
+        if (!moreMayCome) break;
+        QThread::usleep(kListenMicroseconds);
+    }
+    sinceTurn_.start();
 }
 
 void QtDesktop::ShowMessage(std::string_view text, std::string_view detail) {

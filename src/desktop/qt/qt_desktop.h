@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QElapsedTimer>
+#include <QPointer>
 #include <QString>
 #include <QWidget>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,8 +16,11 @@ namespace vento::desktop::qt {
 /// The desktop as the panel asks for it, through the toolkit.
 class QtDesktop final : public platform::Desktop {
   public:
-    /// The window that boxes and dialogs belong to, which has to be there for as long as they are shown.
+    /// The window that boxes and dialogs belong to, for as long as it is there.
     void SetWindow(QWidget* window) { window_ = window; }
+
+    /// Notes a question that came by the accessibility bus.
+    void CountQuestion() { ++questions_; }
 
     void Yield() override;
     void ShowMessage(std::string_view text, std::string_view detail) override;
@@ -26,8 +32,10 @@ class QtDesktop final : public platform::Desktop {
     void EndProgram() override;
 
   private:
-    QWidget* window_ = nullptr;
+    QPointer<QWidget> window_;
     QString latestFile_;
+    std::uint64_t questions_ = 0;
+    QElapsedTimer sinceTurn_;
 };
 
 /// A "description|pattern|" run as the toolkit's name filters.

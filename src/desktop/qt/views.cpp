@@ -1,5 +1,6 @@
 #include "desktop/qt/views.h"
 
+#include <QAccessibleWidget>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPicture>
@@ -35,6 +36,27 @@ QString Wrapped(const QString& text, const QFontMetrics& metrics, int width) {
         }
     }
     return lines + line;
+}
+
+// What a screen reader says of its own accord when it appears: a label that changes its text is not spoken.
+class Notification : public QAccessibleWidget {
+  public:
+    explicit Notification(LabelView& view) : QAccessibleWidget(&view, QAccessible::Notification) {}
+
+    // The tool tip, which would otherwise be spoken behind each text, is not part of it.
+    [[nodiscard]] QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Description ? QString() : QAccessibleWidget::text(kind);
+    }
+};
+
+QAccessibleInterface* NotificationOf(const QString& /*className*/, QObject* object) {
+    auto* const view = dynamic_cast<LabelView*>(object);
+    return view == nullptr ? nullptr : new Notification(*view);  // NOLINT: the toolkit owns it
+}
+
+void Announce(QObject& view, QAccessible::Event what) {
+    QAccessibleEvent event(&view, what);
+    QAccessible::updateAccessibility(&event);
 }
 
 }  // namespace
@@ -79,8 +101,8 @@ void ButtonView::keyPressEvent(QKeyEvent* event) {
 
 LabelView::LabelView(Label& label, ControlId id, Language language, QWidget* parent)
     : QLabel(parent), label_(label), name_(Text(LayoutOf(id).name.In(language))) {
+    QAccessible::installFactory(NotificationOf);
     LayOut(*this, LayoutOf(id), language);
-    setAccessibleDescription(name_);
     setTextFormat(Qt::PlainText);
     setAlignment(Qt::AlignCenter);
     setWordWrap(true);
@@ -88,16 +110,19 @@ LabelView::LabelView(Label& label, ControlId id, Language language, QWidget* par
     Follow();
 }
 
-// For a screen reader the text is the name, as with any label, except that an empty one would have none.
+// For a screen reader the text is the name, except that an empty one would have none.
 void LabelView::Follow() {
-    const QString text = ShownLines(label_.Caption());
-    setText(text);
-    setAccessibleName(text.isEmpty() ? name_ : text);
+    const QString lines = ShownLines(label_.Caption());
     setVisible(label_.Visible());
+    if (lines == text() && !accessibleName().isEmpty()) return;
+    setText(lines);
+    setAccessibleName(lines.isEmpty() ? name_ : lines);
+    Announce(*this, QAccessible::ObjectHide);
+    if (!lines.isEmpty()) Announce(*this, QAccessible::ObjectShow);
 }
 
 ItemsView::ItemsView(ListView& list, ControlId id, Language language, QWidget* parent)
-    : QListWidget(parent), list_(list) {
+    : QListWidget(parent), list_(list), name_(Text(LayoutOf(id).name.In(language))) {
     LayOut(*this, LayoutOf(id), language);
     setStyleSheet(ListStyle());
     setSelectionMode(QAbstractItemView::NoSelection);
@@ -112,15 +137,18 @@ ItemsView::ItemsView(ListView& list, ControlId id, Language language, QWidget* p
 
 void ItemsView::Follow() {
     clear();
+    QStringList names{name_};
     const QSize room = contentsRect().size();
     for (const std::string& each : list_.Items()) {
         addItem(ShownLines(each).replace('\n', ' '));
+        names.append(item(count() - 1)->text());
         QListWidgetItem& item = *this->item(count() - 1);
         item.setTextAlignment(Qt::AlignCenter);
         item.setSizeHint(QSize(1, room.height()));
         const QRect needed = fontMetrics().boundingRect(QRect(QPoint(), room), Qt::TextWordWrap, item.text());
         if (needed.width() > room.width() || needed.height() > room.height()) item.setToolTip(item.text());
     }
+    setAccessibleName(names.join(": "));
 }
 
 BarView::BarView(ProgressBar& bar, ControlId id, Language language, QWidget* parent)
@@ -132,9 +160,14 @@ BarView::BarView(ProgressBar& bar, ControlId id, Language language, QWidget* par
     Follow();
 }
 
+// Each new value is news to screen readers, so that it is given to the toolkit once a percent only.
 void BarView::Follow() {
-    setRange(static_cast<int>(std::lround(bar_.Minimum())), static_cast<int>(std::lround(bar_.Maximum())));
-    setValue(static_cast<int>(std::lround(bar_.Value())));
+    const int least = static_cast<int>(std::lround(bar_.Minimum()));
+    const int most = static_cast<int>(std::lround(bar_.Maximum()));
+    const int now = static_cast<int>(std::lround(bar_.Value()));
+    if (least != minimum() || most != maximum()) setRange(least, most);
+    const bool isPercentOn = std::abs(now - value()) * 100 >= most - least;
+    if (isPercentOn || now == most) setValue(now);
     setVisible(bar_.Visible());
 }
 

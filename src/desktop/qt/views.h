@@ -52,6 +52,7 @@ class ItemsView : public QListWidget {
     void Follow();
 
     ListView& list_;
+    QString name_;
 };
 
 class BarView : public QProgressBar {

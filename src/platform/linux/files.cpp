@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 #include "platform/linux/file_descriptor.h"
@@ -13,6 +14,8 @@
 
 namespace vento::platform {
 namespace {
+
+constexpr std::size_t kLargestSettings = 1 << 20;
 
 [[noreturn]] void ThrowReason(int error) {
     throw FileError(std::generic_category().message(error));
@@ -23,12 +26,14 @@ bool IsWhole(const std::string& path) {
     return path.find('\0') == std::string::npos;
 }
 
-std::string ReadToEnd(int file) {
+// The size that the system told is no promise: a file may grow, and some have no size until they are read.
+std::string ReadToEnd(int file, std::size_t most) {
     std::string bytes;
     std::array<char, 65536> piece{};
     for (;;) {
         const ssize_t count = ::read(file, piece.data(), piece.size());
         if (count > 0) {
+            if (static_cast<std::size_t>(count) > most - bytes.size()) throw FileTooLarge();
             bytes.append(piece.data(), static_cast<std::size_t>(count));
         } else if (count == 0) {
             return bytes;
@@ -40,7 +45,7 @@ std::string ReadToEnd(int file) {
 
 }  // namespace
 
-std::string LinuxFiles::ReadAll(const std::string& path) {
+std::string LinuxFiles::ReadAll(const std::string& path, std::size_t most) {
     if (!IsWhole(path)) ThrowReason(ENOENT);
     // Without O_NONBLOCK a pipe that nobody writes to would hold the program up before it could be told
     // apart.
@@ -50,12 +55,17 @@ std::string LinuxFiles::ReadAll(const std::string& path) {
     if (::fstat(file.Number(), &status) != 0) ThrowReason(errno);
     if (S_ISDIR(status.st_mode)) ThrowReason(EISDIR);
     if (!S_ISREG(status.st_mode)) throw FileError("Not a regular file");
-    return ReadToEnd(file.Number());
+    if (static_cast<std::uintmax_t>(status.st_size) > most) throw FileTooLarge();
+    return ReadToEnd(file.Number(), most);
 }
 
+// To the system the folder's permissions alone decide. Who has taken away the permission to write a file
+// means it to stay, and the superuser, who may write everything, takes that from the mode.
 void LinuxFiles::Delete(const std::string& path) {
     struct stat status {};
     if (!IsWhole(path) || ::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+    const bool nobodyMayWrite = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+    if (nobodyMayWrite || ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) return;
     ::unlink(path.c_str());
 }
 
@@ -68,7 +78,7 @@ std::size_t LinuxFiles::ReadSection(std::string_view section, std::span<char> bu
                                     const std::filesystem::path& file) {
     std::string text;
     try {
-        text = ReadAll(file.string());
+        text = ReadAll(file.string(), kLargestSettings);
     } catch (const FileError&) {
         // A settings file that is not there has no lines, and neither has one that can't be read.
     }

@@ -1,5 +1,6 @@
 #include "platform/windows/files.h"
 
+#include <cstdint>
 #include <vector>
 
 #include "platform/windows/owned_handle.h"
@@ -39,7 +40,8 @@ bool IsRegularFile(HANDLE file) {
     return !isFolder && !isLink;
 }
 
-std::string ReadToEnd(HANDLE file) {
+// The size that the system told is no promise: a file may grow.
+std::string ReadToEnd(HANDLE file, std::size_t most) {
     std::string bytes;
     std::vector<char> piece(65536);
     for (;;) {
@@ -48,17 +50,21 @@ std::string ReadToEnd(HANDLE file) {
             ThrowReason(::GetLastError());
         }
         if (count == 0) return bytes;
+        if (count > most - bytes.size()) throw FileTooLarge();
         bytes.append(piece.data(), count);
     }
 }
 
 }  // namespace
 
-std::string WindowsFiles::ReadAll(const std::string& path) {
+std::string WindowsFiles::ReadAll(const std::string& path, std::size_t most) {
     const OwnedHandle file = Open(path, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
     if (!file) ThrowReason(::GetLastError());
     if (::GetFileType(file.Get()) != FILE_TYPE_DISK) throw FileError("Not a regular file");
-    return ReadToEnd(file.Get());
+    LARGE_INTEGER size{};
+    if (::GetFileSizeEx(file.Get(), &size) == 0) ThrowReason(::GetLastError());
+    if (static_cast<std::uint64_t>(size.QuadPart) > most) throw FileTooLarge();
+    return ReadToEnd(file.Get(), most);
 }
 
 void WindowsFiles::Delete(const std::string& path) {

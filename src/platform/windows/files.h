@@ -8,7 +8,7 @@ namespace vento::platform {
 /// is refused like a folder.
 class WindowsFiles final : public Files {
   public:
-    [[nodiscard]] std::string ReadAll(const std::string& path) override;
+    [[nodiscard]] std::string ReadAll(const std::string& path, std::size_t most) override;
     void Delete(const std::string& path) override;
     [[nodiscard]] std::filesystem::path ProgramFolder() override;
     [[nodiscard]] std::size_t ReadSection(std::string_view section, std::span<char> buffer,
