@@ -28,8 +28,8 @@
 #include <vector>
 
 #include "allocations.h"
-#include "platform/linux/file_descriptor.h"
 #include "platform/linux/hidraw_host.h"
+#include "platform/posix/file_descriptor.h"
 #include "uhid/uhid_device.h"
 #include "usb/report_exchange.h"
 

@@ -9,7 +9,7 @@
 #include "codec/encoder.h"
 #include "codec/file_bytes.h"
 #include "codec/progress_meter.h"
-#include "codec/windows_1252.h"
+#include "text/encoding.h"
 
 namespace vento::codec {
 namespace {
@@ -23,31 +23,35 @@ void NeedLength32(std::size_t length) {
 
 }  // namespace
 
-void clsHuffman::EncodeFile(const std::string& sourceFile, const std::string& destFile) const {
+std::vector<std::uint8_t> clsHuffman::EncodeFile(const std::string& sourceFile) const {
     if (!FileExists(sourceFile)) throw RaisedError("clsHuffman.EncodeFile()", "Source file does not exist");
-    auto bytes = ReadBytes(PathOf(sourceFile));
+    auto bytes = ReadBytes(PathFromUtf8(sourceFile));
     Encode(bytes, nullptr);
-    ReplaceFile(PathOf(destFile), bytes);
+    return bytes;
+}
+
+void clsHuffman::EncodeFile(const std::string& sourceFile, const std::string& destFile) const {
+    ReplaceFile(PathFromUtf8(destFile), EncodeFile(sourceFile));
 }
 
 bool clsHuffman::DecodeFile(const std::string& sourceFile, std::vector<std::uint8_t>& byteArray,
                             const std::optional<std::string>& destFile) const {
-    byteArray = ReadBytes(PathOf(sourceFile));
+    byteArray = ReadBytes(PathFromUtf8(sourceFile));
     const bool uncoded = Decode(byteArray, nullptr);
-    if (destFile) ReplaceFile(PathOf(*destFile), byteArray);
+    if (destFile) ReplaceFile(PathFromUtf8(*destFile), byteArray);
     return uncoded;
 }
 
 std::string clsHuffman::DecodeString(const std::string& text, KeyArray* codeCript) const {
-    auto bytes = BytesOf(text);
+    auto bytes = Windows1252FromUtf8(text);
     Decode(bytes, codeCript);
-    return TextOf(bytes);
+    return Utf8FromWindows1252(bytes);
 }
 
 std::string clsHuffman::EncodeString(const std::string& text, const KeyArray* codeCript) const {
-    auto bytes = BytesOf(text);
+    auto bytes = Windows1252FromUtf8(text);
     Encode(bytes, codeCript);
-    return TextOf(bytes);
+    return Utf8FromWindows1252(bytes);
 }
 
 void clsHuffman::Encode(std::vector<std::uint8_t>& byteArray, const KeyArray* codeCript) const {
@@ -81,7 +85,7 @@ bool clsHuffman::Decode(std::vector<std::uint8_t>& byteArray, KeyArray* codeCrip
 
 bool clsHuffman::FileExists(const std::string& path) {
     std::error_code failed;
-    static_cast<void>(std::filesystem::file_size(PathOf(path), failed));
+    static_cast<void>(std::filesystem::file_size(PathFromUtf8(path), failed));
     return !failed;
 }
 

@@ -59,8 +59,10 @@ class clsHuffman {
     /// differs.
     std::function<void(std::int16_t& procent)> Progress;
 
-    /// Makes `destFile` a container of the bytes of `sourceFile`. Both may name the same file. Throws
-    /// RaisedError if there is no `sourceFile`.
+    /// A container of the bytes of `sourceFile`. Throws RaisedError if there is no such file.
+    [[nodiscard]] std::vector<std::uint8_t> EncodeFile(const std::string& sourceFile) const;
+
+    /// Makes `destFile` such a container. Both paths may name the same file.
     void EncodeFile(const std::string& sourceFile, const std::string& destFile) const;
 
     /// Decodes `sourceFile` into `byteArray`, and into `destFile` too if there is one. Both paths may name

@@ -20,10 +20,6 @@ namespace {
 
 }  // namespace
 
-std::filesystem::path PathOf(const std::string& text) {
-    return {std::u8string(text.begin(), text.end())};
-}
-
 std::vector<std::uint8_t> ReadBytes(const std::filesystem::path& path) {
     // This comes first: what is no regular file may hold up whoever opens it.
     const std::uintmax_t length = std::filesystem::file_size(path);

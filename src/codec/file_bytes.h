@@ -3,13 +3,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace vento::codec {
-
-/// The path that a UTF-8 text names, on systems of every kind.
-[[nodiscard]] std::filesystem::path PathOf(const std::string& text);
 
 /// All bytes of a file, in one read. Throws std::filesystem::filesystem_error, and OverflowError for a file
 /// whose length does not fit 32 signed bits.

@@ -1,23 +1,20 @@
 #include <array>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "codec/file_bytes.h"
-#include "codec/windows_1252.h"
 #include "console/codec_run.h"
 #include "console/commands.h"
 #include "console/console_machine.h"
-#include "simulator/replacement.h"
-#include "simulator/text_file.h"
+#include "platform/replacement.h"
+#include "text/encoding.h"
 #include "text/language.h"
 
 namespace vento::console {
 namespace {
-
-using simulator::Replacement;
 
 constexpr std::array kEncodeArguments{
     ArgumentEntry{{"SRC", "SRC"}, {"Il file da comprimere", "The file to encode"}},
@@ -46,8 +43,8 @@ constexpr std::array kOptions{OptionEntry{
 // With a key the bytes of the file are a text.
 std::vector<std::uint8_t> CodeText(const std::string& file,
                                    const std::function<std::string(const std::string&)>& code) {
-    const auto bytes = codec::ReadBytes(simulator::PathFromUtf8(file));
-    return codec::BytesOf(code(codec::TextOf(bytes)));
+    const auto bytes = codec::ReadBytes(PathFromUtf8(file));
+    return Windows1252FromUtf8(code(Utf8FromWindows1252(bytes)));
 }
 
 std::string Counts(const Answer& answer, const Phrase& between, Language language) {
@@ -57,30 +54,30 @@ std::string Counts(const Answer& answer, const Phrase& between, Language languag
     return count("bytesIn") + between.In(language) + count("bytesOut");
 }
 
+// An interrupt counts up to the moment in which the old file goes.
+void Save(const Console& console, platform::Replacement& dest, std::span<const std::uint8_t> bytes) {
+    dest.Write(bytes);
+    EndIfInterrupted(console.terminal);
+    dest.TakePlace();
+}
+
 void RunEncode(const Console& console, Answer& answer) {
     const Options& options = console.options;
     RunCodec(console, answer, [&](const CodecTools& tools) {
-        Replacement dest(simulator::PathFromUtf8(options.Argument(1)));
+        const auto dest = platform::ReplaceNatively(PathFromUtf8(options.Argument(1)));
+        std::vector<std::uint8_t> bytes;
         if (tools.key != nullptr) {
             const auto encode = [&](const std::string& text) {
                 return tools.codec.EncodeString(text, tools.key);
             };
-            codec::ReplaceFile(dest.Fresh(), CodeText(options.Argument(0), encode));
+            bytes = CodeText(options.Argument(0), encode);
         } else {
-            tools.codec.EncodeFile(options.Argument(0), simulator::Utf8(dest.Fresh()));
+            bytes = tools.codec.EncodeFile(options.Argument(0));
         }
-        const auto size = std::filesystem::file_size(dest.Fresh());
-        dest.TakePlace();
-        answer.fields["bytesOut"] = size;
+        Save(console, *dest, bytes);
+        answer.fields["bytesOut"] = bytes.size();
     });
     answer.text = Counts(answer, {" byte codificati in ", " bytes encoded in "}, console.language) + "\n";
-}
-
-void Save(const Options& options, const std::vector<std::uint8_t>& bytes) {
-    if (options.arguments.size() < 2) return;
-    Replacement dest(simulator::PathFromUtf8(options.Argument(1)));
-    codec::ReplaceFile(dest.Fresh(), bytes);
-    dest.TakePlace();
 }
 
 void RunDecode(const Console& console, Answer& answer) {
@@ -96,7 +93,9 @@ void RunDecode(const Console& console, Answer& answer) {
         } else {
             uncoded = tools.codec.DecodeFile(options.Argument(0), bytes);
         }
-        Save(options, bytes);
+        if (options.arguments.size() > 1) {
+            Save(console, *platform::ReplaceNatively(PathFromUtf8(options.Argument(1))), bytes);
+        }
         if (tools.key == nullptr) answer.fields["result"] = uncoded;
         answer.fields["bytesOut"] = bytes.size();
     });

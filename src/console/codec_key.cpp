@@ -7,36 +7,36 @@
 
 #include "console/failure.h"
 #include "platform/files.h"
-#include "simulator/json_text.h"
-#include "simulator/scenario_error.h"
-#include "simulator/text_file.h"
+#include "storage/json.h"
+#include "storage/text_file.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
 
 using nlohmann::json;
-using simulator::ScenarioError;
+using storage::ContentError;
 
 json ReadDocument(const std::string& path) {
-    return simulator::ParseJson(simulator::ReadText(simulator::PathFromUtf8(path)));
+    return storage::ParseJson(storage::ReadText(PathFromUtf8(path)));
 }
 
 std::int64_t Element(const json& value, const std::string& place) {
     constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
     const bool tooLarge = value.is_number_unsigned() && value.get<std::uint64_t>() > kMost;
     if (!value.is_number_integer() || tooLarge) {
-        throw ScenarioError(place + ": expected a whole number of 64 bits, found " + value.dump());
+        throw ContentError(place + ": expected a whole number of 64 bits, found " + value.dump());
     }
     return value.get<std::int64_t>();
 }
 
 codec::KeyArray KeyOf(const json& document) {
-    if (!document.is_array()) throw ScenarioError("expected a list of rows");
+    if (!document.is_array()) throw ContentError("expected a list of rows");
     codec::KeyArray key;
     for (const json& row : document) {
         const std::string place = "row " + std::to_string(key.size());
         if (!row.is_array() || row.size() != 2)
-            throw ScenarioError(place + ": expected a list of two numbers");
+            throw ContentError(place + ": expected a list of two numbers");
         key.push_back({Element(row[0], place), Element(row[1], place)});
     }
     return key;
@@ -47,7 +47,7 @@ codec::KeyArray KeyOf(const json& document) {
 codec::KeyArray ReadKey(const std::string& path) {
     try {
         return KeyOf(ReadDocument(path));
-    } catch (const ScenarioError& error) {
+    } catch (const ContentError& error) {
         throw Failure(kUnusableInput, path + ": " + error.what());
     } catch (const platform::FileError& error) {
         throw Failure(kMissingInput, path + ": " + error.what());

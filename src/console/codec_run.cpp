@@ -8,7 +8,8 @@
 #include "console/codec_key.h"
 #include "console/failure.h"
 #include "console/notices.h"
-#include "simulator/text_file.h"
+#include "platform/file_error.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
@@ -40,14 +41,8 @@ ordered_json ErrorFields(const codec::RaisedError& error) {
             {"description", error.Description()}};
 }
 
-// Nothing is lost by an end half-way, so that one Ctrl-C is enough.
-void EndIfInterrupted(const platform::Terminal& terminal) {
-    EndIfDemanded(terminal);
-    if (terminal.Interrupts() > 0) throw EndedAtOnce{kInterrupted};
-}
-
 // Throws Failure for each of the errors that the work may end in.
-void Guard(const fs::path& source, const std::string& name, ordered_json& error,
+void Guard(const fs::path& source, const std::string& name, const std::string& dest, ordered_json& error,
            const std::function<void()>& work) {
     try {
         work();
@@ -63,14 +58,22 @@ void Guard(const fs::path& source, const std::string& name, ordered_json& error,
     } catch (const fs::filesystem_error& failed) {
         const bool reading = failed.path1() == source;
         throw Failure(reading ? kMissingInput : kFailedOutput,
-                      simulator::Utf8(failed.path1()) + ": " + failed.code().message());
+                      Utf8FromPath(failed.path1()) + ": " +
+                          platform::SystemReason(failed.code()).In(Language::english));
+    } catch (const platform::FileError& failed) {
+        throw Failure(kFailedOutput, dest + ": " + failed.what());
     }
 }
 
 }  // namespace
 
+void EndIfInterrupted(const platform::Terminal& terminal) {
+    EndIfDemanded(terminal);
+    if (terminal.Interrupts() > 0) throw EndedAtOnce{kInterrupted};
+}
+
 void RunCodec(const Console& console, Answer& answer, const std::function<void(const CodecTools&)>& work) {
-    const fs::path source = simulator::PathFromUtf8(console.options.Argument(0));
+    const fs::path source = PathFromUtf8(console.options.Argument(0));
     answer.fields = BlankFields(source);
     std::optional<codec::KeyArray> key;
     if (console.options.key) key = ReadKey(*console.options.key);
@@ -86,7 +89,8 @@ void RunCodec(const Console& console, Answer& answer, const std::function<void(c
         if (key) answer.fields["key"] = KeyFields(*key);
     };
     try {
-        Guard(source, console.options.Argument(0), answer.fields["error"], [&] {
+        const std::string dest = console.options.arguments.size() > 1 ? console.options.Argument(1) : "";
+        Guard(source, console.options.Argument(0), dest, answer.fields["error"], [&] {
             work({codec, key ? &*key : nullptr});
         });
     } catch (...) {

@@ -15,6 +15,10 @@ struct CodecTools {
     codec::KeyArray* key;
 };
 
+/// Throws EndedAtOnce if an end is demanded. Nothing is lost by an end half-way, so that one Ctrl-C is
+/// enough.
+void EndIfInterrupted(const platform::Terminal& terminal);
+
 /// Lets the codec work on the file that the options name, and keeps account of it in the fields of `answer`.
 /// `work` sets `result` and `bytesOut` in them. Throws Failure if the key can't be used or the work ends in
 /// an error, EndedAtOnce after Ctrl-C.

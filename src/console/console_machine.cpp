@@ -7,8 +7,8 @@
 #include "platform/native.h"
 #include "simulator/image.h"
 #include "simulator/scenario.h"
-#include "simulator/scenario_error.h"
-#include "simulator/text_file.h"
+#include "storage/json.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
@@ -20,10 +20,10 @@ simulator::Scenario ScenarioFor(const std::string& path) {
 // A slip of the hand must not cost the file that is to be read.
 void RequireOther(const std::string& trace, const std::filesystem::path& input) {
     std::error_code noSuchFile;
-    if (std::filesystem::equivalent(simulator::PathFromUtf8(trace), input, noSuchFile)) {
+    if (std::filesystem::equivalent(PathFromUtf8(trace), input, noSuchFile)) {
         throw Failure(kWrongUsage,
                       Fill({"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."},
-                           {simulator::Utf8(input)}));
+                           {Utf8FromPath(input)}));
     }
 }
 
@@ -34,7 +34,7 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
         const simulator::Scenario scenario = ScenarioFor(*options.simulate);
         if (options.trace) RequireOther(*options.trace, scenario.image);
         return std::make_unique<simulator::SimulatedHidHost>(scenario, clock);
-    } catch (const simulator::ScenarioError& error) {
+    } catch (const storage::ContentError& error) {
         throw Failure(kUnusableInput, *options.simulate + ": " + error.what());
     } catch (const platform::FileError& error) {
         throw Failure(kMissingInput, *options.simulate + ": " + error.what());
@@ -44,8 +44,8 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
 std::optional<Trace> MakeTrace(const Options& options) {
     if (!options.trace) return std::nullopt;
     for (const std::string& argument : options.arguments)
-        RequireOther(*options.trace, simulator::PathFromUtf8(argument));
-    if (options.simulate) RequireOther(*options.trace, simulator::PathFromUtf8(*options.simulate));
+        RequireOther(*options.trace, PathFromUtf8(argument));
+    if (options.simulate) RequireOther(*options.trace, PathFromUtf8(*options.simulate));
     return std::optional<Trace>(std::in_place, *options.trace);
 }
 

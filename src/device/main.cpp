@@ -15,11 +15,11 @@
 #include "device/uhid_device.h"
 #include "device/usb_gadget.h"
 #include "platform/files.h"
-#include "platform/linux/clock.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/native.h"
+#include "platform/posix/file_descriptor.h"
 #include "simulator/image.h"
 #include "simulator/scenario.h"
-#include "simulator/scenario_error.h"
+#include "storage/json.h"
 
 /// vento-simulator: a transmitter, with a remote in front of it, that the kernel takes for a real one.
 namespace vento {
@@ -101,15 +101,15 @@ int Simulate(const Request& request) {
         const auto stop = RequestsToStop();
         const Scenario scenario =
             request.scenario.empty() ? Scenario{} : simulator::LoadScenario(request.scenario);
-        platform::LinuxClock clock;
-        device::ScenarioServer server(scenario, PortFor(request, scenario.interfaces.size()), clock,
+        const auto clock = platform::MakeNativeClock();
+        device::ScenarioServer server(scenario, PortFor(request, scenario.interfaces.size()), *clock,
                                       std::cout);
         server.PlugIn();
         std::cout << "ready\n" << std::flush;
         server.Run(stop.Number());
         server.SaveImage();
         return EXIT_SUCCESS;
-    } catch (const simulator::ScenarioError& error) {
+    } catch (const storage::ContentError& error) {
         return Complain(error.what(), kUnusableScenario);
     } catch (const platform::FileError& error) {
         return Complain(request.scenario + ": " + error.what(), kNoInput);

@@ -8,13 +8,13 @@
 #include <system_error>
 #include <variant>
 
-#include "simulator/scenario_error.h"
+#include "storage/json.h"
 
 namespace vento::device {
 
-using simulator::ScenarioError;
 using simulator::UnplugMoment;
 using std::chrono::milliseconds;
+using storage::ContentError;
 
 namespace {
 
@@ -27,14 +27,14 @@ constexpr std::chrono::seconds kFrameBound{1};
 void RefuseWhatTheKernelDecides(const simulator::Scenario& scenario) {
     for (const simulator::Fault& each : scenario.faults) {
         if (std::holds_alternative<simulator::fault::Refused>(each.kind)) {
-            throw ScenarioError(
+            throw ContentError(
                 "faults: \"refused\" is not offered by a device of the kernel; take the access "
                 "to its node away instead");
         }
     }
     for (const simulator::SimulatedInterface& each : scenario.interfaces) {
         if (!each.opens) {
-            throw ScenarioError(
+            throw ContentError(
                 "interfaces: \"opens\": false is not offered by a device of the kernel; take "
                 "the access to its node away instead");
         }

@@ -25,7 +25,7 @@ namespace vento::device {
 class ScenarioServer {
   public:
     /// What happens is told to `log`, a line each. `clock` and `log` have to outlive the server. Throws
-    /// ScenarioError for what a kernel device can't do, and as Image does.
+    /// storage::ContentError for what a kernel device can't do, and as Image does.
     ScenarioServer(const simulator::Scenario& scenario, Port port, platform::Clock& clock, std::ostream& log);
 
     /// Plugs the interfaces in, in their order. Throws std::system_error.

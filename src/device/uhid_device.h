@@ -5,7 +5,7 @@
 #include <string>
 
 #include "device/kernel_device.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace vento::device {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "device/kernel_device.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace vento::device {
 

@@ -3,22 +3,17 @@
 #include <cstddef>
 #include <filesystem>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
-namespace vento::platform {
+#include "platform/file_error.h"
 
-/// A file that could not be opened or read; `what()` is the system's reason.
-class FileError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+namespace vento::platform {
 
 /// A file with more bytes than its reader takes.
 class FileTooLarge : public FileError {
   public:
-    FileTooLarge() : FileError("File too large") {}
+    FileTooLarge() : FileError(std::errc::file_too_large) {}
 };
 
 /// The few files that the system touches. Paths are UTF-8.

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "programme/decimal.h"
-#include "programme/windows1252.h"
+#include "text/encoding.h"
 
 namespace vento {
 namespace {

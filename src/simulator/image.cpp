@@ -6,21 +6,21 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/files.h"
-#include "simulator/json_node.h"
-#include "simulator/json_text.h"
-#include "simulator/scenario_error.h"
-#include "simulator/text_file.h"
 #include "simulator/word_runs_json.h"
+#include "storage/json.h"
+#include "storage/text_file.h"
+#include "text/encoding.h"
 
 namespace vento::simulator {
 
 namespace fs = std::filesystem;
+using storage::ContentError;
+using storage::JsonNode;
 
 namespace {
 
 RemoteContents ParseImage(std::string_view text) {
-    const nlohmann::json document = ParseJson(text);
+    const nlohmann::json document = storage::ParseJson(text);
     const JsonNode root(document);
     static constexpr std::array<std::string_view, 2> kKeys = {"free", "memory"};
     root.AllowKeys(kKeys);
@@ -40,8 +40,12 @@ bool IsThere(const fs::path& file) {
     const bool isFree = status.type() == fs::file_type::not_found;
     const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
     if (isFree && fs::is_directory(folder, ignored)) return false;
-    throw ScenarioError(
-        "image: expected a regular file, or a name for one in a folder that is there, found " + Utf8(file));
+    throw ContentError("image: expected a regular file, or a name for one in a folder that is there, found " +
+                       Utf8FromPath(file));
+}
+
+Sentence Named(const fs::path& file, const platform::FileError& error) {
+    return Fill({"immagine {0}: {1}", "image {0}: {1}"}, {Utf8FromPath(file), error.Reason()});
 }
 
 }  // namespace
@@ -49,11 +53,11 @@ bool IsThere(const fs::path& file) {
 Image::Image(fs::path file, Remote& remote) : file_(std::move(file)), remote_(remote) {
     if (!IsThere(file_)) return;
     try {
-        remote_.SetContents(ParseImage(ReadText(file_)));
-    } catch (const ScenarioError& error) {
-        throw ScenarioError("image " + Utf8(file_) + ": " + error.what());
+        remote_.SetContents(ParseImage(storage::ReadText(file_)));
+    } catch (const ContentError& error) {
+        throw ContentError("image " + Utf8FromPath(file_) + ": " + error.what());
     } catch (const platform::FileError& error) {
-        throw platform::FileError("image " + Utf8(file_) + ": " + error.what());
+        throw platform::FileError(Named(file_, error));
     }
     saved_ = WriteImage(remote_.Contents());
 }
@@ -69,9 +73,9 @@ void Image::Save() {
     std::string text = WriteImage(remote_.Contents());
     if (text == saved_) return;
     try {
-        ReplaceText(file_, text);
+        storage::ReplaceText(file_, text);
     } catch (const platform::FileError& error) {
-        throw ImageError("image " + Utf8(file_) + ": " + error.what());
+        throw ImageError(Named(file_, error));
     }
     saved_ = std::move(text);
 }

@@ -5,13 +5,20 @@
 #include <string>
 
 #include "simulator/remote.h"
+#include "text/language.h"
 
 namespace vento::simulator {
 
-/// An image that could not be written; `what()` names the file and the reason.
+/// An image that could not be written; `Reason()` names the file too.
 class ImageError : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    explicit ImageError(const Sentence& reason)
+        : std::runtime_error(reason.In(Language::english)), reason_(reason) {}
+
+    [[nodiscard]] const Sentence& Reason() const { return reason_; }
+
+  private:
+    Sentence reason_;
 };
 
 /// A file in which the contents of a remote live on between runs:
@@ -23,8 +30,8 @@ class ImageError : public std::runtime_error {
 class Image {
   public:
     /// Gives `remote` what the file holds, if the file is there. `remote` has to outlive the image. Throws
-    /// ScenarioError if the file is no image, or its folder isn't there, and platform::FileError if it can't
-    /// be read.
+    /// storage::ContentError if the file is no image, or its folder isn't there, and platform::FileError if
+    /// it can't be read.
     Image(std::filesystem::path file, Remote& remote);
 
     /// Saves, and puts up with it if that fails.

@@ -5,15 +5,16 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "simulator/json_node.h"
-#include "simulator/json_text.h"
-#include "simulator/scenario_error.h"
-#include "simulator/text_file.h"
 #include "simulator/word_runs_json.h"
+#include "storage/json.h"
+#include "storage/text_file.h"
+#include "text/encoding.h"
 
 namespace vento::simulator {
 
 namespace fs = std::filesystem;
+using storage::ContentError;
+using storage::JsonNode;
 
 namespace {
 
@@ -146,7 +147,7 @@ std::vector<Fault> ReadFaults(const JsonNode& list) {
 }  // namespace
 
 Scenario ParseScenario(std::string_view text, const fs::path& folder) {
-    const nlohmann::json document = ParseJson(text);
+    const nlohmann::json document = storage::ParseJson(text);
     const JsonNode root(document);
     static constexpr std::array<std::string_view, 5> kKeys = {"interfaces", "remote", "reportMicroseconds",
                                                               "image", "faults"};
@@ -169,9 +170,9 @@ Scenario ParseScenario(std::string_view text, const fs::path& folder) {
 Scenario LoadScenario(const std::string& path) {
     const fs::path file = PathFromUtf8(path);
     try {
-        return ParseScenario(ReadText(file), file.parent_path());
-    } catch (const ScenarioError& error) {
-        throw ScenarioError(path + ": " + error.what());
+        return ParseScenario(storage::ReadText(file), file.parent_path());
+    } catch (const ContentError& error) {
+        throw ContentError(path + ": " + error.what());
     }
 }
 

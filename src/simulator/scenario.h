@@ -29,11 +29,12 @@ struct Scenario {
     std::vector<Fault> faults;
 };
 
-/// Reads a scenario from JSON text. A relative `image` is looked for in `folder`. Throws ScenarioError.
+/// Reads a scenario from JSON text. A relative `image` is looked for in `folder`. Throws
+/// storage::ContentError.
 [[nodiscard]] Scenario ParseScenario(std::string_view text, const std::filesystem::path& folder);
 
 /// Reads a scenario from the file with this UTF-8 path. Throws platform::FileError if the file can't be read,
-/// ScenarioError if its content can't be used.
+/// storage::ContentError if its content can't be used.
 [[nodiscard]] Scenario LoadScenario(const std::string& path);
 
 }  // namespace vento::simulator

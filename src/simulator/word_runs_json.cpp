@@ -8,6 +8,8 @@
 
 namespace vento::simulator {
 
+using storage::JsonNode;
+
 namespace {
 
 /// The second byte of a word as programmes have it.

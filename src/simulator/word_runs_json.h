@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "simulator/json_node.h"
 #include "simulator/remote.h"
+#include "storage/json.h"
 
 namespace vento::simulator {
 
@@ -14,8 +14,9 @@ enum class WordForm : std::uint8_t {
     anyWord,    ///< that, or a list of both bytes
 };
 
-/// Reads an object of lists of words, each under the decimal offset of its first. Throws ScenarioError.
-[[nodiscard]] WordRuns ReadWordRuns(const JsonNode& node, WordForm form);
+/// Reads an object of lists of words, each under the decimal offset of its first. Throws
+/// storage::ContentError.
+[[nodiscard]] WordRuns ReadWordRuns(const storage::JsonNode& node, WordForm form);
 
 [[nodiscard]] std::string WriteWordRuns(const WordRuns& runs);
 

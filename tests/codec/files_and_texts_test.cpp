@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "codec/cls_huffman.h"
-#include "codec/windows_1252.h"
 #include "support/scratch_folder.h"
+#include "text/encoding.h"
 
 namespace vento::codec {
 namespace {
@@ -23,7 +23,7 @@ TEST_F(CodecFiles, GoThereAndBackInPlaceAndReplaceWhatIsLonger) {
     const auto path = folder.Write("città.bin", "abracadabra");
     codec.EncodeFile(path, path);
     EXPECT_FALSE(codec.DecodeFile(path, decoded));
-    EXPECT_EQ(TextOf(decoded), "abracadabra");
+    EXPECT_EQ(Utf8FromWindows1252(decoded), "abracadabra");
     EXPECT_EQ(folder.Read("città.bin").size(), 26U);
     EXPECT_FALSE(codec.DecodeFile(path, decoded, path));
     EXPECT_EQ(folder.Read("città.bin"), "abracadabra");
@@ -34,7 +34,7 @@ TEST_F(CodecFiles, GoThereAndBackInPlaceAndReplaceWhatIsLonger) {
 TEST_F(CodecFiles, AreLeftAloneByAnError) {
     const auto dest = folder.Write("dest", "precious");
     EXPECT_THROW(codec.DecodeFile(folder.Write("broken", "MA1\r"), decoded, dest), RaisedError);
-    EXPECT_EQ(TextOf(decoded), "MA1\r");
+    EXPECT_EQ(Utf8FromWindows1252(decoded), "MA1\r");
     const auto missing = folder.Path("missing");
     try {
         codec.EncodeFile(missing, dest);
@@ -60,7 +60,7 @@ TEST_F(CodecFiles, CostNoMoreThanTheirDataCanGive) {
 TEST(Texts, AreCodedCharacterByCharacterAndLoseWhatIsNone) {
     std::vector<std::uint8_t> all(256);
     std::iota(all.begin(), all.end(), std::uint8_t{0});
-    EXPECT_EQ(BytesOf(TextOf(all)), all);
+    EXPECT_EQ(Windows1252FromUtf8(Utf8FromWindows1252(all)), all);
     const std::vector<std::pair<std::string, std::vector<std::uint8_t>>> cases = {
         {"\x7F€\u0081‚ƒ„…†‡ˆ‰Š‹Œ\u008DŽ\u008F"
          "\u0090‘’“”•–—˜™š›œ\u009DžŸ\u00A0",
@@ -68,7 +68,7 @@ TEST(Texts, AreCodedCharacterByCharacterAndLoseWhatIsNone) {
         {"\u0080\u0100\u65E5\U0001F600", {'?', '?', '?', '?'}},
         {"\xE2\x82z\xC0\x80\xED\xA0\x80\xFF\xC3", {'?', 'z', '?', '?', '?', '?', '?', '?', '?'}}};
     for (const auto& [text, bytes] : cases)
-        EXPECT_EQ(BytesOf(text), bytes) << text;
+        EXPECT_EQ(Windows1252FromUtf8(text), bytes) << text;
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "codec/containers.h"
-#include "codec/windows_1252.h"
+#include "text/encoding.h"
 
 namespace oracle {
 namespace {
@@ -202,8 +202,9 @@ Outcome ObserveClass(const Outcome& before, auto function) {
     return Observe(before, [&](Outcome& outcome) {
         vento::codec::clsHuffman codec;
         codec.Progress = [&](std::int16_t& procent) { outcome.events.push_back(procent); };
-        const auto text = vento::codec::TextOf(outcome.bytes);
-        outcome.bytes = vento::codec::BytesOf((codec.*function)(text, outcome.key ? &*outcome.key : nullptr));
+        const auto text = vento::Utf8FromWindows1252(outcome.bytes);
+        outcome.bytes =
+            vento::Windows1252FromUtf8((codec.*function)(text, outcome.key ? &*outcome.key : nullptr));
     });
 }
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/linux/hidraw_host.h"
-#include "platform/linux/language.h"
+#include "platform/native.h"
 #include "support/scratch_folder.h"
 
 namespace vento::platform {
@@ -47,7 +47,7 @@ TEST(HidrawHost, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
                                       {"hidraw10", failed, transmitter}}));
 }
 
-TEST(MessageLanguage, IsTakenFromTheFirstVariableThatIsSet) {
+TEST(NativeLanguage, IsTakenFromTheFirstVariableThatIsSet) {
     // LC_ALL, LC_MESSAGES and LANG; an empty one counts as none.
     for (const auto& [all, messages, lang, language] :
          std::vector<std::array<const char*, 4>>{{"", "", "", "ENG"},
@@ -58,7 +58,7 @@ TEST(MessageLanguage, IsTakenFromTheFirstVariableThatIsSet) {
         ::setenv("LC_ALL", all, 1);
         ::setenv("LC_MESSAGES", messages, 1);
         ::setenv("LANG", lang, 1);
-        EXPECT_EQ(MessageLanguage(), language) << lang;
+        EXPECT_EQ(NativeLanguageAbbreviation(), language) << lang;
     }
 }
 

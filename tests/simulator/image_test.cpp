@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "simulator/scenario_error.h"
 #include "simulator/wire.h"
+#include "storage/json.h"
 #include "support/scratch_folder.h"
 
 namespace vento::simulator {
@@ -33,7 +33,7 @@ TEST(RemoteImage, ThatCantBeReadOrWrittenIsToldOfAndKept) {
     Wire wire(kScenario, folder / "");
     for (const std::string text : {"", R"({"free": 1})", R"({"free": 1, "memory": {"1": [[2]]}})"}) {
         (void)folder.Write("image.json", text);
-        EXPECT_THROW(Wire(kScenario, folder / ""), ScenarioError) << text;
+        EXPECT_THROW(Wire(kScenario, folder / ""), storage::ContentError) << text;
         EXPECT_EQ(folder.Read("image.json"), text);
     }
     fs::remove(folder / "image.json");

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "simulator/scenario_error.h"
+#include "storage/json.h"
 #include "support/scratch_folder.h"
 
 namespace vento::simulator {
@@ -29,7 +29,7 @@ TEST(Scenario, IsTakenOrRefusedWithThePlace) {
         std::string complaint = "none";
         try {
             (void)ParseScenario(text, "");
-        } catch (const ScenarioError& error) {
+        } catch (const storage::ContentError& error) {
             complaint = error.what();
         }
         EXPECT_TRUE(complaint.starts_with(expected)) << text.substr(0, 200) << ": " << complaint;

@@ -65,7 +65,7 @@ class FakeFiles : public platform::Files {
 
     std::string ReadAll(const std::string& path, std::size_t most) override {
         const auto found = contents.find(path);
-        if (found == contents.end()) throw platform::FileError("No such file or directory");
+        if (found == contents.end()) throw platform::FileError(std::errc::no_such_file_or_directory);
         if (found->second.size() > most) throw platform::FileTooLarge();
         return found->second;
     }

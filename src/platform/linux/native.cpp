@@ -1,9 +1,9 @@
 #include "platform/native.h"
 
-#include "platform/linux/clock.h"
-#include "platform/linux/files.h"
+#include <system_error>
+
 #include "platform/linux/hidraw_host.h"
-#include "platform/linux/language.h"
+#include "platform/posix/files.h"
 
 namespace vento::platform {
 
@@ -12,15 +12,9 @@ std::unique_ptr<HidHost> MakeNativeHidHost() {
 }
 
 std::unique_ptr<Files> MakeNativeFiles() {
-    return std::make_unique<LinuxFiles>();
-}
-
-std::unique_ptr<Clock> MakeNativeClock() {
-    return std::make_unique<LinuxClock>();
-}
-
-std::optional<std::string> NativeLanguageAbbreviation() {
-    return std::string(MessageLanguage());
+    std::error_code unknown;
+    return std::make_unique<PosixFiles>(
+        std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path());
 }
 
 }  // namespace vento::platform

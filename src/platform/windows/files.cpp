@@ -11,11 +11,11 @@ namespace vento::platform {
 namespace {
 
 [[noreturn]] void ThrowReason(DWORD error) {
-    throw FileError(SystemReason(error));
+    throw FileError(SystemError(error));
 }
 
-/// Opens what is there, or leaves the reason with the system. A name with a NUL in it would reach the system
-/// cut short, as the name of another file.
+// Opens what is there, or leaves the reason with the system. A name with a NUL in it would reach the system
+// cut short, as the name of another file.
 OwnedHandle Open(const std::string& path, DWORD access, DWORD flags) {
     if (path.find('\0') != std::string::npos) {
         ::SetLastError(ERROR_INVALID_NAME);
@@ -26,8 +26,8 @@ OwnedHandle Open(const std::string& path, DWORD access, DWORD flags) {
         ::CreateFileW(Wide(path).c_str(), access, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr));
 }
 
-/// Whether it is a file and neither a folder nor a link to somewhere else. Files that are stored elsewhere,
-/// as in a cloud folder, have a reparse point too, but not one that stands for another name.
+// Whether it is a file and neither a folder nor a link to somewhere else. Files that are stored elsewhere,
+// as in a cloud folder, have a reparse point too, but not one that stands for another name.
 bool IsRegularFile(HANDLE file) {
     FILE_ATTRIBUTE_TAG_INFO info{};
     if (::GetFileType(file) != FILE_TYPE_DISK ||
@@ -59,8 +59,16 @@ std::string ReadToEnd(HANDLE file, std::size_t most) {
 
 std::string WindowsFiles::ReadAll(const std::string& path, std::size_t most) {
     const OwnedHandle file = Open(path, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
-    if (!file) ThrowReason(::GetLastError());
-    if (::GetFileType(file.Get()) != FILE_TYPE_DISK) throw FileError("Not a regular file");
+    if (!file) {
+        const DWORD error = ::GetLastError();
+        // All that the system says of a folder is that access is denied.
+        const DWORD attributes = ::GetFileAttributesW(Wide(path).c_str());
+        const bool isFolder =
+            attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (error == ERROR_ACCESS_DENIED && isFolder) throw FileError(std::errc::is_a_directory);
+        ThrowReason(error);
+    }
+    if (::GetFileType(file.Get()) != FILE_TYPE_DISK) throw FileError::NotRegular();
     LARGE_INTEGER size{};
     if (::GetFileSizeEx(file.Get(), &size) == 0) ThrowReason(::GetLastError());
     if (static_cast<std::uint64_t>(size.QuadPart) > most) throw FileTooLarge();

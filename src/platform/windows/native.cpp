@@ -1,11 +1,48 @@
 #include "platform/native.h"
 
-#include "platform/windows/clock.h"
+#include <array>
+#include <ratio>
+
 #include "platform/windows/files.h"
 #include "platform/windows/hid_host.h"
-#include "platform/windows/language.h"
+#include "platform/windows/owned_handle.h"
+#include "platform/windows/system.h"
+#include "platform/windows/text.h"
 
 namespace vento::platform {
+namespace {
+
+constexpr DWORD kHighResolution =
+    0x2;  // CREATE_WAITABLE_TIMER_HIGH_RESOLUTION, which mingw-w64 10 does not have
+
+OwnedHandle MakeTimer(DWORD flags) {
+    return OwnedHandle(::CreateWaitableTimerExW(nullptr, nullptr, flags, TIMER_ALL_ACCESS));
+}
+
+// Sleeps by a timer of its own: the plain sleep of the system wakes up at its next tick, up to 16 ms late.
+class WindowsClock final : public Clock {
+  public:
+    WindowsClock() : timer_(MakeTimer(kHighResolution)) {
+        if (!timer_) timer_ = MakeTimer(0);  // Windows before 10 1803 knows no finer one
+    }
+
+    [[nodiscard]] Duration Now() override { return std::chrono::steady_clock::now().time_since_epoch(); }
+
+    void Sleep(Duration duration) override {
+        using Ticks = std::chrono::duration<LONGLONG, std::ratio<1, 10'000'000>>;
+        LARGE_INTEGER due{};
+        due.QuadPart = -std::chrono::ceil<Ticks>(duration).count();  // below zero: from now on
+        if (due.QuadPart >= 0) return;
+        if (::SetWaitableTimer(timer_.Get(), &due, 0, nullptr, nullptr, FALSE) != 0) {
+            ::WaitForSingleObject(timer_.Get(), INFINITE);
+        }
+    }
+
+  private:
+    OwnedHandle timer_;
+};
+
+}  // namespace
 
 std::unique_ptr<HidHost> MakeNativeHidHost() {
     return std::make_unique<WindowsHidHost>();
@@ -19,8 +56,15 @@ std::unique_ptr<Clock> MakeNativeClock() {
     return std::make_unique<WindowsClock>();
 }
 
+// The user's regional settings hold it.
 std::optional<std::string> NativeLanguageAbbreviation() {
-    return RegionLanguage();
+    std::array<wchar_t, 32> value{};
+    auto bytes = static_cast<DWORD>(sizeof value);
+    if (::RegGetValueW(HKEY_CURRENT_USER, L"Control Panel\\International", L"sLanguage", RRF_RT_REG_SZ,
+                       nullptr, value.data(), &bytes) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    return Utf8(value.data());
 }
 
 }  // namespace vento::platform

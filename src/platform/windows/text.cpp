@@ -1,7 +1,5 @@
 #include "platform/windows/text.h"
 
-#include <array>
-
 namespace vento::platform {
 
 std::wstring Wide(std::string_view utf8) {
@@ -21,14 +19,30 @@ std::string Utf8(std::wstring_view wide) {
     return utf8;
 }
 
-std::string SystemReason(DWORD error) {
-    std::array<wchar_t, 512> text{};
-    const DWORD count = ::FormatMessageW(
-        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK, nullptr,
-        error, 0, text.data(), static_cast<DWORD>(text.size()), nullptr);
-    if (count == 0) return "Windows error " + std::to_string(error);
-    const std::wstring_view reason(text.data(), count);
-    return Utf8(reason.substr(0, reason.find_last_not_of(L' ') + 1));
+std::error_code SystemError(DWORD error) {
+    const auto common = [](std::errc reason) { return std::make_error_code(reason); };
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_PATHNAME:
+        case ERROR_INVALID_DRIVE:
+            return common(std::errc::no_such_file_or_directory);
+        case ERROR_ACCESS_DENIED:
+            return common(std::errc::permission_denied);
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+            return common(std::errc::no_space_on_device);
+        case ERROR_WRITE_PROTECT:
+            return common(std::errc::read_only_file_system);
+        case ERROR_FILENAME_EXCED_RANGE:
+            return common(std::errc::filename_too_long);
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+            return common(std::errc::device_or_resource_busy);
+        default:
+            return {static_cast<int>(error), std::system_category()};
+    }
 }
 
 }  // namespace vento::platform

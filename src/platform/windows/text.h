@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "platform/windows/system.h"
 
@@ -11,7 +12,7 @@ namespace vento::platform {
 [[nodiscard]] std::wstring Wide(std::string_view utf8);
 [[nodiscard]] std::string Utf8(std::wstring_view wide);
 
-/// The system's own words for one of its error codes, without a line end.
-[[nodiscard]] std::string SystemReason(DWORD error);
+/// One of the system's error codes: a std::errc where the common reasons have one, otherwise as it is.
+[[nodiscard]] std::error_code SystemError(DWORD error);
 
 }  // namespace vento::platform

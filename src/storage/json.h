@@ -4,15 +4,27 @@
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-namespace vento::simulator {
+namespace vento::storage {
+
+/// The content of a file that can't be used. `what()` says at which place, what was expected there and what
+/// was found.
+class ContentError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Reads strict JSON: no comments, no key twice in an object, nothing behind the end, nesting of 16 at the
+/// most. Throws ContentError with the place.
+[[nodiscard]] nlohmann::json ParseJson(std::string_view text);
 
 /// A place in a JSON document, and the value there, if any. Whatever does not find what it expects throws
-/// ScenarioError with the path of the place, what was expected, and what was found. Must not outlive the
+/// ContentError with the path of the place, what was expected, and what was found. Must not outlive the
 /// document.
 class JsonNode {
   public:
@@ -50,4 +62,4 @@ class JsonNode {
     std::string path_;
 };
 
-}  // namespace vento::simulator
+}  // namespace vento::storage

@@ -1,4 +1,4 @@
-#include "platform/linux/files.h"
+#include "platform/posix/files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,8 +9,7 @@
 #include <cstdint>
 #include <system_error>
 
-#include "platform/linux/file_descriptor.h"
-#include "platform/linux/profile_section.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace vento::platform {
 namespace {
@@ -18,10 +17,10 @@ namespace {
 constexpr std::size_t kLargestSettings = 1 << 20;
 
 [[noreturn]] void ThrowReason(int error) {
-    throw FileError(std::generic_category().message(error));
+    throw FileError(std::error_code(error, std::generic_category()));
 }
 
-/// A name with a NUL in it would reach the system cut short, as the name of another file.
+// A name with a NUL in it would reach the system cut short, as the name of another file.
 bool IsWhole(const std::string& path) {
     return path.find('\0') == std::string::npos;
 }
@@ -45,23 +44,22 @@ std::string ReadToEnd(int file, std::size_t most) {
 
 }  // namespace
 
-std::string LinuxFiles::ReadAll(const std::string& path, std::size_t most) {
+std::string PosixFiles::ReadAll(const std::string& path, std::size_t most) {
     if (!IsWhole(path)) ThrowReason(ENOENT);
-    // Without O_NONBLOCK a pipe that nobody writes to would hold the program up before it could be told
-    // apart.
+    // Without O_NONBLOCK a pipe without a writer would block here.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.IsOpen()) ThrowReason(errno);
     struct stat status {};
     if (::fstat(file.Number(), &status) != 0) ThrowReason(errno);
     if (S_ISDIR(status.st_mode)) ThrowReason(EISDIR);
-    if (!S_ISREG(status.st_mode)) throw FileError("Not a regular file");
+    if (!S_ISREG(status.st_mode)) throw FileError::NotRegular();
     if (static_cast<std::uintmax_t>(status.st_size) > most) throw FileTooLarge();
     return ReadToEnd(file.Number(), most);
 }
 
 // To the system the folder's permissions alone decide. Who has taken away the permission to write a file
 // means it to stay, and the superuser, who may write everything, takes that from the mode.
-void LinuxFiles::Delete(const std::string& path) {
+void PosixFiles::Delete(const std::string& path) {
     struct stat status {};
     if (!IsWhole(path) || ::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
     const bool nobodyMayWrite = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
@@ -69,12 +67,7 @@ void LinuxFiles::Delete(const std::string& path) {
     ::unlink(path.c_str());
 }
 
-std::filesystem::path LinuxFiles::ProgramFolder() {
-    std::error_code unknown;
-    return std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path();
-}
-
-std::size_t LinuxFiles::ReadSection(std::string_view section, std::span<char> buffer,
+std::size_t PosixFiles::ReadSection(std::string_view section, std::span<char> buffer,
                                     const std::filesystem::path& file) {
     std::string text;
     try {

@@ -1,13 +1,13 @@
-#include "codec/windows_1252.h"
+#include "text/encoding.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 
-namespace vento::codec {
+namespace vento {
 namespace {
 
-/// The characters of the bytes 0x80 to 0x9F. All others have the number of their byte.
+// The characters of the bytes 0x80 to 0x9F. All others have the number of their byte.
 constexpr std::array<char32_t, 32> kHighCharacters = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
@@ -15,8 +15,8 @@ constexpr std::array<char32_t, 32> kHighCharacters = {
 
 constexpr char32_t kNone = 0xFFFFFFFF;
 
-/// The first byte of a sequence says how many follow and which bits of the character it holds itself. The
-/// range of the byte behind it keeps out overlong forms, surrogates and what is above the last character.
+// The first byte of a sequence says how many follow and which bits of the character it holds itself. The
+// range of the byte behind it keeps out overlong forms, surrogates and what is above the last character.
 struct Lead {
     std::size_t following = 0;
     unsigned mask = 0;
@@ -33,7 +33,7 @@ Lead LeadOf(unsigned byte) {
     return {};
 }
 
-/// Takes the first character off `text`, which is not empty. kNone if it is not UTF-8.
+// Takes the first character off `text`, which is not empty. kNone if it is not UTF-8.
 char32_t TakeCharacter(std::string_view& text) {
     const auto first = static_cast<unsigned char>(text.front());
     text.remove_prefix(1);
@@ -63,7 +63,7 @@ std::uint8_t ByteOf(char32_t character) {
 
 }  // namespace
 
-std::vector<std::uint8_t> BytesOf(std::string_view text) {
+std::vector<std::uint8_t> Windows1252FromUtf8(std::string_view text) {
     std::vector<std::uint8_t> bytes;
     bytes.reserve(text.size());
     while (!text.empty())
@@ -71,7 +71,7 @@ std::vector<std::uint8_t> BytesOf(std::string_view text) {
     return bytes;
 }
 
-std::string TextOf(std::span<const std::uint8_t> bytes) {
+std::string Utf8FromWindows1252(std::span<const std::uint8_t> bytes) {
     std::string text;
     text.reserve(bytes.size() + bytes.size() / 2);
     for (const std::uint8_t byte : bytes) {
@@ -91,4 +91,17 @@ std::string TextOf(std::span<const std::uint8_t> bytes) {
     return text;
 }
 
-}  // namespace vento::codec
+std::string Utf8FromWindows1252(std::string_view bytes) {
+    return Utf8FromWindows1252(std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+}
+
+std::filesystem::path PathFromUtf8(std::string_view text) {
+    return std::u8string(text.begin(), text.end());
+}
+
+std::string Utf8FromPath(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+}  // namespace vento

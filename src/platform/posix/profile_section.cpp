@@ -1,6 +1,6 @@
-#include "platform/linux/profile_section.h"
-
 #include <algorithm>
+
+#include "platform/posix/files.h"
 
 namespace vento::platform {
 namespace {

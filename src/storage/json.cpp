@@ -1,18 +1,84 @@
-#include "simulator/json_node.h"
+#include "storage/json.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
 
-#include "simulator/scenario_error.h"
-
-namespace vento::simulator {
-
+namespace vento::storage {
 namespace {
+
+using Json = nlohmann::json;
+
+constexpr std::size_t kDeepest = 16;
+
+// Follows the parser through the document and refuses what it would let pass.
+class Strictness {
+  public:
+    void See(Json::parse_event_t event, const Json& parsed) {
+        using Event = Json::parse_event_t;
+        switch (event) {
+            case Event::object_start:
+            case Event::array_start:
+                if (levels_.size() == kDeepest) throw ContentError(Path() + ": nested too deeply");
+                levels_.emplace_back().isList = event == Event::array_start;
+                break;
+            case Event::object_end:
+            case Event::array_end:
+                levels_.pop_back();
+                Advance();
+                break;
+            case Event::key:
+                levels_.back().key = parsed.get_ref<const std::string&>();
+                if (!levels_.back().keys.insert(levels_.back().key).second) {
+                    throw ContentError(Path() + ": expected this key once, found it again");
+                }
+                break;
+            case Event::value:
+                Advance();
+                break;
+        }
+    }
+
+  private:
+    struct Level {
+        bool isList = false;
+        std::size_t index = 0;
+        std::string key;
+        std::set<std::string> keys;
+    };
+
+    void Advance() {
+        if (!levels_.empty()) ++levels_.back().index;
+    }
+
+    [[nodiscard]] std::string Path() const {
+        std::string path;
+        for (const Level& level : levels_) {
+            if (level.isList) {
+                path += "[" + std::to_string(level.index) + "]";
+            } else {
+                path += (path.empty() ? "" : ".") + level.key;
+            }
+        }
+        return path;
+    }
+
+    std::vector<Level> levels_;
+};
+
+// What the parser says, without the number that it gives its errors, and in ASCII.
+std::string Reason(std::string text) {
+    const std::size_t end = text.find("] ");
+    if (text.starts_with('[') && end != std::string::npos) text.erase(0, end + 2);
+    std::ranges::replace_if(
+        text, [](char each) { return static_cast<unsigned char>(each) > 126; }, '?');
+    return text;
+}
 
 constexpr std::size_t kShownCharacters = 60;
 
-/// A value as an error shows it: as JSON in ASCII, cut off where it grows long.
-std::string Shown(const nlohmann::json& value) {
+// A value as an error shows it: as JSON in ASCII, cut off where it grows long.
+std::string Shown(const Json& value) {
     if (value.is_array()) return "a list of " + std::to_string(value.size());
     if (value.is_object()) return "an object";
     std::string text = value.dump(-1, ' ', true);
@@ -29,11 +95,24 @@ std::string Joined(std::span<const std::string_view> words) {
 
 }  // namespace
 
+Json ParseJson(std::string_view text) {
+    Strictness strictness;
+    const auto see = [&](int, Json::parse_event_t event, Json& parsed) {
+        strictness.See(event, parsed);
+        return true;
+    };
+    try {
+        return Json::parse(text, see);
+    } catch (const Json::exception& error) {
+        throw ContentError("expected JSON: " + Reason(error.what()));
+    }
+}
+
 void JsonNode::Refuse(std::string_view expected) const {
     std::string text = path_.empty() ? "the whole" : path_;
     text.append(": expected ").append(expected).append(", found ");
     text.append(value_ == nullptr ? "nothing" : Shown(*value_));
-    throw ScenarioError(text);
+    throw ContentError(text);
 }
 
 bool JsonNode::IsNull() const {
@@ -107,4 +186,4 @@ std::uint64_t JsonNode::Number(std::uint64_t least, std::uint64_t most) const {
     Refuse("a whole number from " + std::to_string(least) + " to " + std::to_string(most));
 }
 
-}  // namespace vento::simulator
+}  // namespace vento::storage

@@ -52,9 +52,9 @@ void OccupyStandardStreams() {
     }
 }
 
-class LinuxTerminal final : public Terminal {
+class PosixTerminal final : public Terminal {
   public:
-    LinuxTerminal() {
+    PosixTerminal() {
         OccupyStandardStreams();
         Watch(SIGINT, OnInterrupt);
         Watch(SIGTERM, OnTermination);
@@ -86,7 +86,7 @@ class LinuxTerminal final : public Terminal {
 }  // namespace
 
 std::unique_ptr<Terminal> MakeNativeTerminal() {
-    return std::make_unique<LinuxTerminal>();
+    return std::make_unique<PosixTerminal>();
 }
 
 std::vector<std::string> NativeArguments(int argc, const char* const* argv) {

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <stdexcept>
+#include <system_error>
+
+#include "text/language.h"
+
+namespace vento::platform {
+
+/// Why the system refused something, for people: the common reasons in every language, without a full stop,
+/// any other in the system's own words.
+[[nodiscard]] Sentence SystemReason(std::error_code error);
+
+/// A file that could not be opened, read or written. It names no file: whoever shows it knows which was
+/// meant.
+class FileError : public std::runtime_error {
+  public:
+    explicit FileError(std::error_code error) : FileError(SystemReason(error)) {}
+    explicit FileError(std::errc error) : FileError(std::make_error_code(error)) {}
+    explicit FileError(const Sentence& reason)
+        : std::runtime_error(reason.In(Language::english)), reason_(reason) {}
+
+    [[nodiscard]] const Sentence& Reason() const { return reason_; }
+
+    /// For what is there, but is a pipe, a device or the like.
+    [[nodiscard]] static FileError NotRegular();
+
+  private:
+    Sentence reason_;
+};
+
+}  // namespace vento::platform

@@ -1,0 +1,24 @@
+#include "storage/text_file.h"
+
+#include "platform/native.h"
+#include "platform/replacement.h"
+#include "storage/json.h"
+#include "text/encoding.h"
+
+namespace vento::storage {
+
+std::string ReadText(const std::filesystem::path& file) {
+    try {
+        return platform::MakeNativeFiles()->ReadAll(Utf8FromPath(file), kLargestText);
+    } catch (const platform::FileTooLarge&) {
+        throw ContentError("expected a text of " + std::to_string(kLargestText) + " bytes at the most");
+    }
+}
+
+void ReplaceText(const std::filesystem::path& file, std::string_view text) {
+    const auto replacement = platform::ReplaceNatively(file);
+    replacement->Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+    replacement->TakePlace();
+}
+
+}  // namespace vento::storage

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The texts of the system are UTF-8. This is what they come from and go to.
+namespace vento {
+
+/// The characters of `bytes` as UTF-8. All 256 values have one: the five that Windows-1252 leaves unassigned
+/// (0x81, 0x8D, 0x8F, 0x90 and 0x9D) are the control characters of the same number, as in the best-fit table
+/// that Unicode publishes for the code page (bestfit1252.txt).
+[[nodiscard]] std::string Utf8FromWindows1252(std::span<const std::uint8_t> bytes);
+[[nodiscard]] std::string Utf8FromWindows1252(std::string_view bytes);
+
+/// The reverse, one byte for each character. A character outside Windows-1252, and what is not UTF-8, becomes
+/// "?"; of a broken sequence its longest beginning that could have become a character counts as one.
+[[nodiscard]] std::vector<std::uint8_t> Windows1252FromUtf8(std::string_view text);
+
+/// The path that a UTF-8 text names, on every system, and back.
+[[nodiscard]] std::filesystem::path PathFromUtf8(std::string_view text);
+[[nodiscard]] std::string Utf8FromPath(const std::filesystem::path& path);
+
+}  // namespace vento
