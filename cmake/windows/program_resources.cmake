@@ -26,10 +26,15 @@ function(windows_icon name)
 endfunction()
 windows_icon(vento)
 windows_icon(programme)
-add_custom_target(windows_icons DEPENDS ${windows_resources}/vento.ico ${windows_resources}/programme.ico)
+# The window's logo, four times as large as on a plain screen: it is made smaller for each.
+add_custom_command(OUTPUT ${windows_resources}/logo.png
+    COMMAND ${RSVG_CONVERT} -z 4 -o ${windows_resources}/logo.png ${PROJECT_SOURCE_DIR}/src/desktop/art/logo.svg
+    DEPENDS ${PROJECT_SOURCE_DIR}/src/desktop/art/logo.svg VERBATIM)
+set(windows_pictures ${windows_resources}/vento.ico ${windows_resources}/programme.ico ${windows_resources}/logo.png)
+add_custom_target(windows_pictures DEPENDS ${windows_pictures})
 
 # program_resources(TARGET TITLE): the manifest, which every program needs that is to meet paths and texts beyond ASCII;
-# where there is a TITLE, the icons and the version that the system shows too.
+# where there is a TITLE, the icons, the logo and the version that the system shows too.
 function(program_resources target title)
     target_sources(${target} PRIVATE ${windows_resources}/manifest.rc)
     if(NOT title)
@@ -39,6 +44,6 @@ function(program_resources target title)
     configure_file(${windows_packaging}/program.rc.in ${script} @ONLY)
     target_sources(${target} PRIVATE ${script})
     set_source_files_properties(${script} TARGET_DIRECTORY ${target} PROPERTIES
-        OBJECT_DEPENDS "${windows_resources}/vento.ico;${windows_resources}/programme.ico")
-    add_dependencies(${target} windows_icons)
+        OBJECT_DEPENDS "${windows_pictures}")
+    add_dependencies(${target} windows_pictures)
 endfunction()

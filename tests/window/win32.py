@@ -1,8 +1,10 @@
 """Drives vento.exe under Wine, by the window_driver beside it."""
 
+import contextlib
 import json
 import os
 import pathlib
+import re
 import struct
 import subprocess
 import tempfile
@@ -13,6 +15,7 @@ from common import eventually
 KEYS = {"Tab": 9, "Return": 13, "Escape": 27, "space": 32}
 WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_KEYDOWN, WM_KEYUP, WM_SYSCHAR, WM_SYSCOMMAND, WM_DROPFILES, WM_DPICHANGED = (
     0x10, 0x16, 0xF5, 0x100, 0x101, 0x106, 0x112, 0x233, 0x2E0)
+ACCESSIBLE_NAME = "608d3df8-8128-4aa7-a428-f55e49267291"
 SC_HOLD_CAPTION, SC_KEYMENU = 0xF012, 0xF100
 
 
@@ -20,10 +23,10 @@ def native(argument):
     return "Z:" + str(argument).replace("/", "\\") if isinstance(argument, pathlib.Path) else str(argument)
 
 
-def start(*command, folder=None, out=subprocess.DEVNULL, **variables):
+def start(*command, folder=None, out=subprocess.DEVNULL, log=subprocess.DEVNULL, **variables):
     # Never with a pipe, which Wine's helpers keep open.
     return subprocess.Popen(["wine", *map(native, command)], cwd=folder, stdin=subprocess.DEVNULL, stdout=out,
-                            stderr=subprocess.DEVNULL, env=os.environ | {"LC_ALL": "C.UTF-8"} | variables)
+                            stderr=log, env=os.environ | {"LC_ALL": "C.UTF-8"} | variables)
 
 
 class Window(common.Window):
@@ -33,11 +36,34 @@ class Window(common.Window):
         self.driver = pathlib.Path(program).with_name("window_driver.exe")
         region = {"it": "ITA", "en": "ENU"}[language]
         start("reg", "add", r"HKCU\Control Panel\International", "/v", "sLanguage", "/d", region, "/f").wait(60)
-        self.process = start(program, *arguments, folder=folder, VENTO_SIMULATE=simulate)
+        # Wine, which does nothing with what screen readers are told, says so at least.
+        self.log = tempfile.NamedTemporaryFile()
+        self.process = start(program, *arguments, folder=folder, log=self.log, VENTO_SIMULATE=simulate,
+                             WINEDEBUG="-all,fixme+oleacc")
         eventually(self.windows, "the window")
         for each in (3, scale) if scale != 1 else ():  # as if it had come to two other screens
             self.drive("lend", self.form()["handle"], WM_DPICHANGED, 0x10001 * int(96 * each),
                        *struct.pack("<4i", 10, 10, 400, 400))
+
+    def names(self, role):
+        """The names that screen readers are told of."""
+        told = pathlib.Path(self.log.name).read_text(errors="replace")
+        pattern = rf'SetHwndPropStr \((\w+) \d+ 0 {{{ACCESSIBLE_NAME}}} L"(.*)"\)'
+        names = {str(int(handle, 16)): name for handle, name in re.findall(pattern, told)}
+        return [names.get(each["handle"]) for each in self.controls({"list": "ListBox"}[role])]
+
+    @contextlib.contextmanager
+    def spoken(self):
+        """What a screen reader speaks of its own accord, as a function that gives all of it so far."""
+        with tempfile.NamedTemporaryFile() as out:
+            listener = start(self.driver, "listen", out=out)
+
+            def so_far():
+                return [json.loads(each) for each in pathlib.Path(out.name).read_text().splitlines()]
+            eventually(so_far, "that it listens")
+            yield so_far
+            listener.kill()
+            listener.wait()
 
     def drive(self, *command):
         def run():

@@ -6,6 +6,8 @@
 //       doesn't wait for what the message leads to
 //   window_driver write WINDOW TEXT
 //       fills a field
+//   window_driver listen
+//       prints what a screen reader would speak of its own accord, a line of JSON each, until it is ended
 //   window_driver lend WINDOW MESSAGE NUMBER BYTE...
 //       sends a message with the address of these bytes: as its first argument too, if the number is 0
 #include "platform/windows/system.h"
@@ -32,6 +34,12 @@ std::string ClassOf(HWND window) {
     return Utf8(name.data());
 }
 
+std::string TextOf(HWND window) {
+    std::array<wchar_t, 8192> text{};
+    ::InternalGetWindowText(window, text.data(), static_cast<int>(text.size()));
+    return Utf8(text.data());
+}
+
 Json ContentsOf(HWND control) {
     std::array<wchar_t, 1024> text{};
     const auto into = reinterpret_cast<LPARAM>(text.data());
@@ -55,14 +63,12 @@ Json Described(HWND window, const std::string& asked) {
     ::MapWindowPoints(nullptr, ::GetAncestor(window, GA_PARENT), reinterpret_cast<POINT*>(&place), 2);
     RECT area{};
     ::GetClientRect(window, &area);
-    std::array<wchar_t, 1024> text{};
-    ::InternalGetWindowText(window, text.data(), static_cast<int>(text.size()));
     GUITHREADINFO thread{};
     thread.cbSize = sizeof thread;
     ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &thread);
     return {{"handle", std::to_string(reinterpret_cast<std::uintptr_t>(window))},
             {"class", ClassOf(window)},
-            {"text", Utf8(text.data())},
+            {"text", TextOf(window)},
             {"visible", ::IsWindowVisible(window) != 0},
             {"enabled", ::IsWindowEnabled(window) != 0},
             {"focused", thread.hwndFocus == window},
@@ -95,6 +101,20 @@ int TellState(const std::string& asked) {
     return EXIT_SUCCESS;
 }
 
+void CALLBACK TellChange(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWORD) {
+    std::cout << Json(TextOf(window)) << std::endl;
+}
+
+int Listen() {
+    ::SetWinEventHook(EVENT_OBJECT_LIVEREGIONCHANGED, EVENT_OBJECT_LIVEREGIONCHANGED, nullptr, TellChange, 0,
+                      0, WINEVENT_OUTOFCONTEXT);
+    std::cout << Json("listening") << std::endl;
+    MSG message{};
+    while (::GetMessageW(&message, nullptr, 0, 0) > 0)
+        ::DispatchMessageW(&message);
+    return EXIT_SUCCESS;
+}
+
 /// The address of these bytes in the memory of the window's program, which is gone with it.
 LPARAM Lend(HWND window, const std::vector<char>& bytes) {
     DWORD id = 0;
@@ -110,6 +130,7 @@ LPARAM Lend(HWND window, const std::vector<char>& bytes) {
 
 int wmain(int count, wchar_t** words) {
     const std::wstring command = words[1];
+    if (command == L"listen") return Listen();
     if (count == 2) return TellState(Utf8(command));
     const auto window = reinterpret_cast<HWND>(std::stoull(words[2]));
     if (command == L"write")

@@ -2,10 +2,11 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
-#include "desktop/win32/resource_ids.h"
 #include "platform/windows/text.h"
 
 namespace vento::desktop::win32 {
@@ -13,6 +14,19 @@ namespace {
 
 constexpr DWORD kFrameStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_CLIPCHILDREN;
 constexpr wchar_t kFrameClass[] = L"FormWeb";
+
+constexpr int kCancelIndex = 3;
+constexpr int kLowestDensity = 48;
+
+// Where the bar will be.
+const ControlLayout kCancelLayout{.id = ControlId::ProgressBar1,
+                                  .place = LayoutOf(ControlId::ProgressBar1).place,
+                                  .font = LayoutOf(ControlId::Command2).font,
+                                  .background = LayoutOf(ControlId::Command2).background};
+constexpr Wording kCancelCaption{"Esc: annulla", "Esc: cancel"};
+constexpr Wording kUnfinished{
+    "Chiudendo adesso il telecomando resta programmato a metà: andrà programmato di nuovo.",
+    "Closing now leaves the remote half programmed: it will have to be programmed again."};
 
 HICON LoadIconOfSize(int metric) {
     const int size = ::GetSystemMetrics(metric);
@@ -28,9 +42,18 @@ void RegisterFrameClass(WNDPROC receive) {
     frameClass.hIcon = LoadIconOfSize(SM_CXICON);
     frameClass.hIconSm = LoadIconOfSize(SM_CXSMICON);
     frameClass.hCursor = ::LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
-    frameClass.hbrBackground = static_cast<HBRUSH>(::GetStockObject(WHITE_BRUSH));
     frameClass.lpszClassName = kFrameClass;
     ::RegisterClassExW(&frameClass);
+}
+
+/// Where a window of that size stands in the middle of what a monitor has room for.
+POINT CentreOf(HMONITOR monitor, SIZE size) {
+    MONITORINFO info{};
+    info.cbSize = sizeof info;
+    ::GetMonitorInfoW(monitor, &info);
+    const RECT& room = info.rcWork;
+    return {std::max(room.left, (room.left + room.right - size.cx) / 2),
+            std::max(room.top, (room.top + room.bottom - size.cy) / 2)};
 }
 
 std::wstring DroppedPath(HDROP drop) {
@@ -48,20 +71,37 @@ bool IsProgrammeFile(const std::wstring& path) {
 
 }  // namespace
 
-SIZE FormFrame::SizeAt(int dotsPerInch) {
-    RECT outside = PlaceOf(kFormArea, dotsPerInch);
+SIZE FormFrame::SizeAt(int dotsPerInch, int areaDotsPerInch) {
+    RECT outside = PlaceOf(kFormArea, areaDotsPerInch);
     ::AdjustWindowRectExForDpi(&outside, kFrameStyle, FALSE, 0, static_cast<UINT>(dotsPerInch));
     return {outside.right - outside.left, outside.bottom - outside.top};
+}
+
+int FormFrame::FittingDensity(int dotsPerInch, HMONITOR monitor) {
+    MONITORINFO info{};
+    info.cbSize = sizeof info;
+    if (::GetMonitorInfoW(monitor, &info) == 0) return dotsPerInch;
+    const RECT& room = info.rcWork;
+    const auto fits = [&](int density) {
+        const SIZE size = SizeAt(dotsPerInch, density);
+        return size.cx <= room.right - room.left && size.cy <= room.bottom - room.top;
+    };
+    int density = dotsPerInch;
+    while (density > kLowestDensity && !fits(density))
+        --density;
+    return density;
 }
 
 FormFrame::FormFrame(const FormPlace& place, const std::wstring& title, WNDPROC receive) {
     RegisterFrameClass(receive);
     const int dotsPerInch = static_cast<int>(::GetDpiForSystem());
-    const SIZE size = SizeAt(dotsPerInch);
-    handle_ =
-        ::CreateWindowExW(0, kFrameClass, title.c_str(), kFrameStyle,
-                          PixelsFromTwips(place.left, dotsPerInch), PixelsFromTwips(place.top, dotsPerInch),
-                          size.cx, size.cy, nullptr, nullptr, ::GetModuleHandleW(nullptr), nullptr);
+    POINT corner{PixelsFromTwips(place.left, dotsPerInch), PixelsFromTwips(place.top, dotsPerInch)};
+    HMONITOR const monitor = ::MonitorFromPoint(POINT{}, MONITOR_DEFAULTTOPRIMARY);
+    const int density = FittingDensity(dotsPerInch, monitor);
+    const SIZE size = SizeAt(dotsPerInch, density);
+    if (density != dotsPerInch) corner = CentreOf(monitor, size);
+    handle_ = ::CreateWindowExW(0, kFrameClass, title.c_str(), kFrameStyle, corner.x, corner.y, size.cx,
+                                size.cy, nullptr, nullptr, ::GetModuleHandleW(nullptr), nullptr);
     if (handle_ == nullptr) {
         throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), "CreateWindowEx");
     }
@@ -71,38 +111,26 @@ void FormFrame::Destroy() {
     if (handle_ != nullptr) ::DestroyWindow(std::exchange(handle_, nullptr));
 }
 
-// The views are made in tab order, which to the system is the order of the windows.
 FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring& title)
     : form_(form),
       desktop_(desktop),
+      taskbar_(MakeObject<ITaskbarList3>(CLSID_TaskbarList, IID_ITaskbarList3)),
       frame_(form.Place, title, Receive),
-      toolTips_(Handle()),
-      image1_(Handle(), ControlId::Image1, WC_STATICW, WS_VISIBLE | SS_OWNERDRAW, form.PanelLanguage()),
-      progressBar1_(Handle(), form.ProgressBar1, ControlId::ProgressBar1, form.PanelLanguage()),
-      label1_(Handle(), form.Label1, ControlId::Label1, form.PanelLanguage()),
-      command2_(Handle(), form.Command2, ControlId::Command2, form.PanelLanguage()),
-      command3_(Handle(), form.Command3, ControlId::Command3, form.PanelLanguage()),
-      command4_(Handle(), form.Command4, ControlId::Command4, form.PanelLanguage()),
-      listView1_{
-          ItemsView(Handle(), form.ListView1[0], ControlId::ListView1_0, form.PanelLanguage(), toolTips_),
-          ItemsView(Handle(), form.ListView1[1], ControlId::ListView1_1, form.PanelLanguage(), toolTips_),
-          ItemsView(Handle(), form.ListView1[2], ControlId::ListView1_2, form.PanelLanguage(), toolTips_)},
-      command6_(Handle(), form.Command6(0), ControlId::Command6_0, form.PanelLanguage()),
-      windows_{&image1_,
-               &progressBar1_.Window(),
-               &label1_.Window(),
-               &command2_.Window(),
-               &command3_.Window(),
-               &command4_.Window(),
-               &listView1_[0].Window(),
-               &listView1_[1].Window(),
-               &listView1_[2].Window(),
-               &command6_.Window()} {
-    for (const ControlWindow* each : windows_) {
-        const std::string tip = ToolTipOf(each->Layout(), form.PanelLanguage());
-        if (!tip.empty()) toolTips_.SetText(each->Handle(), platform::Wide(tip));
-    }
+      parts_(Handle(), form.PanelLanguage()),
+      cancel_(false, true) {
+    TakeColours();
+    // To the system, tab order is the order in which the windows are made.
+    for (const ControlLayout& each : ControlLayouts())
+        MakeView(each);
+    cancel_.SetCaption(kCancelCaption.In(form.PanelLanguage()));
+    form.Command6(kCancelIndex).Observe([this] {
+        cancel_.SetVisible(form_.Command6(kCancelIndex).Enabled());
+    });
+    form.Label2.Observe([this] { ShowPath(); });
+    ShowPath();
+    desktop.ObserveOperation([this] { ShowOperation(); });
     ::DragAcceptFiles(Handle(), TRUE);
+    ::SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL), 0);
     Scale(static_cast<int>(::GetDpiForWindow(Handle())));
     // Up to here, the system has answered for the window.
     ::SetWindowLongPtrW(Handle(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
@@ -110,11 +138,57 @@ FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring&
 
 FormWindow::~FormWindow() {
     ::SetWindowLongPtrW(Handle(), GWLP_USERDATA, 0);
+    desktop_.ObserveOperation({});
+    form_.Command6(kCancelIndex).Observe({});
+    form_.Label2.Observe({});
+    views_.clear();
     frame_.Destroy();
 }
 
+void FormWindow::MakeView(const ControlLayout& layout) {
+    const auto make = [&]<class Kind>(std::in_place_type_t<Kind> kind, auto&&... arguments) {
+        views_.emplace_back(kind, parts_, layout, std::forward<decltype(arguments)>(arguments)...);
+    };
+    switch (layout.id) {
+        case ControlId::Image1:
+            return make(std::in_place_type<PictureView>);
+        case ControlId::Line1:
+            return;  // painted with the background
+        case ControlId::Command2:
+            return make(std::in_place_type<ButtonView>, form_.Command2);
+        case ControlId::Command3:
+            return make(std::in_place_type<ButtonView>, form_.Command3);
+        case ControlId::Command4:
+            return make(std::in_place_type<ButtonView>, form_.Command4);
+        case ControlId::Command6_0:
+            return make(std::in_place_type<ButtonView>, form_.Command6(0));
+        case ControlId::ListView1_0:
+            return make(std::in_place_type<ItemsView>, form_.ListView1[0]);
+        case ControlId::ListView1_1:
+            return make(std::in_place_type<ItemsView>, form_.ListView1[1]);
+        case ControlId::ListView1_2:
+            return make(std::in_place_type<ItemsView>, form_.ListView1[2]);
+        case ControlId::Label1:
+            return make(std::in_place_type<LabelView>, form_.Label1);
+        case ControlId::ProgressBar1:
+            make(std::in_place_type<BarView>, form_.ProgressBar1,
+                 [this](std::optional<int> percent) { ShowProgress(percent); });
+            views_.emplace_back(std::in_place_type<ButtonView>, parts_, kCancelLayout, cancel_, IDCANCEL);
+            return;
+    }
+}
+
+ControlWindow& FormWindow::WindowOf(ControlId id) {
+    ControlWindow* found = nullptr;
+    for (View& each : views_) {
+        ControlWindow& window = std::visit([](auto& view) -> ControlWindow& { return view.Window(); }, each);
+        if (window.Layout().id == id && &window.Layout() != &kCancelLayout) found = &window;
+    }
+    return *found;
+}
+
 void FormWindow::Show() {
-    focused_ = command2_.Window().Handle();
+    focused_ = WindowOf(ControlId::Command2).Handle();
     ::ShowWindow(Handle(), SW_SHOWDEFAULT);
     ::UpdateWindow(Handle());
 }
@@ -141,7 +215,7 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
                 focused_ = ::GetFocus();
             break;
         case WM_SETFOCUS:
-            ::SetFocus(focused_);
+            ::SetFocus(::IsWindowEnabled(focused_) != 0 ? focused_ : parts_.refuge);
             return 0;
         case WM_CLOSE:
             form_.Form_Unload();
@@ -152,33 +226,77 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_DROPFILES:
             DropFiles(reinterpret_cast<HDROP>(wParam));
             return 0;
+        case WM_COPY:
+            CopyStatus();
+            return 0;
+        case WM_SETCURSOR:
+            if (LOWORD(lParam) != HTCLIENT || !desktop_.Operating()) break;
+            ::SetCursor(::LoadCursorW(nullptr, MAKEINTRESOURCEW(32650)));  // IDC_APPSTARTING
+            return TRUE;
+        default:
+            if (const auto result = HandleLook(message, wParam, lParam)) return *result;
+            break;
+    }
+    return ::DefWindowProcW(Handle(), message, wParam, lParam);
+}
+
+std::optional<LRESULT> FormWindow::HandleLook(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_ERASEBKGND: {
+            RECT area{};
+            ::GetClientRect(Handle(), &area);
+            ::FillRect(reinterpret_cast<HDC>(wParam), &area, background_.get());
+            return TRUE;
+        }
         case WM_PAINT:
             Paint();
             return 0;
         case WM_DRAWITEM:
             if (Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam))) return TRUE;
-            break;
+            return std::nullopt;
         case WM_CTLCOLORSTATIC:
         case WM_CTLCOLORBTN:
         case WM_CTLCOLORLISTBOX:
-            ::SetTextColor(reinterpret_cast<HDC>(wParam), ColourOf(kFormText));
-            ::SetBkColor(reinterpret_cast<HDC>(wParam), ColourOf(kFormBackground));
-            return reinterpret_cast<LRESULT>(::GetStockObject(WHITE_BRUSH));
-        case WM_GETDPISCALEDSIZE:
-            *reinterpret_cast<SIZE*>(lParam) = FormFrame::SizeAt(static_cast<int>(wParam));
+            ::SetTextColor(reinterpret_cast<HDC>(wParam), palette_.text);
+            ::SetBkColor(reinterpret_cast<HDC>(wParam), palette_.background);
+            return reinterpret_cast<LRESULT>(background_.get());
+        case WM_SYSCOLORCHANGE:
+        case WM_THEMECHANGED:
+        case WM_SETTINGCHANGE:
+            TakeColours();
+            return std::nullopt;
+        case WM_GETDPISCALEDSIZE: {
+            const int dotsPerInch = static_cast<int>(wParam);
+            HMONITOR const monitor = ::MonitorFromWindow(Handle(), MONITOR_DEFAULTTONEAREST);
+            *reinterpret_cast<SIZE*>(lParam) =
+                FormFrame::SizeAt(dotsPerInch, FormFrame::FittingDensity(dotsPerInch, monitor));
             return TRUE;
-        case WM_DPICHANGED: {
-            const RECT& place = *reinterpret_cast<const RECT*>(lParam);
-            const SIZE size = FormFrame::SizeAt(HIWORD(wParam));
-            ::SetWindowPos(Handle(), nullptr, place.left, place.top, size.cx, size.cy,
-                           SWP_NOZORDER | SWP_NOACTIVATE);
-            Scale(HIWORD(wParam));
-            return 0;
         }
+        case WM_DPICHANGED:
+            MoveToScreen(HIWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
+            return 0;
         default:
-            break;
+            return std::nullopt;
     }
-    return ::DefWindowProcW(Handle(), message, wParam, lParam);
+}
+
+void FormWindow::MoveToScreen(int dotsPerInch, const RECT& place) {
+    HMONITOR const monitor = ::MonitorFromRect(&place, MONITOR_DEFAULTTONEAREST);
+    const SIZE size = FormFrame::SizeAt(dotsPerInch, FormFrame::FittingDensity(dotsPerInch, monitor));
+    ::SetWindowPos(Handle(), nullptr, place.left, place.top, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
+    Scale(dotsPerInch);
+}
+
+// Controls of the system's have colours of their own, which they take when they are told of the change.
+void FormWindow::TakeColours() {
+    palette_ = Palette::Current();
+    background_.reset(::CreateSolidBrush(palette_.background));
+    for (View& each : views_) {
+        const ControlWindow& window =
+            std::visit([](auto& view) -> ControlWindow& { return view.Window(); }, each);
+        ::SendMessageW(window.Handle(), WM_SYSCOLORCHANGE, 0, 0);
+    }
+    ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 // Enter comes as the number IDOK, Esc as IDCANCEL, whichever control has the focus.
@@ -194,6 +312,7 @@ void FormWindow::Command(int control, int notification) {
 }
 
 void FormWindow::Press(ControlId id) {
+    pressed_ = WindowOf(id).Handle();
     switch (id) {
         case ControlId::Command2:
             return desktop_.Operate([this] { form_.Command2_Click(); });
@@ -209,11 +328,11 @@ void FormWindow::Press(ControlId id) {
 }
 
 void FormWindow::Scale(int dotsPerInch) {
-    dotsPerInch_ = dotsPerInch;
-    for (ControlWindow* each : windows_)
-        each->Scale(dotsPerInch);
-    for (const ItemsView& each : listView1_)
-        each.FitItems();
+    HMONITOR const monitor = ::MonitorFromWindow(Handle(), MONITOR_DEFAULTTONEAREST);
+    areaDotsPerInch_ = FormFrame::FittingDensity(dotsPerInch, monitor);
+    for (View& each : views_)
+        std::visit([&](auto& view) { view.Scale(areaDotsPerInch_); }, each);
+    parts_.toolTips.Scale(dotsPerInch);
     ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
@@ -227,18 +346,18 @@ void FormWindow::DropFiles(HDROP drop) {
 }
 
 bool FormWindow::Draw(const DRAWITEMSTRUCT& state) {
-    if (state.hwndItem == image1_.Handle()) {
-        logo_.Draw(state.hDC, state.rcItem);
-        return true;
-    }
-    if (state.hwndItem == command6_.Window().Handle()) {
-        command6_.Draw(state);
-        return true;
-    }
-    for (ItemsView& each : listView1_) {
-        if (state.hwndItem != each.Window().Handle()) continue;
-        each.Draw(state);
-        return true;
+    for (View& each : views_) {
+        const bool drawn = std::visit(
+            [&](auto& view) {
+                if constexpr (requires { view.Draw(state); }) {
+                    if (view.Window().Handle() != state.hwndItem) return false;
+                    view.Draw(state);
+                    return true;
+                }
+                return false;
+            },
+            each);
+        if (drawn) return true;
     }
     return false;
 }
@@ -246,10 +365,72 @@ bool FormWindow::Draw(const DRAWITEMSTRUCT& state) {
 void FormWindow::Paint() const {
     PAINTSTRUCT paint{};
     const HDC canvas = ::BeginPaint(Handle(), &paint);
-    const ControlLayout& rule = LayoutOf(ControlId::Line1);
-    const RECT place = PlaceOf(rule.place, dotsPerInch_);
-    ::FillRect(canvas, &place, MakeBrush(rule.background).get());
+    const RECT place = PlaceOf(LayoutOf(ControlId::Line1).place, areaDotsPerInch_);
+    const OwnedBrush rule(::CreateSolidBrush(palette_.rule));
+    ::FillRect(canvas, &place, rule.get());
     ::EndPaint(Handle(), &paint);
+}
+
+// The controls' own state is not touched: what would do nothing now looks like it, that is all.
+void FormWindow::ShowOperation() {
+    const bool operating = desktop_.Operating();
+    for (View& each : views_) {
+        auto* const button = std::get_if<ButtonView>(&each);
+        if (button == nullptr) continue;
+        const ControlId id = button->Window().Layout().id;
+        if (id == ControlId::Command2 || id == ControlId::Command4) button->SetDimmed(operating);
+    }
+    ::DragAcceptFiles(Handle(), operating ? FALSE : TRUE);
+    ::PostMessageW(Handle(), WM_SETCURSOR, reinterpret_cast<WPARAM>(Handle()),
+                   MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    if (operating || form_.Ended()) return;
+    if (::GetFocus() == parts_.refuge && ::IsWindowEnabled(pressed_) != 0) ::SetFocus(pressed_);
+    CallForAttention();
+}
+
+// Hands and eyes are at the remote, and another window may be in front.
+void FormWindow::CallForAttention() const {
+    if (::GetForegroundWindow() == Handle()) return;
+    const auto& outcome = form_.LatestOutcome();
+    const bool succeeded = outcome && outcome->code == ResultCode::success;
+    ::MessageBeep(succeeded ? MB_ICONASTERISK : MB_ICONWARNING);
+    FLASHWINFO flash{sizeof flash, Handle(), FLASHW_ALL | FLASHW_TIMERNOFG, 3, 0};
+    ::FlashWindowEx(&flash);
+}
+
+void FormWindow::ShowProgress(std::optional<int> percent) {
+    const ControlWindow& bar = WindowOf(ControlId::ProgressBar1);
+    const ControlWindow& close = WindowOf(ControlId::Command3);
+    bar.SetTip(percent ? std::to_wstring(*percent) + L"%" : std::wstring());
+    ShowPath();
+    if (percent) close.SetTip(platform::Wide(kUnfinished.In(form_.PanelLanguage())));
+    if (!taskbar_) return;
+    taskbar_->SetProgressState(Handle(), percent ? TBPF_NORMAL : TBPF_NOPROGRESS);
+    if (percent) taskbar_->SetProgressValue(Handle(), static_cast<ULONGLONG>(*percent), 100);
+}
+
+// The file that is loaded, and that closing deletes.
+void FormWindow::ShowPath() {
+    const std::wstring path = ShownLines(form_.Label2.Caption());
+    for (const ControlId id : {ControlId::Command3, ControlId::Command4}) {
+        const ControlWindow& window = WindowOf(id);
+        const std::wstring tip = platform::Wide(ToolTipOf(window.Layout(), form_.PanelLanguage()));
+        window.SetTip(path.empty() ? tip : tip + L"\n" + path);
+    }
+}
+
+void FormWindow::CopyStatus() const {
+    const std::wstring text = ShownLines(form_.Label1.Caption());
+    if (text.empty() || ::OpenClipboard(Handle()) == 0) return;
+    const std::size_t size = (text.size() + 1) * sizeof(wchar_t);
+    auto* const memory = ::GlobalAlloc(GMEM_MOVEABLE, size);
+    if (memory != nullptr) {
+        std::copy_n(text.c_str(), text.size() + 1, static_cast<wchar_t*>(::GlobalLock(memory)));
+        ::GlobalUnlock(memory);
+        ::EmptyClipboard();
+        ::SetClipboardData(CF_UNICODETEXT, memory);  // which owns it from here on
+    }
+    ::CloseClipboard();
 }
 
 }  // namespace vento::desktop::win32

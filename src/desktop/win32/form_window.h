@@ -1,16 +1,19 @@
 #pragma once
 
-#include <array>
+#include "platform/windows/system.h"
+// It needs that before it.
+#include <shobjidl.h>
+
+#include <deque>
 #include <exception>
+#include <optional>
 #include <string>
+#include <variant>
 
 #include "desktop/win32/control_window.h"
-#include "desktop/win32/logo.h"
-#include "desktop/win32/tool_tips.h"
 #include "desktop/win32/views.h"
 #include "desktop/win32/win32_desktop.h"
 #include "panel/form_web.h"
-#include "platform/windows/system.h"
 
 namespace vento::desktop::win32 {
 
@@ -27,8 +30,13 @@ class FormFrame {
     [[nodiscard]] HWND Handle() const { return handle_; }
     void Destroy();
 
-    /// What the whole window measures, in pixels, on a screen of so many dots per inch.
-    [[nodiscard]] static SIZE SizeAt(int dotsPerInch);
+    /// What the whole window measures, in pixels, with its frame on a screen of so many dots per inch and its
+    /// area laid out for `areaDotsPerInch`.
+    [[nodiscard]] static SIZE SizeAt(int dotsPerInch, int areaDotsPerInch);
+
+    /// The density that the area is laid out for: that of the screen or, where the form would be larger than
+    /// what `monitor` has room for, the highest at which it fits.
+    [[nodiscard]] static int FittingDensity(int dotsPerInch, HMONITOR monitor);
 
   private:
     HWND handle_ = nullptr;
@@ -53,32 +61,40 @@ class FormWindow {
     [[nodiscard]] std::exception_ptr Failure() const { return failure_; }
 
   private:
+    using View = std::variant<PictureView, ButtonView, LabelView, ItemsView, BarView>;
+
     static LRESULT CALLBACK Receive(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
+    std::optional<LRESULT> HandleLook(UINT message, WPARAM wParam, LPARAM lParam);
+    void MakeView(const ControlLayout& layout);
+    [[nodiscard]] ControlWindow& WindowOf(ControlId id);
     void Command(int control, int notification);
     void Press(ControlId id);
     void Scale(int dotsPerInch);
+    void MoveToScreen(int dotsPerInch, const RECT& place);
+    void TakeColours();
     void DropFiles(HDROP drop);
     [[nodiscard]] bool Draw(const DRAWITEMSTRUCT& state);
     void Paint() const;
+    void ShowOperation();
+    void ShowProgress(std::optional<int> percent);
+    void ShowPath();
+    void CallForAttention() const;
+    void CopyStatus() const;
 
     FormWeb& form_;
     Win32Desktop& desktop_;
-    int dotsPerInch_ = USER_DEFAULT_SCREEN_DPI;
+    int areaDotsPerInch_ = USER_DEFAULT_SCREEN_DPI;
     HWND focused_ = nullptr;  ///< the control that is to have the focus when the window gets it
+    HWND pressed_ = nullptr;  ///< the button that began the latest operation
     std::exception_ptr failure_;
+    Palette palette_;
+    OwnedBrush background_;
+    ComPointer<ITaskbarList3> taskbar_;
     FormFrame frame_;
-    ToolTips toolTips_;
-    ControlWindow image1_;
-    Logo logo_;
-    BarView progressBar1_;
-    LabelView label1_;
-    ButtonView command2_;
-    ButtonView command3_;
-    ButtonView command4_;
-    std::array<ItemsView, kColumns> listView1_;
-    ButtonView command6_;
-    std::array<ControlWindow*, 10> windows_;
+    FormParts parts_;
+    std::deque<View> views_;  ///< in tab order, as the layout has them
+    Button cancel_;           ///< stands where the bar will be, while a wait can be cancelled
 };
 
 }  // namespace vento::desktop::win32

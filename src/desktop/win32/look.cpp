@@ -1,18 +1,127 @@
 #include "desktop/win32/look.h"
 
+#include <wincodec.h>
+
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <vector>
 
 #include "desktop/shown_text.h"
 #include "platform/windows/text.h"
 
 namespace vento::desktop::win32 {
+namespace {
+
+constexpr Colour kBorder{118, 124, 132};  // 4:1 on white
+constexpr Colour kDimmed{110, 116, 125};
+
+// Space around the text of a button, in twips.
+constexpr int kCaptionMargin = 90;
+constexpr int kSmallestFont = 100;
+
+struct CanvasDeleter {
+    void operator()(HDC canvas) const { ::DeleteDC(canvas); }
+};
+using OwnedCanvas = std::unique_ptr<std::remove_pointer_t<HDC>, CanvasDeleter>;
+
+bool HighContrast() {
+    HIGHCONTRASTW setting{};
+    setting.cbSize = sizeof setting;
+    return ::SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof setting, &setting, 0) != 0 &&
+           (setting.dwFlags & HCF_HIGHCONTRASTON) != 0;
+}
+
+/// What a COM call left in `pointer`.
+template <class Interface>
+ComPointer<Interface> Owned(Interface* pointer) {
+    return ComPointer<Interface>(pointer);
+}
+
+/// The pixels of the logo in a size: blue, green, red and opacity, by which the colours are multiplied. Empty
+/// if the system can't decode it.
+std::vector<std::uint8_t> LogoPixels(SIZE size) {
+    // RT_RCDATA
+    auto* const resource = ::FindResourceW(nullptr, MAKEINTRESOURCEW(kLogoPicture), MAKEINTRESOURCEW(10));
+    auto* const file = static_cast<BYTE*>(::LockResource(::LoadResource(nullptr, resource)));
+    const auto factory = MakeObject<IWICImagingFactory>(CLSID_WICImagingFactory, IID_IWICImagingFactory);
+    if (file == nullptr || !factory) return {};
+    IWICStream* stream = nullptr;
+    factory->CreateStream(&stream);
+    const auto ownedStream = Owned(stream);
+    if (!stream || FAILED(stream->InitializeFromMemory(file, ::SizeofResource(nullptr, resource)))) return {};
+    IWICBitmapDecoder* decoder = nullptr;
+    factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnDemand, &decoder);
+    const auto ownedDecoder = Owned(decoder);
+    IWICBitmapFrameDecode* frame = nullptr;
+    if (!decoder || FAILED(decoder->GetFrame(0, &frame))) return {};
+    const auto ownedFrame = Owned(frame);
+    IWICFormatConverter* converter = nullptr;
+    factory->CreateFormatConverter(&converter);
+    const auto ownedConverter = Owned(converter);
+    IWICBitmapScaler* scaler = nullptr;
+    factory->CreateBitmapScaler(&scaler);
+    const auto ownedScaler = Owned(scaler);
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(size.cx * size.cy) * 4);
+    const bool converted =
+        converter && scaler &&
+        SUCCEEDED(converter->Initialize(frame, GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone,
+                                        nullptr, 0, WICBitmapPaletteTypeCustom)) &&
+        SUCCEEDED(scaler->Initialize(converter, static_cast<UINT>(size.cx), static_cast<UINT>(size.cy),
+                                     WICBitmapInterpolationModeFant)) &&
+        SUCCEEDED(scaler->CopyPixels(nullptr, static_cast<UINT>(size.cx * 4),
+                                     static_cast<UINT>(pixels.size()), pixels.data()));
+    return converted ? pixels : std::vector<std::uint8_t>();
+}
+
+/// The pixels on the background; in high contrast the logo's shape alone, in the colour of text.
+OwnedBitmap Composed(std::vector<std::uint8_t>& pixels, SIZE size, const Palette& palette) {
+    const std::array background{GetBValue(palette.background), GetGValue(palette.background),
+                                GetRValue(palette.background)};
+    const std::array ink{GetBValue(palette.text), GetGValue(palette.text), GetRValue(palette.text)};
+    constexpr int kOpaque = 255;
+    for (std::size_t i = 0; i < pixels.size(); i += 4) {
+        const int opacity = pixels[i + 3];
+        for (std::size_t colour = 0; colour < ink.size(); ++colour) {
+            const int drawn = palette.highContrast ? ink[colour] * opacity / kOpaque : pixels[i + colour];
+            const int behind = background[colour] * (kOpaque - opacity) / kOpaque;
+            pixels[i + colour] = static_cast<std::uint8_t>(std::min(drawn + behind, kOpaque));
+        }
+    }
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = size.cx;
+    info.bmiHeader.biHeight = -size.cy;  // below zero: from the top
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    OwnedBitmap bitmap(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (bitmap) std::ranges::copy(pixels, static_cast<std::uint8_t*>(bits));
+    return bitmap;
+}
+
+}  // namespace
+
+Palette Palette::Current() {
+    if (HighContrast()) {
+        return {.highContrast = true,
+                .background = ::GetSysColor(COLOR_WINDOW),
+                .text = ::GetSysColor(COLOR_WINDOWTEXT),
+                .dimmed = ::GetSysColor(COLOR_GRAYTEXT),
+                .border = ::GetSysColor(COLOR_WINDOWTEXT),
+                .focused = ::GetSysColor(COLOR_HIGHLIGHT),
+                .rule = ::GetSysColor(COLOR_WINDOWTEXT)};
+    }
+    return {.background = ColourOf(kFormBackground),
+            .text = ColourOf(kFormText),
+            .dimmed = ColourOf(kDimmed),
+            .border = ColourOf(kBorder),
+            .focused = ::GetSysColor(COLOR_HIGHLIGHT),
+            .rule = ColourOf(LayoutOf(ControlId::Line1).background)};
+}
 
 COLORREF ColourOf(const Colour& colour) {
     return RGB(colour.red, colour.green, colour.blue);
-}
-
-OwnedBrush MakeBrush(const Colour& colour) {
-    return OwnedBrush(::CreateSolidBrush(ColourOf(colour)));
 }
 
 OwnedFont MakeFont(const Font& font, int dotsPerInch) {
@@ -22,6 +131,21 @@ OwnedFont MakeFont(const Font& font, int dotsPerInch) {
                                    DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
                                    CLEARTYPE_QUALITY, DEFAULT_PITCH | FF_DONTCARE,
                                    platform::Wide(font.face).c_str()));
+}
+
+OwnedFont MakeFittingFont(const Font& font, int dotsPerInch, const std::wstring& text, SIZE room) {
+    const OwnedCanvas canvas(::CreateCompatibleDC(nullptr));
+    const int margin = PixelsFromTwips(kCaptionMargin, dotsPerInch);
+    Font smaller = font;
+    for (;; smaller.height -= smaller.height / 16) {
+        OwnedFont made = MakeFont(smaller, dotsPerInch);
+        const HGDIOBJ old = ::SelectObject(canvas.get(), made.get());
+        RECT needed{0, 0, room.cx - 2 * margin, 0};
+        ::DrawTextW(canvas.get(), text.c_str(), -1, &needed, DT_CALCRECT | DT_WORDBREAK);
+        ::SelectObject(canvas.get(), old);
+        const bool fits = needed.right <= room.cx - 2 * margin && needed.bottom <= room.cy - margin;
+        if (fits || smaller.height <= kSmallestFont) return made;
+    }
 }
 
 RECT PlaceOf(const Rectangle& twips, int dotsPerInch) {
@@ -56,11 +180,23 @@ void DrawCentred(HDC canvas, const std::wstring& text, const RECT& area, UINT ma
     ::DrawTextW(canvas, text.c_str(), -1, &place, format | DT_END_ELLIPSIS);
 }
 
-bool HighContrast() {
-    HIGHCONTRASTW setting{};
-    setting.cbSize = sizeof setting;
-    return ::SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof setting, &setting, 0) != 0 &&
-           (setting.dwFlags & HCF_HIGHCONTRASTON) != 0;
+void Logo::Draw(HDC canvas, const RECT& area) {
+    const SIZE size{area.right - area.left, area.bottom - area.top};
+    const Palette palette = Palette::Current();
+    const bool isSame = size.cx == size_.cx && size.cy == size_.cy &&
+                        palette.background == palette_.background && palette.text == palette_.text &&
+                        palette.highContrast == palette_.highContrast;
+    if (!isSame) {
+        std::vector<std::uint8_t> pixels = LogoPixels(size);
+        if (pixels.empty()) return;
+        picture_ = Composed(pixels, size, palette);
+        size_ = size;
+        palette_ = palette;
+    }
+    const OwnedCanvas source(::CreateCompatibleDC(canvas));
+    const HGDIOBJ oldBitmap = ::SelectObject(source.get(), picture_.get());
+    ::BitBlt(canvas, area.left, area.top, size.cx, size.cy, source.get(), 0, 0, SRCCOPY);
+    ::SelectObject(source.get(), oldBitmap);
 }
 
 }  // namespace vento::desktop::win32

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <exception>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "desktop/session.h"
@@ -49,7 +48,9 @@ std::string Environment(const wchar_t* variable) {
 /// Centred by its whole size, title bar included.
 FormPlace WholeForm() {
     const int dotsPerInch = static_cast<int>(::GetDpiForSystem());
-    const SIZE size = win32::FormFrame::SizeAt(dotsPerInch);
+    HMONITOR const monitor = ::MonitorFromPoint(POINT{}, MONITOR_DEFAULTTOPRIMARY);
+    const int density = win32::FormFrame::FittingDensity(dotsPerInch, monitor);
+    const SIZE size = win32::FormFrame::SizeAt(dotsPerInch, density);
     return {0, 0, TwipsFromPixels(size.cx, dotsPerInch), TwipsFromPixels(size.cy, dotsPerInch)};
 }
 
@@ -65,29 +66,35 @@ void RunForm(Session& session, win32::Win32Desktop& desktop, const std::string& 
     if (window.Failure()) std::rethrow_exception(window.Failure());
 }
 
-}  // namespace
-
-// NOLINTNEXTLINE(readability-non-const-parameter): the system's own declaration
-int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int) {
-    const SystemParts parts;
+/// The exit status.
+int RunProgram(const std::string& commandLine) {
     win32::Win32Desktop desktop;
     const std::string simulate = Environment(L"VENTO_SIMULATE");
     std::optional<Session> session;
     try {
         session.emplace(simulate);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         const Notice notice = StartNotice(simulate, error.what(), DesktopLanguage());
         desktop.ShowMessage(notice.text, notice.detail);
         return EXIT_FAILURE;
     }
-    try {
-        RunForm(*session, desktop, platform::Utf8(commandLine));
-    } catch (const std::exception& error) {
-        desktop.ShowMessage(error.what(), "");
-        return EXIT_FAILURE;
-    }
+    RunForm(*session, desktop, commandLine);
     const auto notice = session->Finish(DesktopLanguage());
     if (!notice) return EXIT_SUCCESS;
     desktop.ShowMessage(notice->text, notice->detail);
     return EXIT_FAILURE;
+}
+
+}  // namespace
+
+// NOLINTNEXTLINE(readability-non-const-parameter): the system's own declaration
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int) {
+    const SystemParts parts;
+    try {
+        return RunProgram(platform::Utf8(commandLine));
+    } catch (const std::exception& error) {
+        const Notice notice = FailureNotice(error.what(), DesktopLanguage());
+        win32::ShowBox(nullptr, notice.text, notice.detail);
+        return EXIT_FAILURE;
+    }
 }

@@ -2,15 +2,15 @@
 
 #include <commctrl.h>
 
-#include <array>
 #include <cmath>
+#include <utility>
+
+#include "platform/windows/text.h"
 
 namespace vento::desktop::win32 {
 namespace {
 
 constexpr Colour kSystemGrey{240, 240, 240};
-constexpr Colour kBorder{154, 160, 168};
-constexpr Colour kDimmed{138, 144, 153};
 constexpr int kHoverShade = 94;  // percent of the plain background's brightness
 constexpr int kPressShade = 85;
 
@@ -26,52 +26,58 @@ bool IsSystemGrey(const Colour& colour) {
            colour.blue == kSystemGrey.blue;
 }
 
-DWORD ButtonStyle(ControlId id) {
-    return WS_TABSTOP | BS_MULTILINE | (IsSystemGrey(LayoutOf(id).background) ? BS_PUSHBUTTON : BS_OWNERDRAW);
+DWORD ButtonStyle(const ControlLayout& layout) {
+    return WS_TABSTOP | BS_MULTILINE | (IsSystemGrey(layout.background) ? BS_PUSHBUTTON : BS_OWNERDRAW);
 }
 
 }  // namespace
 
-ButtonView::ButtonView(HWND form, Button& button, ControlId id, Language language)
-    : button_(button), language_(language), window_(form, id, WC_BUTTONW, ButtonStyle(id), language) {
+PictureView::PictureView(FormParts& parts, const ControlLayout& layout)
+    : window_(parts, layout, WC_STATICW, WS_VISIBLE | SS_OWNERDRAW) {}
+
+ButtonView::ButtonView(FormParts& parts, const ControlLayout& layout, Button& button,
+                       std::optional<int> number)
+    : button_(button), window_(parts, layout, WC_BUTTONW, ButtonStyle(layout), number) {
     ::SetWindowSubclass(window_.Handle(), FollowMouse, 0, reinterpret_cast<DWORD_PTR>(this));
     button.Observe([this] { Follow(); });
     Follow();
 }
 
+std::wstring ButtonView::Caption() const {
+    return MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(window_.Parts().language));
+}
+
+void ButtonView::Scale(int dotsPerInch) {
+    window_.Scale(dotsPerInch, Caption());
+}
+
+void ButtonView::SetDimmed(bool dimmed) {
+    dimmed_ = dimmed;
+    Follow();
+}
+
 void ButtonView::Follow() {
-    const HWND handle = window_.Handle();
-    window_.SetText(MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(language_)));
+    window_.SetText(Caption());
     window_.Show(button_.Visible());
-    const bool enabled = button_.Visible() && button_.Enabled();  // Alt+letter presses hidden buttons too
-    if ((::IsWindowEnabled(handle) != 0) == enabled) return;
-    if (!enabled) focusWasTaken_ = ::GetFocus() == handle;
-    ::EnableWindow(handle, enabled ? TRUE : FALSE);
-    const bool nothingHasFocus = ::GetFocus() == nullptr && ::GetActiveWindow() == ::GetParent(handle);
-    if (enabled && focusWasTaken_ && nothingHasFocus) ::SetFocus(handle);
+    window_.Enable(button_.Visible() && button_.Enabled() && !dimmed_);  // Alt+letter presses hidden ones too
 }
 
 void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
     const bool enabled = (state.itemState & ODS_DISABLED) == 0;
-    const bool pressed = (state.itemState & ODS_SELECTED) != 0;
     const bool focused = (state.itemState & ODS_FOCUS) != 0;
-    const bool contrast = HighContrast();
-    Colour background = window_.Layout().background;
-    if (pressed) {
+    const Palette palette = Palette::Current();
+    Colour background = enabled ? window_.Layout().background : kSystemGrey;
+    if ((state.itemState & ODS_SELECTED) != 0) {
         background = Shaded(background, kPressShade);
     } else if (mouseIsOver_) {
         background = Shaded(background, kHoverShade);
     }
     const int line = static_cast<int>(::GetDpiForWindow(state.hwndItem)) / USER_DEFAULT_SCREEN_DPI;
-    const COLORREF text = contrast ? ::GetSysColor(enabled ? COLOR_BTNTEXT : COLOR_GRAYTEXT)
-                                   : ColourOf(enabled ? kFormText : kDimmed);
-    const OwnedBrush face(::CreateSolidBrush(contrast  ? ::GetSysColor(COLOR_BTNFACE)
-                                             : enabled ? ColourOf(background)
-                                                       : ColourOf(kSystemGrey)));
-    const COLORREF edge = focused ? ::GetSysColor(COLOR_HIGHLIGHT) : ColourOf(kBorder);
-    const OwnedPen border(::CreatePen(PS_INSIDEFRAME, line, edge));
-
-    ::FillRect(state.hDC, &state.rcItem, static_cast<HBRUSH>(::GetStockObject(WHITE_BRUSH)));
+    const OwnedBrush corners(::CreateSolidBrush(palette.background));
+    const OwnedBrush face(
+        ::CreateSolidBrush(palette.highContrast ? ::GetSysColor(COLOR_BTNFACE) : ColourOf(background)));
+    const OwnedPen border(::CreatePen(PS_INSIDEFRAME, line, focused ? palette.focused : palette.border));
+    ::FillRect(state.hDC, &state.rcItem, corners.get());
     const HGDIOBJ oldBrush = ::SelectObject(state.hDC, face.get());
     const HGDIOBJ oldPen = ::SelectObject(state.hDC, border.get());
     ::RoundRect(state.hDC, state.rcItem.left, state.rcItem.top, state.rcItem.right, state.rcItem.bottom,
@@ -79,9 +85,9 @@ void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
     ::SelectObject(state.hDC, oldPen);
     ::SelectObject(state.hDC, oldBrush);
     ::SetBkMode(state.hDC, TRANSPARENT);
-    ::SetTextColor(state.hDC, text);
-    DrawCentred(state.hDC, MarkedCaption(button_.Caption(), window_.Layout().mnemonic.In(language_)),
-                state.rcItem, (state.itemState & ODS_NOACCEL) != 0 ? DT_HIDEPREFIX : 0);
+    const COLORREF text = palette.highContrast ? ::GetSysColor(COLOR_BTNTEXT) : palette.text;
+    ::SetTextColor(state.hDC, enabled ? text : palette.dimmed);
+    DrawCentred(state.hDC, Caption(), state.rcItem, (state.itemState & ODS_NOACCEL) != 0 ? DT_HIDEPREFIX : 0);
     if (!focused) return;
     RECT inside = state.rcItem;
     ::InflateRect(&inside, -3 * line, -3 * line);
@@ -102,22 +108,39 @@ LRESULT CALLBACK ButtonView::FollowMouse(HWND window, UINT message, WPARAM wPara
     return ::DefSubclassProc(window, message, wParam, lParam);
 }
 
-LabelView::LabelView(HWND form, Label& label, ControlId id, Language language)
-    : label_(label), window_(form, id, WC_STATICW, SS_CENTER | SS_NOPREFIX | SS_NOTIFY, language) {
+LabelView::LabelView(FormParts& parts, const ControlLayout& layout, Label& label)
+    : label_(label), window_(parts, layout, WC_STATICW, SS_OWNERDRAW | SS_NOTIFY) {
+    parts.refuge = window_.Handle();
+    parts.accessibility.MakeLiveRegion(window_.Handle());
     label.Observe([this] { Follow(); });
     Follow();
 }
 
 void LabelView::Follow() {
-    window_.SetText(ShownLines(label_.Caption()));
+    const std::wstring text = ShownLines(label_.Caption());
+    window_.SetText(text);
     window_.Show(label_.Visible());
+    ::InvalidateRect(window_.Handle(), nullptr, FALSE);
+    const FormParts& parts = window_.Parts();
+    // Its text is what a screen reader speaks; without one it still has to be called something.
+    const std::wstring name = text.empty() ? platform::Wide(window_.Layout().name.In(parts.language)) : text;
+    parts.accessibility.SetName(window_.Handle(), name);
+    if (!text.empty()) Accessibility::Announce(window_.Handle());
 }
 
-ItemsView::ItemsView(HWND form, ListView& list, ControlId id, Language language, ToolTips& toolTips)
+void LabelView::Draw(const DRAWITEMSTRUCT& state) const {
+    const Palette palette = Palette::Current();
+    const OwnedBrush face(::CreateSolidBrush(palette.background));
+    ::FillRect(state.hDC, &state.rcItem, face.get());
+    ::SetBkMode(state.hDC, TRANSPARENT);
+    ::SetTextColor(state.hDC, palette.text);
+    DrawCentred(state.hDC, ShownLines(label_.Caption()), state.rcItem, DT_NOPREFIX);
+}
+
+ItemsView::ItemsView(FormParts& parts, const ControlLayout& layout, ListView& list)
     : list_(list),
-      window_(form, id, WC_LISTBOXW,
-              WS_TABSTOP | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT, language),
-      toolTips_(toolTips) {
+      window_(parts, layout, WC_LISTBOXW,
+              WS_TABSTOP | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT) {
     window_.Show(true);
     list.Observe([this] { Follow(); });
     Follow();
@@ -125,19 +148,20 @@ ItemsView::ItemsView(HWND form, ListView& list, ControlId id, Language language,
 
 void ItemsView::Follow() {
     ::SendMessageW(window_.Handle(), LB_RESETCONTENT, 0, 0);
-    std::wstring all;
+    std::wstring tip = platform::Wide(window_.Layout().name.In(window_.Parts().language));
     for (const std::string& each : list_.Items()) {
         const std::wstring text = ShownLines(each);
         ::SendMessageW(window_.Handle(), LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
-        all.append(all.empty() ? L"" : L"\n").append(text);
+        tip.append(L"\n").append(text);
     }
-    toolTips_.SetText(window_.Handle(), all);
+    window_.SetTip(tip);
 }
 
-void ItemsView::FitItems() const {
+void ItemsView::Scale(int dotsPerInch) {
+    window_.Scale(dotsPerInch);
     RECT room{};
     ::GetClientRect(window_.Handle(), &room);
-    ::SendMessageW(window_.Handle(), LB_SETITEMHEIGHT, 0, room.bottom);
+    ::SendMessageW(window_.Handle(), LB_SETITEMHEIGHT, 0, room.bottom);  // each item fills the list
 }
 
 std::wstring ItemsView::ItemText(UINT index) const {
@@ -150,12 +174,11 @@ std::wstring ItemsView::ItemText(UINT index) const {
 }
 
 void ItemsView::Draw(const DRAWITEMSTRUCT& state) const {
-    const bool contrast = HighContrast();
-    const OwnedBrush face(
-        ::CreateSolidBrush(contrast ? ::GetSysColor(COLOR_WINDOW) : ColourOf(window_.Layout().background)));
+    const Palette palette = Palette::Current();
+    const OwnedBrush face(::CreateSolidBrush(palette.background));
     ::FillRect(state.hDC, &state.rcItem, face.get());
     ::SetBkMode(state.hDC, TRANSPARENT);
-    ::SetTextColor(state.hDC, contrast ? ::GetSysColor(COLOR_WINDOWTEXT) : ColourOf(kFormText));
+    ::SetTextColor(state.hDC, palette.text);
     RECT inside = state.rcItem;
     ::InflateRect(&inside, -3, -1);
     DrawCentred(state.hDC, ItemText(state.itemID), inside, DT_NOPREFIX);
@@ -164,17 +187,25 @@ void ItemsView::Draw(const DRAWITEMSTRUCT& state) const {
     }
 }
 
-BarView::BarView(HWND form, ProgressBar& bar, ControlId id, Language language)
-    : bar_(bar), window_(form, id, PROGRESS_CLASSW, PBS_SMOOTH, language) {
+BarView::BarView(FormParts& parts, const ControlLayout& layout, ProgressBar& bar,
+                 std::function<void(std::optional<int>)> progress)
+    : bar_(bar), window_(parts, layout, PROGRESS_CLASSW, PBS_SMOOTH), progress_(std::move(progress)) {
     bar.Observe([this] { Follow(); });
-    Follow();
 }
 
+// Each move of the bar is an event to a screen reader: there is one a percent at the most.
 void BarView::Follow() {
+    std::optional<int> percent;
+    const float range = bar_.Maximum() - bar_.Minimum();
+    if (bar_.Visible() && range > 0)
+        percent = static_cast<int>(100 * (bar_.Value() - bar_.Minimum()) / range);
+    if (percent == shownPercent_) return;
+    shownPercent_ = percent;
     ::SendMessageW(window_.Handle(), PBM_SETRANGE32, static_cast<WPARAM>(std::lround(bar_.Minimum())),
                    std::lround(bar_.Maximum()));
     ::SendMessageW(window_.Handle(), PBM_SETPOS, static_cast<WPARAM>(std::lround(bar_.Value())), 0);
     window_.Show(bar_.Visible());
+    progress_(percent);
 }
 
 }  // namespace vento::desktop::win32

@@ -1,45 +1,67 @@
 #pragma once
 
+#include <functional>
+#include <optional>
+#include <string>
+
 #include "controls/controls.h"
 #include "desktop/layout.h"
 #include "desktop/win32/control_window.h"
-#include "desktop/win32/tool_tips.h"
 #include "platform/windows/system.h"
-#include "text/language.h"
 
 /// What shows a control of the panel on the screen. A view follows its control, which outlives it, and keeps
-/// nothing of its own. Views stay where they were made: their controls know them.
+/// nothing of the control's own. Views stay where they were made: their controls know them.
 namespace vento::desktop::win32 {
 
-/// A button of the system's. One whose background is not the system's grey is drawn by us and behaves like
-/// the others.
-class ButtonView {
+/// The logo.
+class PictureView {
   public:
-    ButtonView(HWND form, Button& button, ControlId id, Language language);
+    PictureView(FormParts& parts, const ControlLayout& layout);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
+    void Scale(int dotsPerInch) { window_.Scale(dotsPerInch); }
+    void Draw(const DRAWITEMSTRUCT& state) { logo_.Draw(state.hDC, state.rcItem); }
 
-    /// Draws the button, if it is one that is drawn by us.
+  private:
+    ControlWindow window_;
+    Logo logo_;
+};
+
+/// A button of the system's. One whose background is not the system's grey is drawn here and behaves like the
+/// others.
+class ButtonView {
+  public:
+    /// `number` is by what the form knows it; that of its control unless it says otherwise.
+    ButtonView(FormParts& parts, const ControlLayout& layout, Button& button,
+               std::optional<int> number = std::nullopt);
+
+    [[nodiscard]] ControlWindow& Window() { return window_; }
+    void Scale(int dotsPerInch);
     void Draw(const DRAWITEMSTRUCT& state) const;
+
+    /// A dimmed button can't be pressed, whatever its control says.
+    void SetDimmed(bool dimmed);
 
   private:
     void Follow();
+    [[nodiscard]] std::wstring Caption() const;
     static LRESULT CALLBACK FollowMouse(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                         DWORD_PTR self);
 
     Button& button_;
-    Language language_;
     ControlWindow window_;
     bool mouseIsOver_ = false;
-    bool focusWasTaken_ = false;
+    bool dimmed_ = false;
 };
 
-/// A status line: as many lines as fit, wrapped.
+/// A status line: as many lines as fit, wrapped. Screen readers speak each text.
 class LabelView {
   public:
-    LabelView(HWND form, Label& label, ControlId id, Language language);
+    LabelView(FormParts& parts, const ControlLayout& layout, Label& label);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
+    void Scale(int dotsPerInch) { window_.Scale(dotsPerInch); }
+    void Draw(const DRAWITEMSTRUCT& state) const;
 
   private:
     void Follow();
@@ -51,13 +73,10 @@ class LabelView {
 /// A list. An item that does not fit is cut short; the tool tip has it whole.
 class ItemsView {
   public:
-    ItemsView(HWND form, ListView& list, ControlId id, Language language, ToolTips& toolTips);
+    ItemsView(FormParts& parts, const ControlLayout& layout, ListView& list);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
-
-    /// Has each item fill the list, which has been scaled.
-    void FitItems() const;
-
+    void Scale(int dotsPerInch);
     void Draw(const DRAWITEMSTRUCT& state) const;
 
   private:
@@ -66,20 +85,24 @@ class ItemsView {
 
     ListView& list_;
     ControlWindow window_;
-    ToolTips& toolTips_;
 };
 
 class BarView {
   public:
-    BarView(HWND form, ProgressBar& bar, ControlId id, Language language);
+    /// `progress` is called with each percent that the bar shows, and with nothing when it is hidden.
+    BarView(FormParts& parts, const ControlLayout& layout, ProgressBar& bar,
+            std::function<void(std::optional<int>)> progress);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
+    void Scale(int dotsPerInch) { window_.Scale(dotsPerInch); }
 
   private:
     void Follow();
 
     ProgressBar& bar_;
     ControlWindow window_;
+    std::function<void(std::optional<int>)> progress_;
+    std::optional<int> shownPercent_;
 };
 
 }  // namespace vento::desktop::win32

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "desktop/layout.h"
+#include "desktop/win32/look.h"
 #include "panel/form_web.h"
 #include "platform/native.h"
 #include "platform/windows/text.h"
@@ -18,6 +19,10 @@ constexpr LPARAM kKeyWasDown = LPARAM{1} << 30;
 bool IsRepeatedEnter(const MSG& message) {
     return message.message == WM_KEYDOWN && message.wParam == VK_RETURN &&
            (message.lParam & kKeyWasDown) != 0;
+}
+
+bool IsCopy(const MSG& message) {
+    return message.message == WM_KEYDOWN && message.wParam == 'C' && ::GetKeyState(VK_CONTROL) < 0;
 }
 
 /// A "description|pattern|" run as the system wants it: each part ended by a NUL, the whole by one more.
@@ -58,18 +63,20 @@ void CALLBACK Win32Desktop::Tick(HWND, UINT, UINT_PTR self, DWORD) {
     reinterpret_cast<Win32Desktop*>(self)->operation_.ResumeForAWhile();
 }
 
-void Win32Desktop::SetTimer() const {
+void Win32Desktop::OperationChanged() const {
     const auto id = reinterpret_cast<UINT_PTR>(this);
     if (operation_.Running()) {
         ::SetTimer(window_, id, USER_TIMER_MINIMUM, Tick);
     } else {
         ::KillTimer(window_, id);
     }
+    if (observer_) observer_();
 }
 
 // A letter presses a button only with Alt. Without it, it would too if it came to the system's dialog keys.
 void Win32Desktop::Handle(MSG& message) const {
     if (IsRepeatedEnter(message)) return;  // a key held down presses once
+    if (IsCopy(message)) ::SendMessageW(window_, WM_COPY, 0, 0);
     const bool isLetter = message.message == WM_CHAR;
     if (window_ != nullptr && !isLetter && ::IsDialogMessageW(window_, &message) != 0) return;
     ::TranslateMessage(&message);
@@ -77,16 +84,16 @@ void Win32Desktop::Handle(MSG& message) const {
 }
 
 void Win32Desktop::ShowMessage(std::string_view text, std::string_view detail) {
-    operation_.DoInLoop([&] { ShowBox(text, detail); });
+    operation_.DoInLoop([&] { ShowBox(window_, text, detail); });
 }
 
-void Win32Desktop::ShowBox(std::string_view text, std::string_view detail) const {
+void ShowBox(HWND owner, std::string_view text, std::string_view detail) {
     const std::wstring title = platform::Wide(FormWeb::kTitle);
-    const std::wstring wideText = platform::Wide(text);
-    const std::wstring wideDetail = platform::Wide(detail);
+    const std::wstring wideText = ShownLines(text);
+    const std::wstring wideDetail = ShownLines(detail);
     TASKDIALOGCONFIG box{};
     box.cbSize = sizeof box;
-    box.hwndParent = window_;
+    box.hwndParent = owner;
     box.dwFlags = TDF_ALLOW_DIALOG_CANCELLATION | TDF_POSITION_RELATIVE_TO_WINDOW;
     box.dwCommonButtons = TDCBF_OK_BUTTON;
     box.pszWindowTitle = title.c_str();

@@ -12,6 +12,9 @@
 
 namespace vento::desktop::win32 {
 
+/// A box with one OK button, and `detail` below `text` in smaller type.
+void ShowBox(HWND owner, std::string_view text, std::string_view detail);
+
 /// The desktop as the panel asks for it.
 class Win32Desktop final : public platform::Desktop {
   public:
@@ -23,6 +26,9 @@ class Win32Desktop final : public platform::Desktop {
 
     /// Runs a handler of the panel that yields, beside the loop. Nothing while another one runs.
     void Operate(std::function<void()> handler) { operation_.Begin(std::move(handler)); }
+
+    /// `observer` is called when a handler has begun or ended.
+    void ObserveOperation(std::function<void()> observer) { observer_ = std::move(observer); }
 
     [[nodiscard]] bool Operating() const { return operation_.Running(); }
 
@@ -38,12 +44,12 @@ class Win32Desktop final : public platform::Desktop {
   private:
     static void CALLBACK Tick(HWND window, UINT message, UINT_PTR self, DWORD time);
     void Handle(MSG& message) const;
-    void SetTimer() const;
-    void ShowBox(std::string_view text, std::string_view detail) const;
+    void OperationChanged() const;
 
     HWND window_ = nullptr;
     bool over_ = false;
-    Operation operation_{[this] { SetTimer(); }};
+    std::function<void()> observer_;
+    Operation operation_{[this] { OperationChanged(); }};
     std::wstring latestFile_;
 };
 
