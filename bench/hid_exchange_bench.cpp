@@ -28,17 +28,17 @@
 #include <vector>
 
 #include "allocations.h"
+#include "device/uhid_device.h"
 #include "platform/linux/hidraw_host.h"
 #include "platform/posix/file_descriptor.h"
-#include "uhid/uhid_device.h"
 #include "usb/report_exchange.h"
 
 namespace vento {
 namespace {
 
+using device::DeviceEvent;
+using device::UhidDevice;
 using platform::FileDescriptor;
-using uhid::DeviceEvent;
-using uhid::UhidDevice;
 
 constexpr platform::HidIdentity kTransmitter{1240, 1};
 constexpr platform::HidIdentity kForeign{0x046D, 0xC31C};
@@ -62,7 +62,7 @@ void PlugForeign(std::vector<std::unique_ptr<UhidDevice>>& devices, std::size_t 
     using std::chrono_literals::operator""ms;
     while (devices.size() < count) {
         devices.push_back(std::make_unique<UhidDevice>(kForeign));
-        while (!devices.back()->Node())
+        while (!devices.back()->Place())
             std::this_thread::sleep_for(1ms);
     }
 }
@@ -168,7 +168,7 @@ void Register(std::size_t foreign) {
 
 int main(int argc, char** argv) {
     const std::size_t foreign = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 0;
-    std::vector<std::unique_ptr<vento::UhidDevice>> devices;
+    std::vector<std::unique_ptr<vento::device::UhidDevice>> devices;
     vento::PlugForeign(devices, foreign);
     if (::fork() == 0) vento::AnswerForEver();
     if (!vento::AwaitTransmitter()) {
