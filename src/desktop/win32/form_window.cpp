@@ -179,12 +179,10 @@ void FormWindow::MakeView(const ControlLayout& layout) {
 }
 
 ControlWindow& FormWindow::WindowOf(ControlId id) {
-    ControlWindow* found = nullptr;
-    for (View& each : views_) {
-        ControlWindow& window = std::visit([](auto& view) -> ControlWindow& { return view.Window(); }, each);
-        if (window.Layout().id == id && &window.Layout() != &kCancelLayout) found = &window;
-    }
-    return *found;
+    const auto window = [](View& view) -> ControlWindow& {
+        return std::visit([](auto& each) -> ControlWindow& { return each.Window(); }, view);
+    };
+    return window(*std::ranges::find_if(views_, [&](View& each) { return window(each).Layout().id == id; }));
 }
 
 void FormWindow::Show() {
@@ -415,7 +413,7 @@ void FormWindow::ShowPath() {
     for (const ControlId id : {ControlId::Command3, ControlId::Command4}) {
         const ControlWindow& window = WindowOf(id);
         const std::wstring tip = platform::Wide(ToolTipOf(window.Layout(), form_.PanelLanguage()));
-        window.SetTip(path.empty() ? tip : tip + L"\n" + path);
+        window.SetTip(path.empty() ? tip : std::wstring(tip).append(L"\n").append(path));
     }
 }
 

@@ -49,12 +49,13 @@ std::vector<std::uint8_t> LogoPixels(SIZE size) {
     IWICStream* stream = nullptr;
     factory->CreateStream(&stream);
     const auto ownedStream = Owned(stream);
-    if (!stream || FAILED(stream->InitializeFromMemory(file, ::SizeofResource(nullptr, resource)))) return {};
+    if (stream == nullptr || FAILED(stream->InitializeFromMemory(file, ::SizeofResource(nullptr, resource))))
+        return {};
     IWICBitmapDecoder* decoder = nullptr;
     factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnDemand, &decoder);
     const auto ownedDecoder = Owned(decoder);
     IWICBitmapFrameDecode* frame = nullptr;
-    if (!decoder || FAILED(decoder->GetFrame(0, &frame))) return {};
+    if (decoder == nullptr || FAILED(decoder->GetFrame(0, &frame))) return {};
     const auto ownedFrame = Owned(frame);
     IWICFormatConverter* converter = nullptr;
     factory->CreateFormatConverter(&converter);
@@ -64,7 +65,7 @@ std::vector<std::uint8_t> LogoPixels(SIZE size) {
     const auto ownedScaler = Owned(scaler);
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(size.cx * size.cy) * 4);
     const bool converted =
-        converter && scaler &&
+        converter != nullptr && scaler != nullptr &&
         SUCCEEDED(converter->Initialize(frame, GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone,
                                         nullptr, 0, WICBitmapPaletteTypeCustom)) &&
         SUCCEEDED(scaler->Initialize(converter, static_cast<UINT>(size.cx), static_cast<UINT>(size.cy),

@@ -39,10 +39,11 @@ void Win32Desktop::Run() {
     MSG message{};
     while (!over_ || operation_.Running()) {
         if (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
-            if (message.message == WM_QUIT)
+            if (message.message == WM_QUIT) {
                 EndProgram();
-            else
+            } else {
                 Handle(message);
+            }
         } else if (operation_.Running()) {
             operation_.Resume();
         } else {
