@@ -220,7 +220,7 @@ std::span<const StatusEntry> Statuses() {
 }
 
 std::string DescribeStatus(const StatusEntry& status, Language language) {
-    const std::string cause = status.cause.In(language);
+    std::string cause = status.cause.In(language);
     if (!status.isResult) return cause;
     int code = 0;
     std::from_chars(status.status.data(), status.status.data() + status.status.size(), code);

@@ -143,11 +143,12 @@ class Search {
                      {ColumnName(*own), ColumnName(column)});
             }
         }
-        if (!used)
+        if (!used) {
             Warn(line,
                  {"non ha effetto: la colonna {0} compare già sopra.",
                   "has no effect: column {0} stands above already."},
                  {ColumnName(*own)});
+        }
         std::string_view list = lines_[line - 1];
         for (int field = 0; field < 2; ++field)
             list.remove_prefix(std::min(list.find(';') + 1, list.size()));

@@ -3,6 +3,7 @@
 #include <QTranslator>
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -96,15 +97,20 @@ class ItalianTexts : public QTranslator {
     [[nodiscard]] bool isEmpty() const override { return false; }
 };
 
+/// The application owns it from here on.
+void Install(std::unique_ptr<QTranslator> translator) {
+    translator->setParent(QCoreApplication::instance());
+    QCoreApplication::installTranslator(translator.release());
+}
+
 }  // namespace
 
 void TranslateToolkit(Language language) {
     if (language != Language::italian) return;
-    auto* const installed = new QTranslator(QCoreApplication::instance());
-    if (installed->load("qtbase_it", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-        QCoreApplication::installTranslator(installed);
-    }
-    QCoreApplication::installTranslator(new ItalianTexts(QCoreApplication::instance()));  // is asked first
+    auto installed = std::make_unique<QTranslator>();
+    if (installed->load("qtbase_it", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        Install(std::move(installed));
+    Install(std::make_unique<ItalianTexts>());  // is asked first
 }
 
 }  // namespace vento::desktop::qt

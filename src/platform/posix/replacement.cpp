@@ -51,8 +51,9 @@ FileDescriptor CreateBeside(const fs::path& target, mode_t mode, fs::path& name)
 
 // The owner before the permissions, as a change of owner takes some of them away.
 void BeLike(const struct stat& old, int file) {
-    if (::fchown(file, old.st_uid, old.st_gid) != 0)
-        static_cast<void>(!::fchown(file, ::geteuid(), old.st_gid));
+    if (::fchown(file, old.st_uid, old.st_gid) != 0) {
+        [[maybe_unused]] const int groupAlone = ::fchown(file, ::geteuid(), old.st_gid);
+    }
     static_cast<void>(::fchmod(file, old.st_mode & kPermissions));
 }
 
