@@ -10,7 +10,6 @@
 #include "console/text_layout.h"
 #include "console/warnings.h"
 #include "panel/form_web.h"
-#include "panel/load_message.h"
 #include "programme/blanks.h"
 #include "protocol/code_lists.h"
 #include "protocol/read_back.h"
@@ -81,7 +80,7 @@ std::string DescribeBadPiece(const BadPiece& piece, Language language) {
 std::optional<Problem> ProblemOf(const LoadResult& load, const std::vector<CheckedList>& lists,
                                  Language language) {
     if (const auto& problem = load.problem) {
-        return Problem{problem->line, problem->field, DescribeLoadReason(*problem, language)};
+        return Problem{problem->line, problem->field, DescribeLoadReason(*problem).In(language)};
     }
     for (const CheckedList& each : lists) {
         if (each.list.bad) return Problem{each.line, kListField, DescribeBadPiece(*each.list.bad, language)};

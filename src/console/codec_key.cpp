@@ -25,18 +25,23 @@ std::int64_t Element(const json& value, const std::string& place) {
     constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
     const bool tooLarge = value.is_number_unsigned() && value.get<std::uint64_t>() > kMost;
     if (!value.is_number_integer() || tooLarge) {
-        throw ContentError(place + ": expected a whole number of 64 bits, found " + value.dump());
+        throw ContentError(Fill({"riga {0}: previsto un numero intero di 64 bit, trovato {1}",
+                                 "row {0}: expected a whole number of 64 bits, found {1}"},
+                                {place, value.dump()}));
     }
     return value.get<std::int64_t>();
 }
 
 codec::KeyArray KeyOf(const json& document) {
-    if (!document.is_array()) throw ContentError("expected a list of rows");
+    if (!document.is_array())
+        throw ContentError(Phrase{"prevista una lista di righe", "expected a list of rows"});
     codec::KeyArray key;
     for (const json& row : document) {
-        const std::string place = "row " + std::to_string(key.size());
+        const std::string place = std::to_string(key.size() + 1);
         if (!row.is_array() || row.size() != 2)
-            throw ContentError(place + ": expected a list of two numbers");
+            throw ContentError(Fill(
+                {"riga {0}: prevista una lista di due numeri", "row {0}: expected a list of two numbers"},
+                {place}));
         key.push_back({Element(row[0], place), Element(row[1], place)});
     }
     return key;
@@ -48,9 +53,9 @@ codec::KeyArray ReadKey(const std::string& path) {
     try {
         return KeyOf(ReadDocument(path));
     } catch (const ContentError& error) {
-        throw Failure(kUnusableInput, path + ": " + error.what());
+        throw Failure(kUnusableInput, About(path, error));
     } catch (const platform::FileError& error) {
-        throw Failure(kMissingInput, path + ": " + error.what());
+        throw Failure(kMissingInput, About(path, error));
     }
 }
 

@@ -48,20 +48,19 @@ void Guard(const fs::path& source, const std::string& name, const std::string& d
         work();
     } catch (const codec::RaisedError& raised) {
         error = ErrorFields(raised);
-        throw Failure(SizeOf(source) ? kUnusableInput : kMissingInput, name + ": " + raised.what());
+        throw Failure(SizeOf(source) ? kUnusableInput : kMissingInput, About(name, raised));
     } catch (const codec::RangeError& range) {
         error = ErrorFields("range", range);
-        throw Failure(kUnusableInput, name + ": " + range.what());
+        throw Failure(kUnusableInput, About(name, range));
     } catch (const codec::OverflowError& overflow) {
         error = ErrorFields("overflow", overflow);
-        throw Failure(kUnusableInput, name + ": " + overflow.what());
+        throw Failure(kUnusableInput, About(name, overflow));
     } catch (const fs::filesystem_error& failed) {
         const bool reading = failed.path1() == source;
         throw Failure(reading ? kMissingInput : kFailedOutput,
-                      Utf8FromPath(failed.path1()) + ": " +
-                          platform::SystemReason(failed.code()).In(Language::english));
+                      About(Utf8FromPath(failed.path1()), platform::FileError(failed.code())));
     } catch (const platform::FileError& failed) {
-        throw Failure(kFailedOutput, dest + ": " + failed.what());
+        throw Failure(kFailedOutput, About(dest, failed));
     }
 }
 

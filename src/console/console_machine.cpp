@@ -35,9 +35,9 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
         if (options.trace) RequireOther(*options.trace, scenario.image);
         return std::make_unique<simulator::SimulatedHidHost>(scenario, clock);
     } catch (const storage::ContentError& error) {
-        throw Failure(kUnusableInput, *options.simulate + ": " + error.what());
+        throw Failure(kUnusableInput, About(*options.simulate, error));
     } catch (const platform::FileError& error) {
-        throw Failure(kMissingInput, *options.simulate + ": " + error.what());
+        throw Failure(kMissingInput, About(*options.simulate, error));
     }
 }
 
@@ -84,7 +84,7 @@ void ConsoleMachine::Finish() {
         try {
             simulated_->SaveImage();
         } catch (const simulator::ImageError& error) {
-            throw Failure(kFailedOutput, error.what());
+            throw Failure(kFailedOutput, error.Reason());
         }
     }
     if (trace_ && trace_->Problem()) throw Failure(kFailedOutput, *trace_->Problem());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "platform/terminal.h"
@@ -18,25 +18,25 @@ inline constexpr int kUnforeseen = 70;
 inline constexpr int kFailedOutput = 73;  ///< results, trace or image that can't be written
 inline constexpr int kInterrupted = 130;  ///< by Ctrl-C
 
-/// Why a command ended without, or besides, a result of its own. `what()` is English.
-class Failure : public std::runtime_error {
+/// Why a command ended without, or besides, a result of its own.
+class Failure : public ReasonedError {
   public:
     /// `hint`, which may be empty, says what to do about it.
-    Failure(int status, Sentence reason, Sentence hint = {})
-        : std::runtime_error(reason.In(Language::english)),
-          status_(status),
-          reason_(std::move(reason)),
-          hint_(std::move(hint)) {}
+    Failure(int status, const Sentence& reason, Sentence hint = {})
+        : ReasonedError(reason), status_(status), hint_(std::move(hint)) {}
 
     [[nodiscard]] int Status() const { return status_; }
-    [[nodiscard]] const Sentence& Reason() const { return reason_; }
     [[nodiscard]] const Sentence& Hint() const { return hint_; }
 
   private:
     int status_;
-    Sentence reason_;
     Sentence hint_;
 };
+
+/// What went wrong with the file, or the like, of this name.
+[[nodiscard]] inline Sentence About(const std::string& name, const std::exception& error) {
+    return Fill({"{0}: {1}", "{0}: {1}"}, {name, ReasonOf(error)});
+}
 
 /// The program is to end at once, with this status and without results.
 struct EndedAtOnce {

@@ -7,6 +7,7 @@
 #include "console/failure.h"
 #include "console/notices.h"
 #include "console/options.h"
+#include "platform/file_error.h"
 #include "platform/terminal.h"
 
 namespace vento::console {
@@ -48,11 +49,11 @@ int RunCommand(const Options& options, const Terminal& terminal, Language langua
     } catch (const Failure& failure) {
         Fail(failure, notices, answer);
     } catch (const std::exception& error) {
-        Fail(Failure(kUnforeseen, Fill(kUnforeseenPhrase, {error.what()})), notices, answer);
+        Fail(Failure(kUnforeseen, Fill(kUnforeseenPhrase, {ReasonOf(error)})), notices, answer);
     }
     if (WriteResults(options.json ? JsonOf(*options.command, answer) : answer.text)) return answer.status;
     notices.Error(Fill({"I risultati non si possono scrivere: {0}.", "The results can't be written: {0}."},
-                       {std::generic_category().message(errno)}));
+                       {platform::SystemReason({errno, std::generic_category()})}));
     return kFailedOutput;
 }
 
@@ -65,7 +66,7 @@ int RunConsole(const std::vector<std::string>& arguments, const Terminal& termin
         Notices(terminal, language).Error(failure.Reason(), failure.Hint());
         return failure.Status();
     } catch (const std::exception& error) {
-        Notices(terminal, language).Error(Fill(kUnforeseenPhrase, {error.what()}));
+        Notices(terminal, language).Error(Fill(kUnforeseenPhrase, {ReasonOf(error)}));
         return kUnforeseen;
     }
 }

@@ -6,7 +6,6 @@
 #include "console/failure.h"
 #include "console/notices.h"
 #include "console/text_layout.h"
-#include "panel/load_message.h"
 #include "programme/blanks.h"
 #include "text/language.h"
 
@@ -177,8 +176,8 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
 void RefuseProgramme(const Console& console, const LoadProblem& problem, Language language, Answer& answer) {
     const bool unread = problem.reason == LoadProblem::Reason::cannotOpen;
     answer.status = unread ? kMissingInput : kUnusableInput;
-    answer.Diagnose(DescribeLoadProblem(problem, Language::english));
-    console.notices.Error(console.options.Argument(0), DescribeLoadProblem(problem, language));
+    answer.Diagnose(DescribeLoadProblem(problem).In(Language::english));
+    console.notices.Error(console.options.Argument(0), DescribeLoadProblem(problem).In(language));
 }
 
 }  // namespace vento::console

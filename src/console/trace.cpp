@@ -7,12 +7,15 @@
 #include <system_error>
 
 #include "console/failure.h"
+#include "platform/file_error.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
 
-std::string Describe(const std::string& path) {
-    return "The trace " + path + " can't be written: " + std::generic_category().message(errno) + ".";
+Sentence Describe(const std::string& path) {
+    return Fill({"La traccia {0} non può essere scritta: {1}.", "The trace {0} can't be written: {1}."},
+                {path, platform::SystemReason({errno, std::generic_category()})});
 }
 
 // Byte 0 is the report id and always 0, whatever a read has left there.
@@ -35,8 +38,7 @@ std::string Word(bool value) {
 
 Trace::Trace(const std::string& path) : path_(path) {
     errno = 0;
-    stream_.open(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                 std::ios::binary | std::ios::trunc);
+    stream_.open(PathFromUtf8(path), std::ios::binary | std::ios::trunc);
     if (!stream_) throw Failure(kFailedOutput, Describe(path));
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/hid_host.h"
+#include "text/language.h"
 
 namespace vento::console {
 
@@ -26,14 +27,14 @@ class Trace {
     void Close(std::uint64_t cycle);
 
     /// Why the trace is not whole; nothing if it is.
-    [[nodiscard]] const std::optional<std::string>& Problem() const { return problem_; }
+    [[nodiscard]] const std::optional<Sentence>& Problem() const { return problem_; }
 
   private:
     void Line(std::uint64_t cycle, const std::string& rest);
 
     std::string path_;
     std::ofstream stream_;
-    std::optional<std::string> problem_;
+    std::optional<Sentence> problem_;
 };
 
 }  // namespace vento::console

@@ -49,12 +49,13 @@ std::optional<Notice> Session::Finish(Language language) {
         simulated_->SaveImage();
         return std::nullopt;
     } catch (const simulator::ImageError& error) {
-        return Notice{kImageNotSaved.In(language), error.what()};
+        return Notice{kImageNotSaved.In(language), error.Reason().In(language)};
     }
 }
 
-Notice StartNotice(std::string_view simulate, std::string_view reason, Language language) {
-    return {kScenarioUnusable.In(language), std::string(simulate).append(": ").append(reason)};
+Notice StartNotice(std::string_view simulate, const std::exception& error, Language language) {
+    return {kScenarioUnusable.In(language),
+            std::string(simulate).append(": ").append(ReasonOf(error).In(language))};
 }
 
 Notice FailureNotice(std::string_view reason, Language language) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -56,7 +57,7 @@ class Session {
 };
 
 /// What the operator is told when a session with this `simulate` could not be made for this `reason`.
-[[nodiscard]] Notice StartNotice(std::string_view simulate, std::string_view reason, Language language);
+[[nodiscard]] Notice StartNotice(std::string_view simulate, const std::exception& error, Language language);
 
 /// What the operator is told of anything unforeseen.
 [[nodiscard]] Notice FailureNotice(std::string_view reason, Language language);

@@ -110,7 +110,7 @@ int Simulate(const Request& request) {
         server.SaveImage();
         return EXIT_SUCCESS;
     } catch (const storage::ContentError& error) {
-        return Complain(error.what(), kUnusableScenario);
+        return Complain(request.scenario + ": " + error.what(), kUnusableScenario);
     } catch (const platform::FileError& error) {
         return Complain(request.scenario + ": " + error.what(), kNoInput);
     } catch (const simulator::ImageError& error) {

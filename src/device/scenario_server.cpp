@@ -28,15 +28,19 @@ void RefuseWhatTheKernelDecides(const simulator::Scenario& scenario) {
     for (const simulator::Fault& each : scenario.faults) {
         if (std::holds_alternative<simulator::fault::Refused>(each.kind)) {
             throw ContentError(
-                "faults: \"refused\" is not offered by a device of the kernel; take the access "
-                "to its node away instead");
+                Phrase{"faults: un dispositivo del kernel non offre \"refused\"; togliere invece l'accesso "
+                       "al suo nodo",
+                       "faults: \"refused\" is not offered by a device of the kernel; take the access to its "
+                       "node away instead"});
         }
     }
     for (const simulator::SimulatedInterface& each : scenario.interfaces) {
         if (!each.opens) {
             throw ContentError(
-                "interfaces: \"opens\": false is not offered by a device of the kernel; take "
-                "the access to its node away instead");
+                Phrase{"interfaces: un dispositivo del kernel non offre \"opens\": false; togliere invece "
+                       "l'accesso al suo nodo",
+                       "interfaces: \"opens\": false is not offered by a device of the kernel; take the "
+                       "access to its node away instead"});
         }
     }
 }

@@ -3,7 +3,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "panel/load_message.h"
 #include "panel/message_table.h"
 #include "programme/blanks.h"
 #include "protocol/operation_context.h"
@@ -135,7 +134,8 @@ void FormWeb::DropFile(const std::string& path) {
 void FormWeb::OpenAndTell(const std::string& path) {
     if (path.empty()) return;
     const LoadResult load = Aprifilevento(path);
-    if (load.problem) machine_.desktop.ShowMessage(DescribeLoadProblem(*load.problem, PanelLanguage()), path);
+    if (load.problem)
+        machine_.desktop.ShowMessage(DescribeLoadProblem(*load.problem).In(PanelLanguage()), path);
 }
 
 void FormWeb::Command6_Click(std::int16_t index) {

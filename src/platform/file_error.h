@@ -1,6 +1,5 @@
 #pragma once
 
-#include <stdexcept>
 #include <system_error>
 
 #include "text/language.h"
@@ -13,20 +12,14 @@ namespace vento::platform {
 
 /// A file that could not be opened, read or written. It names no file: whoever shows it knows which was
 /// meant.
-class FileError : public std::runtime_error {
+class FileError : public ReasonedError {
   public:
+    using ReasonedError::ReasonedError;
     explicit FileError(std::error_code error) : FileError(SystemReason(error)) {}
     explicit FileError(std::errc error) : FileError(std::make_error_code(error)) {}
-    explicit FileError(const Sentence& reason)
-        : std::runtime_error(reason.In(Language::english)), reason_(reason) {}
-
-    [[nodiscard]] const Sentence& Reason() const { return reason_; }
 
     /// For what is there, but is a pipe, a device or the like.
     [[nodiscard]] static FileError NotRegular();
-
-  private:
-    Sentence reason_;
 };
 
 }  // namespace vento::platform

@@ -107,6 +107,35 @@ std::optional<LoadProblem> FillViews(const std::string& text, const ProgrammeCon
 
 }  // namespace
 
+Sentence DescribeLoadProblem(const LoadProblem& problem) {
+    const Sentence reason = DescribeLoadReason(problem);
+    if (problem.line == 0) return reason;
+    return Fill({"Riga {0}, campo {1}: {2}", "Line {0}, field {1}: {2}"},
+                {std::to_string(problem.line), std::to_string(problem.field), reason});
+}
+
+Sentence DescribeLoadReason(const LoadProblem& problem) {
+    switch (problem.reason) {
+        case LoadProblem::Reason::cannotOpen:
+            return Fill({"Impossibile aprire il file: {0}", "The file could not be opened: {0}"},
+                        {problem.systemReason});
+        case LoadProblem::Reason::tooLarge:
+            return Phrase{"Il file è troppo grande per essere un file di programmazione.",
+                          "The file is too large to be a programme file."};
+        case LoadProblem::Reason::empty:
+            return Phrase{"Il file è vuoto.", "The file is empty."};
+        case LoadProblem::Reason::tooManyLines:
+            return Phrase{"Il file ha più di 32767 righe.", "The file has more than 32767 lines."};
+        case LoadProblem::Reason::missingField:
+            return Phrase{"manca. Ogni riga deve avere almeno 5 campi separati da punto e virgola.",
+                          "missing. Each line needs at least 5 fields separated by semicolons."};
+        case LoadProblem::Reason::badColumn:
+            return Phrase{"il numero della colonna deve essere 1, 2 o 3.",
+                          "the column number has to be 1, 2 or 3."};
+    }
+    return {};
+}
+
 LoadResult Aprifilevento(const std::string& nnfilevento, platform::Files& files,
                          const ProgrammeControls& controls) {
     controls.path.SetCaption(nnfilevento);
@@ -118,7 +147,7 @@ LoadResult Aprifilevento(const std::string& nnfilevento, platform::Files& files,
         result.problem = LoadProblem{LoadProblem::Reason::tooLarge, 0, 0, {}};
         return result;
     } catch (const platform::FileError& error) {
-        result.problem = LoadProblem{LoadProblem::Reason::cannotOpen, 0, 0, error.what()};
+        result.problem = LoadProblem{LoadProblem::Reason::cannotOpen, 0, 0, error.Reason()};
         return result;
     }
     ClearAll(controls);

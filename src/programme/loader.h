@@ -9,6 +9,7 @@
 #include "controls/controls.h"
 #include "platform/files.h"
 #include "programme/programme_record.h"
+#include "text/language.h"
 
 namespace vento {
 
@@ -38,8 +39,14 @@ struct LoadProblem {
     Reason reason = Reason::empty;
     std::size_t line = 0;   ///< counted from 1; with `missingField` and `badColumn` only
     std::size_t field = 0;  ///< counted from 0, like the columns of the format; with the same two
-    std::string systemReason;
+    Sentence systemReason;
 };
+
+/// Why a programme file did not load, in a sentence or two, behind the line and the field.
+[[nodiscard]] Sentence DescribeLoadProblem(const LoadProblem& problem);
+
+/// The same without the line and the field.
+[[nodiscard]] Sentence DescribeLoadReason(const LoadProblem& problem);
 
 /// The lines, counted from 1, that a column's lists were taken from; 0 for none.
 struct ColumnLines {

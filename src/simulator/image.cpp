@@ -40,11 +40,13 @@ bool IsThere(const fs::path& file) {
     const bool isFree = status.type() == fs::file_type::not_found;
     const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
     if (isFree && fs::is_directory(folder, ignored)) return false;
-    throw ContentError("image: expected a regular file, or a name for one in a folder that is there, found " +
-                       Utf8FromPath(file));
+    throw ContentError(
+        Fill({"immagine: previsto un file normale, o un nome per uno in una cartella esistente, trovato {0}",
+              "image: expected a regular file, or a name for one in a folder that is there, found {0}"},
+             {Utf8FromPath(file)}));
 }
 
-Sentence Named(const fs::path& file, const platform::FileError& error) {
+Sentence Named(const fs::path& file, const ReasonedError& error) {
     return Fill({"immagine {0}: {1}", "image {0}: {1}"}, {Utf8FromPath(file), error.Reason()});
 }
 
@@ -55,7 +57,7 @@ Image::Image(fs::path file, Remote& remote) : file_(std::move(file)), remote_(re
     try {
         remote_.SetContents(ParseImage(storage::ReadText(file_)));
     } catch (const ContentError& error) {
-        throw ContentError("image " + Utf8FromPath(file_) + ": " + error.what());
+        throw ContentError(Named(file_, error));
     } catch (const platform::FileError& error) {
         throw platform::FileError(Named(file_, error));
     }

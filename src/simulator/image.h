@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 
 #include "simulator/remote.h"
@@ -10,15 +9,9 @@
 namespace vento::simulator {
 
 /// An image that could not be written; `Reason()` names the file too.
-class ImageError : public std::runtime_error {
+class ImageError : public ReasonedError {
   public:
-    explicit ImageError(const Sentence& reason)
-        : std::runtime_error(reason.In(Language::english)), reason_(reason) {}
-
-    [[nodiscard]] const Sentence& Reason() const { return reason_; }
-
-  private:
-    Sentence reason_;
+    using ReasonedError::ReasonedError;
 };
 
 /// A file in which the contents of a remote live on between runs:

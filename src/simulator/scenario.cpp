@@ -13,7 +13,6 @@
 namespace vento::simulator {
 
 namespace fs = std::filesystem;
-using storage::ContentError;
 using storage::JsonNode;
 
 namespace {
@@ -42,7 +41,7 @@ void ReadNumber(const JsonNode& object, std::string_view key, Field& field, std:
 }
 
 std::vector<SimulatedInterface> ReadInterfaces(const JsonNode& list) {
-    std::vector<SimulatedInterface> interfaces(list.Count(kMostInterfaces, "interfaces"));
+    std::vector<SimulatedInterface> interfaces(list.Count(kMostInterfaces, {"interfacce", "interfaces"}));
     for (std::size_t i = 0; i < interfaces.size(); ++i) {
         const JsonNode node = list.Item(i);
         static constexpr std::array<std::string_view, 3> kKeys = {"vendorId", "productId", "opens"};
@@ -56,7 +55,8 @@ std::vector<SimulatedInterface> ReadInterfaces(const JsonNode& list) {
 
 std::optional<RemoteSetup> ReadRemote(const JsonNode& node) {
     if (node.IsNull()) return std::nullopt;
-    if (!node.IsObject()) node.Refuse("an object, or null for no remote");
+    if (!node.IsObject())
+        node.Refuse(Phrase{"un oggetto, o null per nessun telecomando", "an object, or null for no remote"});
     static constexpr std::array<std::string_view, 5> kKeys = {"version", "sections", "free", "arrivesAtPoll",
                                                               "memory"};
     node.AllowKeys(kKeys);
@@ -65,7 +65,7 @@ std::optional<RemoteSetup> ReadRemote(const JsonNode& node) {
     ReadNumber(node, "free", setup.contents.free, 0, 255);
     ReadNumber(node, "arrivesAtPoll", setup.arrivesAtPoll, 1, kLargestCount);
     if (const JsonNode list = node.At("sections"); list.IsThere()) {
-        setup.sections.resize(list.Count(kMostSections, "offsets"));
+        setup.sections.resize(list.Count(kMostSections, {"offset", "offsets"}));
         for (std::size_t i = 0; i < setup.sections.size(); ++i) {
             setup.sections[i] = static_cast<std::uint16_t>(list.Item(i).Number(0, 65535));
         }
@@ -97,7 +97,7 @@ FaultKind ReadWriteFails(const JsonNode& node) {
 FaultKind ReadReply(const JsonNode& node) {
     fault::Reply kind;
     const JsonNode list = node.At("bytes");
-    const std::size_t count = list.Count(kind.payload.size(), "bytes");
+    const std::size_t count = list.Count(kind.payload.size(), {"byte", "bytes"});
     for (std::size_t i = 0; i < count; ++i)
         kind.payload[i] = list.Item(i).Byte();
     return kind;
@@ -138,7 +138,7 @@ Fault ReadFault(const JsonNode& node) {
 
 std::vector<Fault> ReadFaults(const JsonNode& list) {
     std::vector<Fault> faults;
-    const std::size_t count = list.Count(kMostFaults, "faults");
+    const std::size_t count = list.Count(kMostFaults, {"guasti", "faults"});
     for (std::size_t i = 0; i < count; ++i)
         faults.push_back(ReadFault(list.Item(i)));
     return faults;
@@ -160,7 +160,8 @@ Scenario ParseScenario(std::string_view text, const fs::path& folder) {
     ReadNumber(root, "reportMicroseconds", scenario.perReport, 0, kLongestReport);
     if (const JsonNode node = root.At("image"); node.IsThere()) {
         const std::string& name = node.Text();
-        if (name.empty() || name.find('\0') != std::string::npos) node.Refuse("the name of a file");
+        if (name.empty() || name.find('\0') != std::string::npos)
+            node.Refuse(Phrase{"il nome di un file", "the name of a file"});
         scenario.image = folder / PathFromUtf8(name);
     }
     if (const JsonNode node = root.At("faults"); node.IsThere()) scenario.faults = ReadFaults(node);
@@ -169,11 +170,7 @@ Scenario ParseScenario(std::string_view text, const fs::path& folder) {
 
 Scenario LoadScenario(const std::string& path) {
     const fs::path file = PathFromUtf8(path);
-    try {
-        return ParseScenario(storage::ReadText(file), file.parent_path());
-    } catch (const ContentError& error) {
-        throw ContentError(path + ": " + error.what());
-    }
+    return ParseScenario(storage::ReadText(file), file.parent_path());
 }
 
 }  // namespace vento::simulator

@@ -20,13 +20,16 @@ std::uint16_t ReadOffset(const std::string& key, const JsonNode& node) {
     const char* const end = key.data() + key.size();
     const auto [stop, error] = std::from_chars(key.data(), end, offset);
     const bool isPlain = error == std::errc() && stop == end && std::to_string(offset) == key;
-    if (!isPlain) node.Refuse("a decimal offset from 0 to 65535 as the key");
+    if (!isPlain)
+        node.Refuse(Phrase{"come chiave un offset decimale da 0 a 65535",
+                           "a decimal offset from 0 to 65535 as the key"});
     return offset;
 }
 
 Word ReadWord(const JsonNode& node, WordForm form) {
     if (form == WordForm::firstByte || !node.IsList()) return {.first = node.Byte(), .second = kSecondByte};
-    if (node.Count(2, "bytes") != 2) node.Refuse("a byte or a list of two");
+    if (node.Count(2, {"byte", "bytes"}) != 2)
+        node.Refuse(Phrase{"un byte o una lista di due", "a byte or a list of two"});
     return {.first = node.Item(0).Byte(), .second = node.Item(1).Byte()};
 }
 
@@ -39,11 +42,13 @@ WordRuns ReadWordRuns(const JsonNode& node, WordForm form) {
         const JsonNode list = node.At(key);
         const std::uint16_t offset = ReadOffset(key, list);
         std::vector<Word>& run = runs[offset];
-        const std::size_t count = list.Count(Remote::kMemoryWords, "words");
+        const std::size_t count = list.Count(Remote::kMemoryWords, {"parole", "words"});
         run.reserve(count);
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t place = (offset + i) % Remote::kMemoryWords;
-            if (taken[place]) list.Item(i).Refuse("a word that no other list holds");
+            if (taken[place])
+                list.Item(i).Refuse(
+                    Phrase{"una parola che nessun'altra lista contiene", "a word that no other list holds"});
             taken[place] = true;
             run.push_back(ReadWord(list.Item(i), form));
         }

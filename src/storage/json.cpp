@@ -19,7 +19,8 @@ class Strictness {
         switch (event) {
             case Event::object_start:
             case Event::array_start:
-                if (levels_.size() == kDeepest) throw ContentError(Path() + ": nested too deeply");
+                if (levels_.size() == kDeepest)
+                    throw ContentError(Fill({"{0}: troppi livelli", "{0}: nested too deeply"}, {Path()}));
                 levels_.emplace_back().isList = event == Event::array_start;
                 break;
             case Event::object_end:
@@ -30,7 +31,9 @@ class Strictness {
             case Event::key:
                 levels_.back().key = parsed.get_ref<const std::string&>();
                 if (!levels_.back().keys.insert(levels_.back().key).second) {
-                    throw ContentError(Path() + ": expected this key once, found it again");
+                    throw ContentError(
+                        Fill({"{0}: questa chiave c'è già", "{0}: expected this key once, found it again"},
+                             {Path()}));
                 }
                 break;
             case Event::value:
@@ -76,11 +79,12 @@ std::string Reason(std::string text) {
 }
 
 constexpr std::size_t kShownCharacters = 60;
+constexpr Phrase kObject{"un oggetto", "an object"};
 
 // A value as an error shows it: as JSON in ASCII, cut off where it grows long.
-std::string Shown(const Json& value) {
-    if (value.is_array()) return "a list of " + std::to_string(value.size());
-    if (value.is_object()) return "an object";
+Sentence Shown(const Json& value) {
+    if (value.is_array()) return Fill({"una lista di {0}", "a list of {0}"}, {std::to_string(value.size())});
+    if (value.is_object()) return kObject;
     std::string text = value.dump(-1, ' ', true);
     if (text.size() > kShownCharacters) text = text.substr(0, kShownCharacters) + "...";
     return text;
@@ -104,15 +108,15 @@ Json ParseJson(std::string_view text) {
     try {
         return Json::parse(text, see);
     } catch (const Json::exception& error) {
-        throw ContentError("expected JSON: " + Reason(error.what()));
+        throw ContentError(Fill({"previsto JSON: {0}", "expected JSON: {0}"}, {Reason(error.what())}));
     }
 }
 
-void JsonNode::Refuse(std::string_view expected) const {
-    std::string text = path_.empty() ? "the whole" : path_;
-    text.append(": expected ").append(expected).append(", found ");
-    text.append(value_ == nullptr ? "nothing" : Shown(*value_));
-    throw ContentError(text);
+void JsonNode::Refuse(const Sentence& expected) const {
+    const Sentence place = path_.empty() ? Sentence(Phrase{"il tutto", "the whole"}) : Sentence(path_);
+    const Sentence found = value_ == nullptr ? Sentence(Phrase{"nulla", "nothing"}) : Shown(*value_);
+    throw ContentError(
+        Fill({"{0}: previsto {1}, trovato {2}", "{0}: expected {1}, found {2}"}, {place, expected, found}));
 }
 
 bool JsonNode::IsNull() const {
@@ -128,7 +132,7 @@ bool JsonNode::IsObject() const {
 }
 
 std::vector<std::string> JsonNode::Keys() const {
-    if (!IsObject()) Refuse("an object");
+    if (!IsObject()) Refuse(kObject);
     std::vector<std::string> keys;
     for (const auto& member : value_->items())
         keys.push_back(member.key());
@@ -138,20 +142,21 @@ std::vector<std::string> JsonNode::Keys() const {
 void JsonNode::AllowKeys(std::span<const std::string_view> keys) const {
     for (const std::string& key : Keys()) {
         if (std::ranges::find(keys, key) != keys.end()) continue;
-        At(key).Refuse("no other key than " + Joined(keys));
+        At(key).Refuse(Fill({"nessun'altra chiave che {0}", "no other key than {0}"}, {Joined(keys)}));
     }
 }
 
 JsonNode JsonNode::At(std::string_view key) const {
-    if (!IsObject()) Refuse("an object");
+    if (!IsObject()) Refuse(kObject);
     std::string path = path_.empty() ? std::string(key) : path_ + "." + std::string(key);
     const auto found = value_->find(key);
     return {found == value_->end() ? nullptr : &*found, std::move(path)};
 }
 
-std::size_t JsonNode::Count(std::size_t most, std::string_view items) const {
+std::size_t JsonNode::Count(std::size_t most, const Phrase& items) const {
     if (!IsList() || value_->size() > most) {
-        Refuse("a list of " + std::to_string(most) + " " + std::string(items) + " at the most");
+        Refuse(Fill({"una lista di al massimo {0} {1}", "a list of {0} {1} at the most"},
+                    {std::to_string(most), items}));
     }
     return value_->size();
 }
@@ -161,12 +166,12 @@ JsonNode JsonNode::Item(std::size_t index) const {
 }
 
 bool JsonNode::Boolean() const {
-    if (value_ == nullptr || !value_->is_boolean()) Refuse("true or false");
+    if (value_ == nullptr || !value_->is_boolean()) Refuse(Phrase{"true o false", "true or false"});
     return value_->get<bool>();
 }
 
 const std::string& JsonNode::Text() const {
-    if (value_ == nullptr || !value_->is_string()) Refuse("a text");
+    if (value_ == nullptr || !value_->is_string()) Refuse(Phrase{"un testo", "a text"});
     return value_->get_ref<const std::string&>();
 }
 
@@ -175,7 +180,7 @@ std::size_t JsonNode::Choice(std::span<const std::string_view> choices) const {
         const auto found = std::ranges::find(choices, std::string_view(Text()));
         if (found != choices.end()) return static_cast<std::size_t>(found - choices.begin());
     }
-    Refuse("one of " + Joined(choices));
+    Refuse(Fill({"uno di {0}", "one of {0}"}, {Joined(choices)}));
 }
 
 std::uint64_t JsonNode::Number(std::uint64_t least, std::uint64_t most) const {
@@ -183,7 +188,8 @@ std::uint64_t JsonNode::Number(std::uint64_t least, std::uint64_t most) const {
         const auto number = value_->get<std::uint64_t>();
         if (number >= least && number <= most) return number;
     }
-    Refuse("a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    Refuse(Fill({"un numero intero da {0} a {1}", "a whole number from {0} to {1}"},
+                {std::to_string(least), std::to_string(most)}));
 }
 
 }  // namespace vento::storage

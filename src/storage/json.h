@@ -4,19 +4,20 @@
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "text/language.h"
+
 namespace vento::storage {
 
-/// The content of a file that can't be used. `what()` says at which place, what was expected there and what
+/// The content of a file that can't be used. It says at which place, what was expected there and what
 /// was found.
-class ContentError : public std::runtime_error {
+class ContentError : public ReasonedError {
   public:
-    using std::runtime_error::runtime_error;
+    using ReasonedError::ReasonedError;
 };
 
 /// Reads strict JSON: no comments, no key twice in an object, nothing behind the end, nesting of 16 at the
@@ -30,7 +31,7 @@ class JsonNode {
   public:
     explicit JsonNode(const nlohmann::json& document) : value_(&document) {}
 
-    [[noreturn]] void Refuse(std::string_view expected) const;
+    [[noreturn]] void Refuse(const Sentence& expected) const;
 
     [[nodiscard]] bool IsThere() const { return value_ != nullptr; }
     [[nodiscard]] bool IsNull() const;
@@ -44,7 +45,7 @@ class JsonNode {
     [[nodiscard]] JsonNode At(std::string_view key) const;
 
     /// The number of items of a list of `most` at the most. `items` names them in the plural.
-    [[nodiscard]] std::size_t Count(std::size_t most, std::string_view items) const;
+    [[nodiscard]] std::size_t Count(std::size_t most, const Phrase& items) const;
     [[nodiscard]] JsonNode Item(std::size_t index) const;
 
     [[nodiscard]] bool Boolean() const;

@@ -11,7 +11,9 @@ std::string ReadText(const std::filesystem::path& file) {
     try {
         return platform::MakeNativeFiles()->ReadAll(Utf8FromPath(file), kLargestText);
     } catch (const platform::FileTooLarge&) {
-        throw ContentError("expected a text of " + std::to_string(kLargestText) + " bytes at the most");
+        throw ContentError(
+            Fill({"previsto un testo di al massimo {0} byte", "expected a text of {0} bytes at the most"},
+                 {std::to_string(kLargestText)}));
     }
 }
 

@@ -35,4 +35,9 @@ Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values) {
     return filled;
 }
 
+Sentence ReasonOf(const std::exception& error) {
+    const auto* const reasoned = dynamic_cast<const ReasonedError*>(&error);
+    return reasoned != nullptr ? reasoned->Reason() : Sentence(error.what());
+}
+
 }  // namespace vento

@@ -4,7 +4,9 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <initializer_list>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -57,5 +59,20 @@ class Sentence {
 /// `pattern` with each "{0}" to "{9}" replaced by the value of that index. An index without a value stays as
 /// it stands.
 [[nodiscard]] Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values);
+
+/// An error whose reason whoever shows it can say in every language; `what()` is the English one.
+class ReasonedError : public std::runtime_error {
+  public:
+    explicit ReasonedError(const Sentence& reason)
+        : std::runtime_error(reason.In(Language::english)), reason_(reason) {}
+
+    [[nodiscard]] const Sentence& Reason() const { return reason_; }
+
+  private:
+    Sentence reason_;
+};
+
+/// The reason of any error: of one that is no ReasonedError what it says, in whatever language.
+[[nodiscard]] Sentence ReasonOf(const std::exception& error);
 
 }  // namespace vento

@@ -80,7 +80,7 @@ TEST(Open, LoadsOrSaysWhyNot) {
          "The file is too large to be a programme file."},
         {std::string(32768, '\n'), "Il file ha pi\u00F9 di 32767 righe.",
          "The file has more than 32767 lines."},
-        {std::nullopt, "Impossibile aprire il file: No such file or directory",
+        {std::nullopt, "Impossibile aprire il file: Il file o la cartella non esiste",
          "The file could not be opened: No such file or directory"},
     };
     for (const auto& [content, italian, english] : cases) {

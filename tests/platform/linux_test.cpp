@@ -11,6 +11,7 @@
 
 #include "platform/linux/hidraw_host.h"
 #include "platform/native.h"
+#include "platform/replacement.h"
 #include "support/scratch_folder.h"
 
 namespace vento::platform {
@@ -45,6 +46,21 @@ TEST(HidrawHost, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
                                       {"hidraw3", failed, std::nullopt},
                                       {"hidraw9", foreign, HidIdentity{0x046D, 0xC52B}},
                                       {"hidraw10", failed, transmitter}}));
+}
+
+TEST(NativeReplacement, HasThePermissionsFromTheStartAndGoesToTheFileBehindALink) {
+    const test::ScratchFolder folder;
+    fs::permissions(folder.Write("file", "old"), fs::perms{0600});
+    fs::create_symlink("file", folder / "link");
+    const auto replacement = ReplaceNatively(folder / "link");
+    for (const auto& entry : fs::directory_iterator(folder / ""))
+        EXPECT_TRUE(entry.is_symlink() || entry.status().permissions() == fs::perms{0600}) << entry;
+    replacement->Write(std::array<std::uint8_t, 1>{'n'});
+    replacement->TakePlace();
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_EQ(folder.Read("file"), "n");
+    EXPECT_EQ(fs::status(folder / "file").permissions(), fs::perms{0600});
+    EXPECT_THROW(static_cast<void>(ReplaceNatively("/dev/null")), FileError);
 }
 
 TEST(NativeLanguage, IsTakenFromTheFirstVariableThatIsSet) {

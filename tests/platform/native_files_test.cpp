@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/native.h"
+#include "platform/replacement.h"
 #include "support/scratch_folder.h"
 
 namespace vento::platform {
@@ -40,6 +41,40 @@ TEST(NativeFiles, DeletesRegularFilesThatMayBeWrittenOnly) {
     std::filesystem::permissions(folder / "perché.qlb", std::filesystem::perms::owner_write);
     files->Delete(file);
     EXPECT_FALSE(std::filesystem::exists(folder / "perché.qlb"));
+}
+
+TEST(NativeReplacement, TakesThePlaceOfARegularFileAloneAndLeavesNothingElse) {
+    const test::ScratchFolder folder;
+    const auto replace = [](const std::filesystem::path& target, bool takePlace) {
+        const auto replacement = ReplaceNatively(target);
+        const std::vector<std::uint8_t> bytes(100'000, 'n');
+        replacement->Write(bytes);
+        replacement->Write(bytes);
+        if (takePlace) replacement->TakePlace();
+    };
+    const std::string longest(255, 'x');  // as long as a name may be
+    for (const std::string& name : {"perché"s, longest, "new"s}) {
+        if (name != "new") static_cast<void>(folder.Write(name, "old"));
+        replace(folder / name, false);
+        EXPECT_EQ(std::filesystem::exists(folder / name), name != "new");
+        replace(folder / name, true);
+        EXPECT_EQ(folder.Read(name), std::string(200'000, 'n'));
+    }
+    std::filesystem::create_directory(folder / "folder");
+    for (const auto& [name, reason] : {std::pair{"folder", "Is a directory"},
+                                       {"none/new", "No such file or directory"},
+                                       {"perché/new", "Not a directory"}}) {
+        try {
+            replace(folder / name, true);
+            ADD_FAILURE() << name;
+        } catch (const FileError& error) {
+            const std::string_view told = error.what();
+            // Windows tells a file in the place of a folder from no such file in its own way.
+            EXPECT_TRUE(told == reason || told == "No such file or directory") << name << ": " << told;
+            EXPECT_NE(error.Reason().In(Language::italian), told);
+        }
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder / ""), {}), 4);
 }
 
 TEST(NativeFiles, ReadsASettingsSectionAsFarAsItFits) {

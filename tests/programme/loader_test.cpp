@@ -109,7 +109,7 @@ TEST(Loader, TakesTheMostLinesThereMayBeWhichAFileThatCannotBeOpenedLeavesAlone)
     const LoadResult gone = panel.Load("gone.qlb");
     ASSERT_TRUE(gone.problem);
     EXPECT_EQ(gone.problem->reason, Reason::cannotOpen);
-    EXPECT_EQ(gone.problem->systemReason, "No such file or directory");
+    EXPECT_EQ(gone.problem->systemReason.In(Language::english), "No such file or directory");
     EXPECT_EQ(panel.path.Caption(), "gone.qlb");
     EXPECT_EQ(panel.Shown(), "a|b|-|1|2|-|1||-|");
 }

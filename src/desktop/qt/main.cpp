@@ -91,7 +91,7 @@ int Run(qt::QtDesktop& desktop, qt::Termination& termination, const StartFile& f
     try {
         session.emplace(simulate);
     } catch (const std::exception& error) {
-        notice = StartNotice(simulate, error.what(), language);
+        notice = StartNotice(simulate, error, language);
         return EXIT_FAILURE;
     }
     const int status = RunForm(*session, desktop, termination, file);

@@ -74,7 +74,7 @@ int RunProgram(const std::string& commandLine) {
     try {
         session.emplace(simulate);
     } catch (const std::exception& error) {
-        const Notice notice = StartNotice(simulate, error.what(), DesktopLanguage());
+        const Notice notice = StartNotice(simulate, error, DesktopLanguage());
         desktop.ShowMessage(notice.text, notice.detail);
         return EXIT_FAILURE;
     }
