@@ -11,6 +11,7 @@
 #include "protocol/wait_for_remote.h"
 #include "simulator/simulated_hid_host.h"
 #include "support/fakes.h"
+#include "usb/report_exchange.h"
 
 namespace vento {
 namespace {
@@ -20,29 +21,22 @@ class InstantHost final : public platform::HidHost {
   public:
     platform::Report answer{};
 
-    void BeginSearch() override { before_ = true; }
-    bool NextInterface() override { return std::exchange(before_, false); }
-    std::string InterfaceName() const override { return {}; }
-    platform::OpenAnswer OpenInterface(bool (*wanted)(platform::HidIdentity)) override {
+    void Search(const std::function<bool(std::string_view path)>& visit) override { visit("0"); }
+    platform::OpenAnswer Open(std::string_view, platform::Wanted wanted) override {
         constexpr platform::HidIdentity kIdentity{1240, 1};
         return {wanted(kIdentity) ? platform::OpenOutcome::opened : platform::OpenOutcome::foreign, kIdentity,
                 1};
     }
-    void EndSearch() override {}
-    bool WriteReport(platform::HidHandle, const platform::Report& report) override {
+    platform::ReportTransfer Write(platform::HidHandle, const platform::Report& report) override {
         benchmark::DoNotOptimize(report.data());
-        return true;
+        return {.whole = true, .error = 0, .bytes = report.size()};
     }
-    bool ReadReport(platform::HidHandle, platform::Report& report) override {
+    platform::ReportTransfer Read(platform::HidHandle, platform::Report& report) override {
         report = answer;
-        return true;
+        return {.whole = true, .error = 0, .bytes = platform::kReportPayload};
     }
     void Cancel(platform::HidHandle) override {}
     void Close(platform::HidHandle) override {}
-    std::string Advice(platform::OpenOutcome, Language) const override { return {}; }
-
-  private:
-    bool before_ = false;
 };
 
 // The calls that an exchange of one report each way makes on its host, without the exchange.
@@ -51,14 +45,16 @@ void BM_HostCallsAlone(benchmark::State& state) {
     platform::HidHost& host = instant;
     platform::Report report{};
     for (auto _ : state) {
-        host.BeginSearch();
-        bool found = host.NextInterface();
-        const auto answer = host.OpenInterface(IsTransmitter);
-        host.EndSearch();
-        found &= host.WriteReport(answer.handle, report) && host.ReadReport(answer.handle, report);
+        platform::OpenAnswer answer;
+        host.Search([&](std::string_view path) {
+            answer = host.Open(path, IsTransmitter);
+            return false;
+        });
+        bool good = host.Write(answer.handle, report).whole;
+        good &= host.Read(answer.handle, report).whole;
         host.Cancel(answer.handle);
         host.Close(answer.handle);
-        benchmark::DoNotOptimize(found);
+        benchmark::DoNotOptimize(good);
     }
 }
 BENCHMARK(BM_HostCallsAlone);
@@ -67,13 +63,10 @@ void BM_ExchangeReports(benchmark::State& state) {
     InstantHost host;
     const std::vector<std::uint8_t> frame(static_cast<std::size_t>(state.range(0)), 7);
     Reply reply{};
-    std::int32_t vendorId = 0;
-    std::int32_t productId = 0;
+    Link link(host, IsTransmitter);
     const std::uint64_t before = bench::Allocations();
-    for (auto _ : state) {
-        const Exchange exchange = ExchangeReports(host, vendorId, productId, frame, true, reply);
-        benchmark::DoNotOptimize(exchange.reportsRead);
-    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ExchangeReports(link, frame, reply).reportsRead);
     state.counters["allocations"] = static_cast<double>(bench::Allocations() - before);
 }
 BENCHMARK(BM_ExchangeReports)->Arg(7)->Arg(70);
@@ -84,11 +77,12 @@ void BM_PollLoop(benchmark::State& state) {
     test::FakeClock clock;
     Label label;
     Button cancel;
-    const OperationContext context{label, cancel, "waiting", clock, [] {}};
+    ProgressBar bar;
+    const OperationContext context{label, cancel, bar, "waiting", clock, [] {}};
     std::uint64_t during = 0;
     std::uint64_t polls = 0;
     for (auto _ : state) {
-        Link link{host, 1};
+        Link link(host, IsTransmitter);
         const std::uint64_t before = bench::Allocations();
         benchmark::DoNotOptimize(WaitForRemote(context, link).code);
         during += bench::Allocations() - before;
@@ -122,7 +116,7 @@ void BM_ProgrammingRun(benchmark::State& state) {
     test::FakeFiles files;
     files.contents["p"] = Programme(length);
     simulator::SimulatedHidHost host(scenario, clock);
-    FormWeb form({host, desktop, files, clock});
+    FormWeb form({host, desktop, files, clock, platform::HidBackEnd::simulation});
     form.Form_Load("p");
     for (auto _ : state) {
         form.Command6_Click(0);

@@ -44,6 +44,10 @@ constexpr platform::HidIdentity kTransmitter{1240, 1};
 constexpr platform::HidIdentity kForeign{0x046D, 0xC31C};
 constexpr std::array<std::uint8_t, 7> kFrame = {7, 'U', 1, 0, 1, 165, 1};
 
+bool IsOurs(platform::HidIdentity identity) {
+    return identity == kTransmitter;
+}
+
 // A process of its own, as the device is outside of this one: sends a report for each that it gets.
 void AnswerForEver() {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -53,7 +57,7 @@ void AnswerForEver() {
         pollfd waiting{.fd = device.Descriptor(), .events = POLLIN, .revents = 0};
         ::poll(&waiting, 1, -1);
         while (const auto event = device.NextEvent()) {
-            if (event->kind == DeviceEvent::Kind::output) device.Send(answer);
+            if (event->kind == DeviceEvent::Kind::output && !device.Send(answer)) return;
         }
     }
 }
@@ -70,10 +74,9 @@ void PlugForeign(std::vector<std::unique_ptr<UhidDevice>>& devices, std::size_t 
 bool AwaitTransmitter() {
     using std::chrono_literals::operator""ms;
     platform::HidrawHost host;
-    std::int32_t vendorId = 0;
-    std::int32_t productId = 0;
+    Link link(host, IsOurs);
     for (int attempt = 0; attempt < 2000; ++attempt) {
-        if (LocateTransmitter(host, vendorId, productId).found) return true;
+        if (LocateTransmitter(link).found) return true;
         std::this_thread::sleep_for(5ms);
     }
     return false;
@@ -81,11 +84,10 @@ bool AwaitTransmitter() {
 
 void OwnBackEnd(benchmark::State& state) {
     platform::HidrawHost host;
-    std::int32_t vendorId = 0;
-    std::int32_t productId = 0;
+    Link link(host, IsOurs);
     const auto exchange = [&] {
         std::array<std::uint8_t, 9> reply{};
-        return ExchangeReports(host, vendorId, productId, kFrame, true, reply).reportsRead == 1;
+        return ExchangeReports(link, kFrame, reply).reportsRead == 1;
     };
     bool good = exchange();
     const std::uint64_t before = bench::Allocations();
@@ -133,7 +135,7 @@ bool HidapiExchange() {
     hid_device_info* const list = hid_enumerate(0, 0);
     hid_device* device = nullptr;
     for (const hid_device_info* each = list; each != nullptr && device == nullptr; each = each->next) {
-        if (IsTransmitter({each->vendor_id, each->product_id})) device = hid_open_path(each->path);
+        if (IsOurs({each->vendor_id, each->product_id})) device = hid_open_path(each->path);
     }
     hid_free_enumeration(list);
     if (device == nullptr) return false;

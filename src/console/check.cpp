@@ -12,8 +12,8 @@
 #include "panel/form_web.h"
 #include "programme/blanks.h"
 #include "protocol/code_lists.h"
+#include "protocol/commands.h"
 #include "protocol/read_back.h"
-#include "protocol/sections.h"
 #include "text/language.h"
 
 namespace vento::console {
@@ -51,7 +51,7 @@ constexpr std::array kOptions{
                 [](Options& options, std::string_view) { return options.strict = true; }}};
 
 std::string ColumnName(std::size_t column) {
-    return std::string(TrimBlanks(kSections[column].SectionLabel));
+    return std::string(kSections[column].name);
 }
 
 void TakeList(const ListView& view, CheckedList place, std::vector<CheckedList>& lists) {

@@ -15,6 +15,7 @@
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/files.h"
+#include "platform/native.h"
 #include "platform/terminal.h"
 #include "simulator/simulated_hid_host.h"
 
@@ -63,7 +64,10 @@ class ConsoleMachine {
     /// Throws Failure if the scenario can't be used or the trace can't be written.
     explicit ConsoleMachine(const Console& console);
 
-    [[nodiscard]] Machine ForPanel() { return {hid_, desktop_, *files_, *clock_}; }
+    [[nodiscard]] Machine ForPanel() { return {hid_, desktop_, *files_, *clock_, BackEnd()}; }
+    [[nodiscard]] platform::HidBackEnd BackEnd() const {
+        return simulated_ ? platform::HidBackEnd::simulation : platform::NativeHidBackEnd();
+    }
     [[nodiscard]] TracedHidHost& Hid() { return hid_; }
     [[nodiscard]] ConsoleDesktop& Desktop() { return desktop_; }
     [[nodiscard]] platform::Clock& Clock() { return *clock_; }

@@ -9,7 +9,8 @@
 #include "console/console_machine.h"
 #include "console/notices.h"
 #include "console/text_layout.h"
-#include "panel/run_operation.h"
+#include "panel/advice.h"
+#include "protocol/transmitter_kinds.h"
 #include "text/language.h"
 #include "usb/gestione_hid.h"
 
@@ -33,15 +34,15 @@ struct Found {
 std::vector<Found> Walk(platform::HidHost& host) {
     std::vector<Found> all;
     bool taken = false;
-    host.BeginSearch();
-    while (host.NextInterface()) {
-        const platform::OpenAnswer answer = host.OpenInterface(IsTransmitter);
-        Found& found = all.emplace_back(Found{host.InterfaceName(), answer.identity, answer.outcome, false});
-        if (answer.outcome != OpenOutcome::opened) continue;
-        const HidDevice device(host, answer.handle);
-        found.taken = !std::exchange(taken, true);
-    }
-    host.EndSearch();
+    host.Search([&](std::string_view path) {
+        const platform::OpenAnswer answer = host.Open(path, IsTransmitter);
+        Found& found = all.emplace_back(Found{std::string(path), answer.identity, answer.outcome, false});
+        if (answer.outcome == OpenOutcome::opened) {
+            const HidDevice device(host, answer.handle);
+            found.taken = !std::exchange(taken, true);
+        }
+        return true;
+    });
     return all;
 }
 
@@ -57,7 +58,9 @@ AccessName AccessOf(OpenOutcome outcome) {
         case OpenOutcome::forbidden:
             return {"forbidden", {"vietato", "forbidden"}};
         case OpenOutcome::busy:
+        case OpenOutcome::held:
             return {"busy", {"occupato", "busy"}};
+        case OpenOutcome::noBandwidth:
         case OpenOutcome::failed:
             return {"failed", {"non si apre", "does not open"}};
         case OpenOutcome::foreign:
@@ -105,9 +108,9 @@ std::string Legend(const std::vector<Found>& all, Language language) {
 }
 
 // What keeps a transmitter from being taken is for the operator to mend.
-void AdviseOn(const Found& found, const Console& console, const platform::HidHost& host, Language language) {
+void Explain(const Found& found, const Console& console, platform::HidBackEnd backEnd) {
     if (!found.Recognised() || found.outcome == OpenOutcome::opened) return;
-    console.notices.Error(found.name, DescribeObstacle(host, found.outcome, language));
+    console.notices.Error(found.name, AdviseOn(found.outcome, backEnd).In(console.language));
 }
 
 void Run(const Console& console, Answer& answer) {
@@ -118,7 +121,7 @@ void Run(const Console& console, Answer& answer) {
     for (const Found& found : all) {
         answer.fields["interfaces"].push_back(InterfaceFields(found));
         answer.text += Describe(found, language);
-        AdviseOn(found, console, machine.Hid(), language);
+        Explain(found, console, machine.BackEnd());
     }
     answer.text += Legend(all, language);
     machine.Finish();

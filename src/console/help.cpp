@@ -224,7 +224,7 @@ std::string DescribeStatus(const StatusEntry& status, Language language) {
     if (!status.isResult) return cause;
     int code = 0;
     std::from_chars(status.status.data(), status.status.data() + status.status.size(), code);
-    return Printable(TextOf(static_cast<ResultCode>(code), language)) + ": " + cause;
+    return Printable(MessageFor(static_cast<ResultCode>(code), language)) + ": " + cause;
 }
 
 std::string Synopsis(const CommandEntry& command, Language language) {

@@ -103,13 +103,12 @@ void Conclude(FormWeb& form, const ConsoleDesktop& desktop, Notices& notices, An
     }
     answer.status = static_cast<int>(outcome->code);
     answer.fields["result"] = answer.status;
-    answer.Diagnose(outcome->diagnostic);
+    answer.Diagnose(outcome->diagnostic.In(Language::english));
     if (outcome->code != ResultCode::success) {
-        notices.Error(outcome->message, outcome->diagnostic);
+        notices.Error(outcome->message, outcome->diagnostic.In(form.PanelLanguage()));
         return;
     }
     answer.text = LinesOf(outcome->message);
-    if (!outcome->diagnostic.empty()) notices.Error(outcome->diagnostic);
 }
 
 }  // namespace

@@ -34,6 +34,13 @@ std::string Word(bool value) {
     return value ? "true" : "false";
 }
 
+// Of a transfer that failed: the system's error, 0 where it named none, and the bytes that crossed all the
+// same.
+std::string FailureOf(const platform::ReportTransfer& transfer) {
+    if (transfer.whole) return "";
+    return R"(,"error":)" + std::to_string(transfer.error) + R"(,"bytes":)" + std::to_string(transfer.bytes);
+}
+
 }  // namespace
 
 Trace::Trace(const std::string& path) : path_(path) {
@@ -55,13 +62,16 @@ void Trace::Search(std::uint64_t cycle, const std::optional<platform::HidIdentit
                     (found ? std::to_string(found->productId) : "null"));
 }
 
-void Trace::Write(std::uint64_t cycle, bool ok, const platform::Report& report) {
-    Line(cycle, R"("event":"write","ok":)" + Word(ok) + R"(,"report":")" + Hex(report) + '"');
+void Trace::Write(std::uint64_t cycle, const platform::ReportTransfer& transfer,
+                  const platform::Report& report) {
+    Line(cycle, R"("event":"write","ok":)" + Word(transfer.whole) + R"(,"report":")" + Hex(report) + '"' +
+                    FailureOf(transfer));
 }
 
-void Trace::Read(std::uint64_t cycle, const platform::Report* report) {
-    Line(cycle, R"("event":"read","ok":)" + Word(report != nullptr) + R"(,"report":)" +
-                    (report != nullptr ? '"' + Hex(*report) + '"' : "null"));
+void Trace::Read(std::uint64_t cycle, const platform::ReportTransfer& transfer,
+                 const platform::Report& report) {
+    Line(cycle, R"("event":"read","ok":)" + Word(transfer.whole) + R"(,"report":)" +
+                    (transfer.whole ? '"' + Hex(report) + '"' : "null") + FailureOf(transfer));
 }
 
 void Trace::Close(std::uint64_t cycle) {

@@ -21,9 +21,9 @@ class Trace {
     /// The end of a search for a transmitter; `found` is its identity.
     void Search(std::uint64_t cycle, const std::optional<platform::HidIdentity>& found);
     /// A report that was to go out.
-    void Write(std::uint64_t cycle, bool ok, const platform::Report& report);
-    /// A report that was to come in; null if none came.
-    void Read(std::uint64_t cycle, const platform::Report* report);
+    void Write(std::uint64_t cycle, const platform::ReportTransfer& transfer, const platform::Report& report);
+    /// A report that was to come in; looked at only if it is whole.
+    void Read(std::uint64_t cycle, const platform::ReportTransfer& transfer, const platform::Report& report);
     void Close(std::uint64_t cycle);
 
     /// Why the trace is not whole; nothing if it is.

@@ -4,20 +4,23 @@
 
 namespace vento::console {
 
+using platform::ForwardingHidHost;
 using platform::HidHandle;
 using platform::OpenAnswer;
 using platform::OpenOutcome;
 using platform::Report;
+using platform::ReportTransfer;
 
-void TracedHidHost::BeginSearch() {
+void TracedHidHost::Search(const std::function<bool(std::string_view path)>& visit) {
     EndIfDemanded(terminal_);
     ++cycle_;
     found_ = false;
-    host_.BeginSearch();
+    ForwardingHidHost::Search(visit);
+    if (!found_ && trace_ != nullptr) trace_->Search(cycle_, std::nullopt);
 }
 
-OpenAnswer TracedHidHost::OpenInterface(bool (*wanted)(platform::HidIdentity)) {
-    const OpenAnswer answer = host_.OpenInterface(wanted);
+OpenAnswer TracedHidHost::Open(std::string_view path, platform::Wanted wanted) {
+    const OpenAnswer answer = ForwardingHidHost::Open(path, wanted);
     if (answer.outcome == OpenOutcome::opened && !found_) {
         found_ = true;
         traced_ = answer.handle;
@@ -26,28 +29,23 @@ OpenAnswer TracedHidHost::OpenInterface(bool (*wanted)(platform::HidIdentity)) {
     return answer;
 }
 
-void TracedHidHost::EndSearch() {
-    host_.EndSearch();
-    if (!found_ && trace_ != nullptr) trace_->Search(cycle_, std::nullopt);
+ReportTransfer TracedHidHost::Write(HidHandle device, const Report& report) {
+    EndIfDemanded(terminal_);
+    const ReportTransfer transfer = ForwardingHidHost::Write(device, report);
+    if (trace_ != nullptr) trace_->Write(cycle_, transfer, report);
+    return transfer;
 }
 
-bool TracedHidHost::WriteReport(HidHandle device, const Report& report) {
+ReportTransfer TracedHidHost::Read(HidHandle device, Report& report) {
     EndIfDemanded(terminal_);
-    const bool ok = host_.WriteReport(device, report);
-    if (trace_ != nullptr) trace_->Write(cycle_, ok, report);
-    return ok;
-}
-
-bool TracedHidHost::ReadReport(HidHandle device, Report& report) {
-    EndIfDemanded(terminal_);
-    const bool ok = host_.ReadReport(device, report);
-    if (trace_ != nullptr) trace_->Read(cycle_, ok ? &report : nullptr);
-    return ok;
+    const ReportTransfer transfer = ForwardingHidHost::Read(device, report);
+    if (trace_ != nullptr) trace_->Read(cycle_, transfer, report);
+    return transfer;
 }
 
 // Runs in destructors, on the way out of a demanded end too.
 void TracedHidHost::Close(HidHandle device) {
-    host_.Close(device);
+    ForwardingHidHost::Close(device);
     if (traced_ != device) return;
     traced_.reset();
     if (trace_ != nullptr) trace_->Close(cycle_);

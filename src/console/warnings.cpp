@@ -9,7 +9,7 @@
 
 #include "programme/blanks.h"
 #include "programme/decimal.h"
-#include "protocol/sections.h"
+#include "protocol/commands.h"
 
 namespace vento::console {
 namespace {
@@ -19,7 +19,7 @@ constexpr std::size_t kUsualSection = 4096;  // words between the sections of a 
 constexpr std::array<std::string_view, 3> kByteOrderMarks{"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"};
 
 std::string ColumnName(std::size_t column) {
-    return std::string(TrimBlanks(kSections[column].SectionLabel));
+    return std::string(kSections[column].name);
 }
 
 std::string_view ItemOf(const ListView& view) {

@@ -35,7 +35,8 @@ Session::Session(std::string_view simulate)
 Session::~Session() = default;
 
 Machine Session::MachineWith(platform::Desktop& desktop) {
-    return {*hid_, desktop, *files_, *clock_};
+    return {*hid_, desktop, *files_, *clock_,
+            simulated_ != nullptr ? platform::HidBackEnd::simulation : platform::NativeHidBackEnd()};
 }
 
 std::string Session::Title(Language language) const {

@@ -3,10 +3,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "panel/advice.h"
 #include "panel/message_table.h"
 #include "programme/blanks.h"
-#include "protocol/operation_context.h"
-#include "usb/gestione_hid.h"
 
 namespace vento {
 namespace {
@@ -30,9 +29,7 @@ ProgrammeRecord RecordOf(const ListView& view) {
     return {std::string(text), !text.empty()};
 }
 
-std::string_view MissingTransmitterText(Language language) {
-    return language == Language::italian ? "Programmatore non collegato" : "Transmitter not connected";
-}
+constexpr Phrase kMissingTransmitter{"Programmatore non collegato", "Transmitter not connected"};
 
 }  // namespace
 
@@ -62,10 +59,10 @@ void FormWeb::Form_Load(std::string_view commandLine, CommandLineKind kind) {
         Aprifilevento(path);
     }
     Language = machine_.desktop.LanguageAbbreviation().value_or("ENG");
-    Command6(kProgramIndex).SetCaption(TextOf(PanelText::programCaption, PanelLanguage()));
-    Command4.SetCaption(TextOf(PanelText::openCaption, PanelLanguage()));
-    Command2.SetCaption(TextOf(PanelText::readCaption, PanelLanguage()));
-    Command3.SetCaption(TextOf(PanelText::closeCaption, PanelLanguage()));
+    Command6(kProgramIndex).SetCaption(PanelTextFor(PanelText::programCaption, PanelLanguage()));
+    Command4.SetCaption(PanelTextFor(PanelText::openCaption, PanelLanguage()));
+    Command2.SetCaption(PanelTextFor(PanelText::readCaption, PanelLanguage()));
+    Command3.SetCaption(PanelTextFor(PanelText::closeCaption, PanelLanguage()));
     Label1.SetCaption("");
     ProgressBar1.SetVisible(false);
     CentreForm(Place, machine_.desktop.ScreenSize());
@@ -112,26 +109,23 @@ void FormWeb::Command2_Click() {
     Begin([this] {
         latestOutcome_.reset();
         Command6(kProgramIndex).SetEnabled(false);
-        std::int32_t vendorId = 0;
-        std::int32_t productId = 0;
-        if (FindTransmitter(vendorId, productId)) {
-            Operate(kReadOperation, {}, LinkTimingFor(vendorId), vendorId, productId);
-        }
+        Link link(machine_.hid, IsTransmitter);
+        if (FindTransmitter(link)) Operate(kReadOperation, {}, link);
         Command6(kProgramIndex).SetEnabled(true);
     });
 }
 
 void FormWeb::Command4_Click() {
     Begin([this] {
-        if (const auto path = machine_.desktop.ChooseFile(kDialogTitle, kDialogFilter)) OpenAndTell(*path);
+        if (const auto path = machine_.desktop.ChooseFile(kDialogTitle, kDialogFilter)) OpenOrExplain(*path);
     });
 }
 
 void FormWeb::DropFile(const std::string& path) {
-    Begin([&] { OpenAndTell(path); });
+    Begin([&] { OpenOrExplain(path); });
 }
 
-void FormWeb::OpenAndTell(const std::string& path) {
+void FormWeb::OpenOrExplain(const std::string& path) {
     if (path.empty()) return;
     const LoadResult load = Aprifilevento(path);
     if (load.problem)
@@ -154,22 +148,20 @@ void FormWeb::Act(std::int16_t index) {
     Programme programme;
     if (index == kProgramIndex || index == kSecondEntryIndex) programme = GatherProgramme();
     Command6(kProgramIndex).SetEnabled(true);
-    std::int32_t vendorId = 0;
-    std::int32_t productId = 0;
-    if (!FindTransmitter(vendorId, productId)) return;
-    const LinkTimingSet& timing = LinkTimingFor(vendorId);
+    Link link(machine_.hid, IsTransmitter);
+    if (!FindTransmitter(link)) return;
     switch (index) {
         case kProgramIndex:
-            Operate(kProgramOperation, programme, timing, vendorId, productId);
+            Operate(kProgramOperation, programme, link);
             break;
         case kCancelIndex:
             Command6(kCancelIndex).SetTag(kTagTrue);
             break;
         case kSendRIndex:
-            SendFrameR(machine_.hid, timing, vendorId, productId);
+            SendFrameR(link, KindFor(link.vendorId).timing);
             break;
         case kSendQIndex:
-            SendFrameQ(machine_.hid, vendorId, productId);
+            SendFrameQ(link);
             break;
         default:
             break;
@@ -177,11 +169,11 @@ void FormWeb::Act(std::int16_t index) {
 }
 
 // Looks for the transmitter and tells the operator if there is none, or none that may be opened.
-bool FormWeb::FindTransmitter(std::int32_t& vendorId, std::int32_t& productId) {
-    const TransmitterSearch search = LocateTransmitter(machine_.hid, vendorId, productId);
+bool FormWeb::FindTransmitter(Link& link) {
+    const TransmitterSearch search = LocateTransmitter(link);
     if (search.found) return true;
-    machine_.desktop.ShowMessage(MissingTransmitterText(PanelLanguage()),
-                                 DescribeObstacle(machine_.hid, search.obstacle, PanelLanguage()));
+    const Sentence advice = search.obstacle ? AdviseOn(*search.obstacle, machine_.backEnd) : Sentence{};
+    machine_.desktop.ShowMessage(kMissingTransmitter.In(PanelLanguage()), advice.In(PanelLanguage()));
     return false;
 }
 
@@ -195,15 +187,21 @@ Programme FormWeb::GatherProgramme() const {
     return programme;
 }
 
-void FormWeb::Operate(std::int16_t operation, const Programme& programme, const LinkTimingSet& timing,
-                      std::int32_t& vendorId, std::int32_t& productId) {
+void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& link) {
     const auto yield = [this] {
         machine_.desktop.Yield();
         if (ended_) throw ProgramEnded{};
     };
-    latestOutcome_ = RunOperation(operation, programme, {Label1, Command6(kCancelIndex), ProgressBar1, Text1},
-                                  timing, vendorId, productId, machine_, PanelLanguage(), yield);
+    const std::string_view waitingText = PanelTextFor(PanelText::waitingForRemote, PanelLanguage());
+    const OperationContext context{Label1,      Command6(kCancelIndex), ProgressBar1,
+                                   waitingText, machine_.clock,         yield};
+    latestOutcome_ = RunOperation(operation, programme, KindFor(link.vendorId), context, link,
+                                  {Text1, machine_, PanelLanguage()});
     Label1.SetCaption(latestOutcome_->message);
+    if (operation != kProgramOperation || latestOutcome_->code != ResultCode::success) return;
+    const Sentence losses = DescribeLosses(latestOutcome_->programming);
+    if (losses.Empty()) return;
+    machine_.desktop.ShowMessage(kIncompleteProgramming.In(PanelLanguage()), losses.In(PanelLanguage()));
 }
 
 void FormWeb::Cancel() {

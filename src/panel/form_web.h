@@ -86,10 +86,9 @@ class FormWeb {
     template <class Body>
     void Begin(Body body);
     void Act(std::int16_t index);
-    void Operate(std::int16_t operation, const Programme& programme, const LinkTimingSet& timing,
-                 std::int32_t& vendorId, std::int32_t& productId);
-    void OpenAndTell(const std::string& path);
-    [[nodiscard]] bool FindTransmitter(std::int32_t& vendorId, std::int32_t& productId);
+    void Operate(std::int16_t operation, const Programme& programme, Link& link);
+    void OpenOrExplain(const std::string& path);
+    [[nodiscard]] bool FindTransmitter(Link& link);
     [[nodiscard]] Programme GatherProgramme() const;
     void End();
 

@@ -1,14 +1,10 @@
 #include "panel/run_operation.h"
 
-#include <optional>
-#include <string_view>
-#include <vector>
+#include <cstddef>
+#include <filesystem>
 
+#include "panel/advice.h"
 #include "panel/message_table.h"
-#include "panel/settings.h"
-#include "protocol/program_remote.h"
-#include "protocol/read_back.h"
-#include "usb/gestione_hid.h"
 
 namespace vento {
 namespace {
@@ -16,79 +12,92 @@ namespace {
 constexpr std::uint8_t kFirstCodeWithoutMessage = 100;
 constexpr std::string_view kFormName = "FormWeb";
 
-// What a sequence leaves besides its result.
-struct Reading {
-    RemoteVersion version;
-    std::string readText;
-};
-
-SequenceResult RunSequence(std::int16_t operation, const Programme& programme,
-                           const OperationControls& controls, const OperationContext& context, Link& link,
-                           Reading& reading) {
-    if (operation == kProgramOperation) return ProgramRemote(context, controls.progressBar, link, programme);
-    if (operation != kReadOperation) {
-        return {ResultCode::notStarted, "There is no operation " + std::to_string(operation) + "."};
-    }
-    std::uint8_t flags = 0;
-    SequenceResult info = ReadRemoteInfo(reading.version, flags, context, link);
-    if (info.code != ResultCode::success || reading.version.VersionBuild < 1) return info;
-    return ReadRemoteCodes(reading.readText, context, link);
+bool CanBeReadBack(const RemoteReading& reading) {
+    return reading.version && reading.version->VersionBuild >= 1;
 }
 
-SequenceResult Converse(std::int16_t operation, const Programme& programme, const OperationControls& controls,
-                        const LinkTimingSet& timing, std::int32_t& vendorId, std::int32_t& productId,
-                        const Machine& machine, Language language, const std::function<void()>& yield,
-                        Reading& reading) {
-    const TransmitterSearch search = LocateTransmitter(machine.hid, vendorId, productId);
-    if (!search.found) {
-        const std::string obstacle = DescribeObstacle(machine.hid, search.obstacle, Language::english);
-        return {ResultCode::noTransmitter, obstacle.empty() ? "No transmitter was found." : obstacle};
+SequenceResult RunSequence(std::int16_t operation, const Programme& programme,
+                           const OperationContext& context, Link& link, OperationOutcome& outcome) {
+    if (operation == kProgramOperation) return ProgramRemote(context, link, programme, outcome.programming);
+    if (operation != kReadOperation) {
+        return {ResultCode::notStarted, Fill({"L'operazione {0} non esiste.", "There is no operation {0}."},
+                                             {std::to_string(operation)})};
     }
-    if (!SendLinkTiming(machine.hid, timing, vendorId, productId)) {
-        return {ResultCode::notStarted, "The transmitter was gone before it could take the link timing."};
+    SequenceResult info = ReadRemoteInfo(context, link, outcome.reading);
+    if (info.Failed() || !CanBeReadBack(outcome.reading)) return info;
+    return ReadRemoteCodes(context, link, outcome.reading);
+}
+
+SequenceResult Converse(std::int16_t operation, const Programme& programme, const TransmitterKind& kind,
+                        const OperationContext& context, Link& link, OperationOutcome& outcome) {
+    if (!SendLinkTiming(link, kind.timing)) {
+        return {ResultCode::notStarted,
+                Phrase{"Il trasmettitore è scomparso prima di ricevere la temporizzazione.",
+                       "The transmitter was gone before it could take the link timing."}};
     }
-    const OperationContext context{controls.statusLabel, controls.cancelControl,
-                                   TextOf(PanelText::waitingForRemote, language), machine.clock, yield};
-    Link link{machine.hid, timing.linkFactor, vendorId, productId};
-    SequenceResult result = RunSequence(operation, programme, controls, context, link, reading);
-    vendorId = link.vendorId;
-    productId = link.productId;
-    return result;
+    link.linkFactor = kind.timing.linkFactor;
+    return RunSequence(operation, programme, context, link, outcome);
+}
+
+SequenceResult DescribeAbsence(const TransmitterSearch& search, platform::HidBackEnd backEnd) {
+    if (search.obstacle) return {ResultCode::noTransmitter, AdviseOn(*search.obstacle, backEnd)};
+    return {ResultCode::noTransmitter,
+            Phrase{"Non è stato trovato alcun trasmettitore.", "No transmitter was found."}};
 }
 
 }  // namespace
 
-OperationOutcome RunOperation(std::int16_t operation, const Programme& programme,
-                              const OperationControls& controls, const LinkTimingSet& timing,
-                              std::int32_t& vendorId, std::int32_t& productId, const Machine& machine,
-                              Language language, const std::function<void()>& yield) {
+OperationOutcome RunOperation(std::int16_t operation, const Programme& programme, const TransmitterKind& kind,
+                              const OperationContext& context, Link& link, const OperationPanel& panel) {
     // Technicians' settings: read each time, though no text or step depends on an entry today.
-    static_cast<void>(ReadSettingsSection(machine.files, "message"));
-    const bool formIsActive = machine.desktop.ActiveFormName() == kFormName;
+    static_cast<void>(ReadSettingsSection(panel.machine.files, "message"));
+    const bool formIsActive = panel.machine.desktop.ActiveFormName() == kFormName;
 
-    Reading reading;
-    SequenceResult result = Converse(operation, programme, controls, timing, vendorId, productId, machine,
-                                     language, yield, reading);
-    OperationOutcome outcome{result.code, {}, std::move(result.diagnostic)};
-    const auto number = static_cast<std::uint8_t>(result.code);
+    OperationOutcome outcome;
+    const TransmitterSearch search = LocateTransmitter(link);
+    SequenceResult result = search.found ? Converse(operation, programme, kind, context, link, outcome)
+                                         : DescribeAbsence(search, panel.machine.backEnd);
+    outcome.code = result.code;
+    outcome.diagnostic = std::move(result.diagnostic);
+    if (operation == kProgramOperation && !result.Failed()) {
+        outcome.diagnostic = DescribeLosses(outcome.programming);
+    }
+    const auto number = static_cast<std::uint8_t>(outcome.code);
     if (number < kFirstCodeWithoutMessage) {
-        outcome.message = TextOf(result.code, language);
-        if (formIsActive) controls.outcome.SetText(std::to_string(number));
-        if (result.code == ResultCode::success && !reading.readText.empty()) {
+        outcome.message = MessageFor(outcome.code, panel.language);
+        if (formIsActive) panel.outcome.SetText(std::to_string(number));
+        const std::string& readText = outcome.reading.readText;
+        if (outcome.code == ResultCode::success && !readText.empty()) {
             outcome.message.clear();
-            if (reading.version.VersionBuild >= 1 && formIsActive) {
-                outcome.message = reading.readText;
-                controls.outcome.SetText(reading.readText);
+            if (CanBeReadBack(outcome.reading) && formIsActive) {
+                outcome.message = readText;
+                panel.outcome.SetText(readText);
             }
         }
     }
-    controls.progressBar.SetVisible(false);
+    context.progressBar.SetVisible(false);
     return outcome;
 }
 
-std::string DescribeObstacle(const platform::HidHost& host, std::optional<platform::OpenOutcome> obstacle,
-                             Language language) {
-    return obstacle ? host.Advice(*obstacle, language) : std::string{};
+std::vector<std::string> ReadSettingsSection(platform::Files& files, std::string_view section) {
+    constexpr std::size_t kStep = 500;
+    const std::filesystem::path file = files.ProgramFolder() / "Firmware" / "Quarzolab.ini";
+
+    std::string buffer;
+    std::size_t count = 0;
+    do {  // a full buffer may have been cut off: ask again with a larger one
+        buffer.assign(buffer.size() + kStep, ' ');
+        count = files.ReadSection(section, buffer, file);
+    } while (count >= buffer.size() - 2);
+
+    std::vector<std::string> lines;
+    std::string_view rest = std::string_view(buffer).substr(0, count);
+    while (!rest.empty()) {
+        const auto end = rest.find('\0');
+        lines.emplace_back(rest.substr(0, end));
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    }
+    return lines;
 }
 
 }  // namespace vento

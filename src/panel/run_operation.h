@@ -1,17 +1,21 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "controls/controls.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/files.h"
 #include "platform/hid_host.h"
+#include "platform/native.h"
 #include "programme/programme_record.h"
-#include "protocol/link_timing.h"
-#include "protocol/result_code.h"
+#include "protocol/program_remote.h"
+#include "protocol/read_back.h"
+#include "protocol/sequence.h"
+#include "protocol/transmitter_kinds.h"
 
 namespace vento {
 
@@ -21,39 +25,38 @@ struct Machine {
     platform::Desktop& desktop;
     platform::Files& files;
     platform::Clock& clock;
+    platform::HidBackEnd backEnd;  ///< what stands behind `hid`, for advice
 };
 
 /// What `RunOperation` can do; other numbers end with `notStarted`.
 inline constexpr std::int16_t kProgramOperation = 0;
 inline constexpr std::int16_t kReadOperation = 2;
 
-/// The controls that an operation writes to.
-struct OperationControls {
-    Label& statusLabel;        ///< `Label1`, while the sequences run; the outcome is for the caller to show
-    Button& cancelControl;     ///< `Command6(3)`
-    ProgressBar& progressBar;  ///< `ProgressBar1`, hidden at the end whatever the outcome
-    TextBox& outcome;          ///< `Text1`: the code in decimal, or the text read
-};
-
 struct OperationOutcome {
     ResultCode code = ResultCode::noTransmitter;
-    std::string message;  ///< for the status line
-    std::string
-        diagnostic;  ///< for the developer and the console, never for the status line; empty if all is well
+    std::string message;             ///< for the status line
+    Sentence diagnostic;             ///< what the message does not say; empty if all is well
+    ProgrammingOutcome programming;  ///< of a programming run
+    RemoteReading reading;           ///< of a read
+};
+
+/// What `RunOperation` needs of the panel beside what its sequences do.
+struct OperationPanel {
+    TextBox& outcome;  ///< `Text1`: the code in decimal, or the text read
+    const Machine& machine;
+    Language language;
 };
 
 /// The one road from the panel to a remote: makes sure of the transmitter, sends the link timing, runs the
-/// sequence and turns its result into words. `vendorId` and `productId` are overwritten. `yield` may throw to
-/// end the program; the operation is then left as it stands. The same holds for what the platform throws.
+/// sequence and turns its result into words. The bar is hidden at the end, whatever came of it. The context's
+/// yield may throw to end the program; the operation is then left as it stands. The same holds for what the
+/// platform throws.
 [[nodiscard]] OperationOutcome RunOperation(std::int16_t operation, const Programme& programme,
-                                            const OperationControls& controls, const LinkTimingSet& timing,
-                                            std::int32_t& vendorId, std::int32_t& productId,
-                                            const Machine& machine, Language language,
-                                            const std::function<void()>& yield);
+                                            const TransmitterKind& kind, const OperationContext& context,
+                                            Link& link, const OperationPanel& panel);
 
-/// A plain sentence about a transmitter that is there but can't be opened, and what to do about it; empty
-/// without such an obstacle.
-[[nodiscard]] std::string DescribeObstacle(const platform::HidHost& host,
-                                           std::optional<platform::OpenOutcome> obstacle, Language language);
+/// The lines of a section of the settings file, "\\Firmware\\Quarzolab.ini" below the program's folder. No
+/// lines if the file or the section is missing or empty.
+[[nodiscard]] std::vector<std::string> ReadSettingsSection(platform::Files& files, std::string_view section);
 
 }  // namespace vento

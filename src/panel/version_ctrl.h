@@ -14,6 +14,9 @@ struct FormPlace {
 
 /// Module `VersionCtrl`: puts a form into the middle of the screen. Each half is taken as a whole number by
 /// itself.
-void CentreForm(FormPlace& form, platform::TwipSize screen);
+inline void CentreForm(FormPlace& form, platform::TwipSize screen) {
+    form.top = screen.height / 2 - form.height / 2;
+    form.left = screen.width / 2 - form.width / 2;
+}
 
 }  // namespace vento

@@ -3,10 +3,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
-#include <string>
-
-#include "text/language.h"
+#include <string_view>
 
 namespace vento::platform {
 
@@ -24,13 +24,18 @@ struct HidIdentity {
     friend bool operator==(const HidIdentity&, const HidIdentity&) = default;
 };
 
+/// Whether a device is one that the caller is looking for.
+using Wanted = bool (*)(HidIdentity);
+
 /// What became of the attempt to open an interface.
 enum class OpenOutcome : std::uint8_t {
     opened,
-    foreign,    ///< not a wanted device; it was left alone
-    forbidden,  ///< there, but this user may not open it
-    busy,       ///< there, but another program keeps it to itself
-    failed,     ///< there, but not to be opened for another reason (it may just have gone)
+    foreign,      ///< not a wanted device; it was left alone
+    forbidden,    ///< there, but this user may not open it
+    busy,         ///< there, but another program keeps it to itself
+    held,         ///< there, but another VENTO is in the middle of an operation with it
+    noBandwidth,  ///< there, but its USB bus has no room left for it
+    failed,       ///< there, but not to be opened for another reason (it may just have gone)
 };
 
 /// The number by which a host knows an open device.
@@ -40,13 +45,31 @@ struct OpenAnswer {
     OpenOutcome outcome = OpenOutcome::failed;
     std::optional<HidIdentity> identity;  ///< where it is known, and always with `opened`
     HidHandle handle = -1;                ///< with `opened` only: the caller's, to be given back with Close
+    int error = 0;                        ///< the system's number for what went wrong; 0 where it gave none
 };
 
-/// The HID interfaces of a machine, and reports to and from one of them.
-///
-/// A search goes `BeginSearch`, then `NextInterface` for each present interface in an order that stays the
-/// same while nothing is plugged, then `EndSearch`. There is one search at a time. A handle outlives its
-/// search. Nothing here throws for what a device does or fails to do.
+/// What came of moving one report.
+struct ReportTransfer {
+    bool whole = false;     ///< all of it crossed; anything else is a failure
+    int error = 0;          ///< the system's number for what went wrong; 0 where it gave none
+    std::size_t bytes = 0;  ///< that crossed
+};
+
+/// What a host keeps from the first search of an operation to the operation's end; it lets go of it when the
+/// last owner does.
+class Conversation {
+  public:
+    Conversation() = default;
+    Conversation(const Conversation&) = delete;
+    Conversation& operator=(const Conversation&) = delete;
+    Conversation(Conversation&&) = delete;
+    Conversation& operator=(Conversation&&) = delete;
+    virtual ~Conversation() = default;
+};
+
+/// The HID interfaces of a machine, and reports to and from one of them. An interface is known by its path,
+/// the system's name for it, which people may read. Nothing here throws for what a device does or fails to
+/// do.
 class HidHost {
   public:
     HidHost() = default;
@@ -56,36 +79,50 @@ class HidHost {
     HidHost& operator=(HidHost&&) = delete;
     virtual ~HidHost() = default;
 
-    /// Takes stock of the interfaces that are present now and stands before the first.
-    virtual void BeginSearch() = 0;
+    /// Begins a conversation, or joins the one that this host is in. Null where the host keeps nothing.
+    [[nodiscard]] virtual std::shared_ptr<Conversation> Converse() { return nullptr; }
 
-    /// Steps to the next interface; false behind the last one.
-    [[nodiscard]] virtual bool NextInterface() = 0;
+    /// Calls `visit` with the path of each present interface, in an order that stays the same while nothing
+    /// is plugged, until it answers that the search is over by false. A path is good for the call that gets
+    /// it. `visit` may call any operation but this one.
+    virtual void Search(const std::function<bool(std::string_view path)>& visit) = 0;
 
-    /// The system's name of the current interface, for people to read.
-    [[nodiscard]] virtual std::string InterfaceName() const = 0;
+    /// Opens an interface for reading and writing, shared with others, if its identity is `wanted`. A host
+    /// that can tell the identity beforehand leaves foreign devices unopened.
+    [[nodiscard]] virtual OpenAnswer Open(std::string_view path, Wanted wanted) = 0;
 
-    /// Opens the current interface for reading and writing, shared with others, if `wanted` says yes to its
-    /// identity. A host that can tell the identity beforehand leaves foreign devices unopened.
-    [[nodiscard]] virtual OpenAnswer OpenInterface(bool (*wanted)(HidIdentity)) = 0;
+    /// Sends one report.
+    virtual ReportTransfer Write(HidHandle device, const Report& report) = 0;
 
-    virtual void EndSearch() = 0;
-
-    /// Sends one report; true only if all of it was taken.
-    [[nodiscard]] virtual bool WriteReport(HidHandle device, const Report& report) = 0;
-
-    /// Waits for one report, 1 second at the most. True only if a whole one came; `report` then holds it,
-    /// with byte 0 of no meaning. `report` is unchanged otherwise.
-    [[nodiscard]] virtual bool ReadReport(HidHandle device, Report& report) = 0;
+    /// Waits for one report, 1 second at the most. If it is whole, `report` holds it, with byte 0 of no
+    /// meaning; otherwise `report` is unchanged.
+    virtual ReportTransfer Read(HidHandle device, Report& report) = 0;
 
     /// Ends what is still under way on the device.
     virtual void Cancel(HidHandle device) = 0;
 
     virtual void Close(HidHandle device) = 0;
+};
 
-    /// What a person can do about an interface that gave `forbidden`, `busy` or `failed`: a sentence or a
-    /// few.
-    [[nodiscard]] virtual std::string Advice(OpenOutcome outcome, Language language) const = 0;
+/// Hands everything on to another host, which outlives it. Who only listens overrides what it listens to.
+class ForwardingHidHost : public HidHost {
+  public:
+    explicit ForwardingHidHost(HidHost& host) : host_(host) {}
+
+    [[nodiscard]] std::shared_ptr<Conversation> Converse() override { return host_.Converse(); }
+    void Search(const std::function<bool(std::string_view path)>& visit) override { host_.Search(visit); }
+    [[nodiscard]] OpenAnswer Open(std::string_view path, Wanted wanted) override {
+        return host_.Open(path, wanted);
+    }
+    ReportTransfer Write(HidHandle device, const Report& report) override {
+        return host_.Write(device, report);
+    }
+    ReportTransfer Read(HidHandle device, Report& report) override { return host_.Read(device, report); }
+    void Cancel(HidHandle device) override { host_.Cancel(device); }
+    void Close(HidHandle device) override { host_.Close(device); }
+
+  private:
+    HidHost& host_;
 };
 
 }  // namespace vento::platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,7 +13,11 @@
 /// system.
 namespace vento::platform {
 
+/// The ways to HID devices that there are. Who may open a device, and how that is changed, depends on it.
+enum class HidBackEnd : std::uint8_t { hidraw, windows, simulation };
+
 [[nodiscard]] std::unique_ptr<HidHost> MakeNativeHidHost();
+[[nodiscard]] HidBackEnd NativeHidBackEnd();
 [[nodiscard]] std::unique_ptr<Files> MakeNativeFiles();
 [[nodiscard]] std::unique_ptr<Clock> MakeNativeClock();
 

@@ -4,11 +4,11 @@
 #include <limits>
 
 #include "programme/decimal.h"
+#include "protocol/commands.h"
 
 namespace vento {
 namespace {
 
-constexpr std::array<std::string_view, kColumns> kColumnNames{"TV", "DTT", "SAT"};
 constexpr std::uint16_t kMaximumByte = 255;
 
 }  // namespace
@@ -30,19 +30,28 @@ ParsedCodeList ParseCodeList(std::string_view text) {
     }
 }
 
+Sentence DescribeBadPiece(const BadPiece& bad, std::string_view column, char listName) {
+    return Fill(
+        {"Lista {0} della colonna {1}, valore {2}: \"{3}\" non è un numero da 0 a 255. Correggere il file e "
+         "riaprirlo.",
+         "List {0} of column {1}, value {2}: \"{3}\" is not a number from 0 to 255. Correct the file and "
+         "open it again."},
+        {std::string(1, listName), column, std::to_string(bad.place), bad.text});
+}
+
 SequenceResult DecodeCodeLists(const ProgrammeRecords& labelRecords, CodeSet& codeSet,
-                               const ProgrammeRecords& listRecords, std::string_view listName) {
+                               const ProgrammeRecords& listRecords, char listName) {
     codeSet = {};
-    SequenceResult result{ResultCode::nothingSelected,
-                          "No selected column has a list " + std::string(listName) + "."};
+    SequenceResult result{
+        ResultCode::nothingSelected,
+        Fill({"Nessuna colonna con un'etichetta ha una lista {0}, che questo telecomando richiede.",
+              "No column with a label has a list {0}, which this remote takes."},
+             {std::string(1, listName)})};
     for (std::size_t c = 0; c < kColumns; ++c) {
         if (!labelRecords[c].Present || !listRecords[c].Present) continue;
         ParsedCodeList list = ParseCodeList(listRecords[c].Text);
         if (list.bad) {
-            return {ResultCode::unusableData, "List " + std::string(listName) + " of column " +
-                                                  std::string(kColumnNames[c]) + ", piece " +
-                                                  std::to_string(list.bad->place) + ": \"" + list.bad->text +
-                                                  "\" is not a number from 0 to 255."};
+            return {ResultCode::unusableData, DescribeBadPiece(*list.bad, kSections[c].name, listName)};
         }
         codeSet[c] = std::move(list.bytes);
         result = {};
@@ -52,19 +61,27 @@ SequenceResult DecodeCodeLists(const ProgrammeRecords& labelRecords, CodeSet& co
 
 SequenceResult CountCodeBytes(const CodeSet& codeSet, const ProgrammeRecords& labelRecords,
                               std::int16_t& total) {
+    constexpr std::size_t kMaximumTotal = std::numeric_limits<std::int16_t>::max();
     std::size_t sum = 0;
     for (std::size_t c = 0; c < kColumns; ++c) {
         if (!labelRecords[c].Present) continue;
         if (!codeSet[c]) {
-            return {ResultCode::unusableData,
-                    "Column " + std::string(kColumnNames[c]) +
-                        " has a label but no list for this remote, and others have."};
+            return {
+                ResultCode::unusableData,
+                Fill(
+                    {"La colonna {0} ha un'etichetta ma nessuna lista per questo telecomando, mentre altre "
+                     "l'hanno. Completare il file e riaprirlo.",
+                     "Column {0} has a label but no list for this remote, and others have. Complete the file "
+                     "and open it again."},
+                    {kSections[c].name})};
         }
         sum += codeSet[c]->size();
     }
-    if (sum > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max())) {
-        return {ResultCode::unusableData, "The selected lists together have " + std::to_string(sum) +
-                                              " bytes; 32767 is the most that can be sent."};
+    if (sum > kMaximumTotal) {
+        return {ResultCode::unusableData,
+                Fill({"Le liste hanno in tutto {0} valori; se ne possono trasmettere al massimo {1}.",
+                      "The selected lists together have {0} bytes; {1} is the most that can be sent."},
+                     {std::to_string(sum), std::to_string(kMaximumTotal)})};
     }
     total = static_cast<std::int16_t>(sum);
     return {};

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "programme/programme_record.h"
-#include "protocol/sequence_result.h"
+#include "protocol/sequence.h"
 
 namespace vento {
 
@@ -31,13 +31,16 @@ struct ParsedCodeList {
 using CodeSet = std::array<std::optional<std::vector<std::uint8_t>>, kColumns>;
 
 /// Decodes the lists of the selected columns. `nothingSelected` if no selected column has a list,
-/// `unusableData` if a list has a bad piece. `listName`, "A" or "B", is for the diagnostic.
-[[nodiscard]] SequenceResult DecodeCodeLists(const ProgrammeRecords& labelRecords, CodeSet& codeSet,
-                                             const ProgrammeRecords& listRecords, std::string_view listName);
+/// `unusableData` if a list has a bad piece. `listName`, 'A' or 'B', is for the diagnostic.
+SequenceResult DecodeCodeLists(const ProgrammeRecords& labelRecords, CodeSet& codeSet,
+                               const ProgrammeRecords& listRecords, char listName);
 
 /// Adds up the bytes of the selected columns into `total`. `unusableData` if one of them has no list, or if
 /// the sum is above 32767.
-[[nodiscard]] SequenceResult CountCodeBytes(const CodeSet& codeSet, const ProgrammeRecords& labelRecords,
-                                            std::int16_t& total);
+SequenceResult CountCodeBytes(const CodeSet& codeSet, const ProgrammeRecords& labelRecords,
+                              std::int16_t& total);
+
+/// What is wrong with a piece of a list, and what helps.
+[[nodiscard]] Sentence DescribeBadPiece(const BadPiece& bad, std::string_view column, char listName);
 
 }  // namespace vento

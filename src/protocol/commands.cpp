@@ -1,25 +1,24 @@
 #include "protocol/commands.h"
 
 #include <algorithm>
-#include <array>
 
-#include "protocol/sections.h"
+#include "protocol/frame.h"
+#include "usb/report_exchange.h"
 
 namespace vento {
 namespace {
 
 // Sends one command byte and tests its reply.
-bool Command(Reply& reply, std::uint8_t commandByte, std::uint8_t replyCount, Link& link) {
-    return SendCommand(reply, commandByte, replyCount, link) == ResultCode::success &&
+bool Command(Link& link, Reply& reply, std::uint8_t commandByte, std::uint8_t replyCount) {
+    return SendCommand(link, reply, commandByte, replyCount) == ResultCode::success &&
            IsGoodReply(reply, commandByte);
 }
 
-// A command that brings back one byte behind its echo.
-ResultCode ReadByte(Reply& reply, std::uint8_t commandByte, std::uint8_t& value, Link& link,
-                    ResultCode failCode) {
-    if (!Command(reply, commandByte, 2, link)) return failCode;
-    value = reply[2];
-    return ResultCode::success;
+// The one place where a command that did not work is put into words.
+SequenceResult Conclude(bool worked, ResultCode failCode, const Phrase& failure, const Link& link,
+                        const Reply& reply) {
+    if (worked) return {};
+    return {failCode, Fill({"{0}: {1}.", "{0}: {1}."}, {failure, DescribeLatest(link, reply)})};
 }
 
 }  // namespace
@@ -28,56 +27,123 @@ bool IsGoodReply(const Reply& reply, std::uint8_t commandByte) {
     return reply[0] == 0 && reply[1] == commandByte;
 }
 
-ResultCode SendCommand(Reply& reply, std::uint8_t commandByte, std::uint8_t replyCount, Link& link) {
-    const Frame frame = BuildRemoteFrame(link.linkFactor, {&commandByte, 1}, replyCount);
-    return ExchangeOver(link, frame, replyCount != 0, reply).transmitterFound ? ResultCode::success
-                                                                              : ResultCode::refused;
+Sentence DescribeLatest(const Link& link, const Reply& reply) {
+    if (!link.latest.transmitterFound) {
+        return Phrase{"nessun trasmettitore trovato", "no transmitter was found"};
+    }
+    if (!link.latest.written) {
+        return Phrase{"il trasmettitore non ha accettato i dati", "the transmitter did not take the report"};
+    }
+    if (link.latest.reportsRead == 0) return Phrase{"nessuna risposta", "no reply came"};
+    return Fill(
+        {"la risposta aveva stato {0} e primo byte {1}", "the reply had status {0} and first byte {1}"},
+        {std::to_string(reply[0]), std::to_string(reply[1])});
 }
 
-ResultCode SendPrefixedCommand(Reply& reply, std::uint8_t commandByte, Link& link, std::uint8_t replyCount) {
+ResultCode SendCommand(Link& link, Reply& reply, std::uint8_t commandByte, std::uint8_t replyCount) {
+    reply.fill(0);
+    const Frame frame = BuildRemoteFrame(link.linkFactor, {&commandByte, 1}, replyCount);
+    const auto wanted = std::span(reply).first(replyCount != 0 ? reply.size() : 0);
+    return ExchangeReports(link, frame.Bytes(), wanted).transmitterFound ? ResultCode::success
+                                                                         : ResultCode::refused;
+}
+
+ResultCode SendPrefixedCommand(Link& link, Reply& reply, std::uint8_t commandByte, std::uint8_t replyCount) {
     const bool worked =
-        Command(reply, command::kPrefix, 1, link) && Command(reply, commandByte, replyCount, link);
+        Command(link, reply, command::kPrefix, 1) && Command(link, reply, commandByte, replyCount);
     return worked ? ResultCode::success : ResultCode::refused;
 }
 
-ResultCode ReleaseRemote(Reply& reply, Link& link, ResultCode failCode) {
-    return Command(reply, command::kRelease, 1, link) ? ResultCode::success : failCode;
+SequenceResult ReleaseRemote(Link& link) {
+    Reply reply{};
+    const bool worked = Command(link, reply, command::kRelease, 1);
+    return Conclude(worked, ResultCode::releaseFailed,
+                    {"Il telecomando non ha confermato la fine della comunicazione",
+                     "The remote did not acknowledge the end of the conversation"},
+                    link, reply);
 }
 
-ResultCode OpenBlockWrite(Reply& reply, Link& link) {
-    return Command(reply, command::kBlockWrite, 1, link) ? ResultCode::success : ResultCode::refused;
+SequenceResult OpenBlockWrite(Link& link) {
+    Reply reply{};
+    const bool worked = Command(link, reply, command::kBlockWrite, 1);
+    return Conclude(worked, ResultCode::refused,
+                    {"Il telecomando non ha accettato un nuovo blocco", "The remote refused another block"},
+                    link, reply);
 }
 
-ResultCode OpenBlockVerify(Reply& reply, Link& link) {
-    return Command(reply, command::kBlockVerify, 1, link) ? ResultCode::success : ResultCode::refused;
+SequenceResult OpenBlockVerify(Link& link) {
+    Reply reply{};
+    const bool worked = Command(link, reply, command::kBlockVerify, 1);
+    return Conclude(worked, ResultCode::refused,
+                    {"Il telecomando ha rifiutato la verifica", "The remote refused to be verified"}, link,
+                    reply);
 }
 
-ResultCode ReadSectionCount(Reply& reply, std::uint8_t& count, Link& link, ResultCode failCode) {
-    return ReadByte(reply, command::kSectionCount, count, link, failCode);
+SequenceResult ReadSectionCount(Link& link, std::uint8_t& count) {
+    Reply reply{};
+    const bool worked = Command(link, reply, command::kSectionCount, 2);
+    if (worked) count = reply[2];
+    return Conclude(worked, ResultCode::sectionCountFailed,
+                    {"Impossibile leggere il numero delle sezioni", "The section count could not be read"},
+                    link, reply);
 }
 
-ResultCode ReadSectionTable(Reply& reply, std::span<std::uint16_t> words, Link& link, ResultCode failCode) {
+SequenceResult ReadSectionTable(Link& link, std::span<std::uint16_t> words) {
+    Reply reply{};
     const auto replyCount = static_cast<std::uint8_t>(2 * words.size() + 1);
-    if (!Command(reply, command::kSectionTable, replyCount, link)) return failCode;
-    for (std::size_t i = 0; i < words.size(); ++i) {
+    const bool worked = Command(link, reply, command::kSectionTable, replyCount);
+    for (std::size_t i = 0; worked && i < words.size(); ++i) {
         words[i] = static_cast<std::uint16_t>(reply.at(2 * i + 2) | (reply.at(2 * i + 3) << 8));
     }
-    return ResultCode::success;
+    return Conclude(
+        worked, ResultCode::sectionTableFailed,
+        {"Impossibile leggere le posizioni delle sezioni", "The section offsets could not be read"}, link,
+        reply);
 }
 
-ResultCode ReadRemoteVersion(Reply& reply, std::uint8_t& version, Link& link, ResultCode failCode) {
-    return ReadByte(reply, command::kVersion, version, link, failCode);
+SequenceResult ReadSectionOffsets(Link& link, SectionOffsets& offsets) {
+    std::uint8_t count = 0;
+    if (SequenceResult counted = ReadSectionCount(link, count); counted.Failed()) return counted;
+    if (count == 0 || count > kSections.size()) {
+        return {ResultCode::unusableData,
+                Fill({"Il telecomando dichiara {0} sezioni; ne può avere da 1 a {1}.",
+                      "The remote says that it has {0} sections; 1 to {1} were expected."},
+                     {std::to_string(count), std::to_string(kSections.size())})};
+    }
+    SequenceResult read = ReadSectionTable(link, std::span(offsets.words).first(count));
+    if (!read.Failed()) offsets.count = count;
+    return read;
 }
 
-ResultCode WriteSectionFlags(Reply& reply, std::uint8_t value, Link& link) {
-    const bool worked = Command(reply, command::kWriteFlags, 1, link) && Command(reply, value, 2, link);
-    return worked ? ResultCode::success : ResultCode::remoteNotDetected;
+SequenceResult ReadRemoteVersion(Link& link, RemoteVersion& version) {
+    Reply reply{};
+    const bool worked = Command(link, reply, command::kVersion, 2);
+    if (worked) {
+        version = {static_cast<std::uint8_t>(reply[2] >> 6), static_cast<std::uint8_t>((reply[2] >> 4) & 3),
+                   static_cast<std::uint8_t>(reply[2] & 15)};
+    }
+    return Conclude(
+        worked, ResultCode::versionFailed,
+        {"Impossibile leggere la versione del telecomando", "The remote's version could not be read"}, link,
+        reply);
 }
 
-ResultCode ReadSectionFlags(Reply& reply, std::uint8_t& flags, Link& link, ResultCode failCode) {
-    if (SendPrefixedCommand(reply, command::kPrefixedFlags, link, 2) != ResultCode::success) return failCode;
-    flags = reply[2];
-    return ResultCode::success;
+SequenceResult WriteSectionFlags(Link& link, std::uint8_t value) {
+    Reply reply{};
+    const bool worked = Command(link, reply, command::kWriteFlags, 1) && Command(link, reply, value, 2);
+    return Conclude(
+        worked, ResultCode::remoteNotDetected,
+        {"Il telecomando non ha confermato un comando", "The remote did not acknowledge its section flags"},
+        link, reply);
+}
+
+SequenceResult ReadSectionFlags(Link& link, std::uint8_t& flags) {
+    Reply reply{};
+    const bool worked = SendPrefixedCommand(link, reply, command::kPrefixedFlags, 2) == ResultCode::success;
+    if (worked) flags = reply[2];
+    return Conclude(worked, ResultCode::sectionFlagsFailed,
+                    {"Impossibile leggere lo stato delle sezioni", "The section flags could not be read"},
+                    link, reply);
 }
 
 std::uint8_t ActivationByte(std::uint8_t state) {
@@ -87,30 +153,35 @@ std::uint8_t ActivationByte(std::uint8_t state) {
     return 1;
 }
 
-ResultCode ActivateFirstSection(Reply& reply, Link& link) {
+SequenceResult ActivateFirstSection(Link& link) {
     constexpr std::uint8_t kComparedBits = 0xFB;  // the remote uses bit 2 of this echo for itself
-    if (SendPrefixedCommand(reply, command::kPrefixedState, link, 2) != ResultCode::success) {
-        return ResultCode::activationFailed;
+    Reply reply{};
+    bool worked = SendPrefixedCommand(link, reply, command::kPrefixedState, 2) == ResultCode::success;
+    if (worked) {
+        const std::uint8_t value = ActivationByte(reply[2]);
+        worked = SendCommand(link, reply, value, 1) == ResultCode::success && reply[0] == 0 &&
+                 (reply[1] & kComparedBits) == value;
     }
-    const std::uint8_t value = ActivationByte(reply[2]);
-    if (SendCommand(reply, value, 1, link) != ResultCode::success || reply[0] != 0) {
-        return ResultCode::activationFailed;
-    }
-    return (reply[1] & kComparedBits) == value ? ResultCode::success : ResultCode::activationFailed;
+    return Conclude(worked, ResultCode::activationFailed,
+                    {"Impossibile attivare la prima sezione", "The first section could not be activated"},
+                    link, reply);
 }
 
-ResultCode ReadRemoteBlock(std::uint16_t offset, std::span<std::uint8_t> memory, Link& link,
-                           ResultCode failCode) {
+SequenceResult ReadRemoteBlock(Link& link, std::uint16_t offset, std::span<std::uint8_t> memory) {
+    constexpr std::uint8_t kReplyCount = 8;  // asked for whatever the size of `memory`
     Reply reply{};
-    if (SendPrefixedCommand(reply, command::kPrefixedBlockRead, link, 1) != ResultCode::success) {
-        return failCode;
+    const bool worked =
+        SendPrefixedCommand(link, reply, command::kPrefixedBlockRead, 1) == ResultCode::success;
+    if (worked) {
+        const std::array<std::uint8_t, 3> sendBytes{HighByte(offset), LowByte(offset),
+                                                    static_cast<std::uint8_t>(memory.size())};
+        const Frame frame = BuildRemoteFrame(link.linkFactor, sendBytes, kReplyCount);
+        ExchangeReports(link, frame.Bytes(), std::span(reply).first(memory.size() + 1));
+        std::copy_n(reply.begin() + 1, memory.size(), memory.begin());
     }
-    const std::array<std::uint8_t, 3> sendBytes{HighByte(offset), LowByte(offset),
-                                                static_cast<std::uint8_t>(memory.size())};
-    ExchangeOver(link, BuildRemoteFrame(link.linkFactor, sendBytes, 8), true,
-                 std::span(reply).first(memory.size() + 1));
-    std::copy_n(reply.begin() + 1, memory.size(), memory.begin());
-    return ResultCode::success;
+    return Conclude(worked, ResultCode::blockReadFailed,
+                    {"Impossibile leggere il nome di una sezione", "The head of a section could not be read"},
+                    link, reply);
 }
 
 }  // namespace vento

@@ -1,16 +1,50 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
-#include "protocol/link.h"
-#include "protocol/result_code.h"
+#include "programme/programme_record.h"
+#include "protocol/sequence.h"
+#include "usb/gestione_hid.h"
 
-/// The commands of the remote, each a short fixed run of frames. A command has worked only if its reply says
-/// so: status 0 and the echo of the command byte. No command is sent twice. `failCode` is what the caller
-/// wants to hear of a failure. The reply of the last frame stays in `reply` throughout, so that a failure can
-/// be told in detail.
+/// The remote's memory as it tells of it, and the commands of the remote, each a short fixed run of frames. A
+/// command has worked only if its reply says so: status 0 and the echo of the command byte. No command is
+/// sent twice. A failed one gives the code that is its own, and says in its diagnostic what came back
+/// instead.
 namespace vento {
+
+/// A section of the remote's memory holds the programme of the column of the same index.
+struct Section {
+    std::string_view name;     ///< of the column too
+    std::uint8_t SectionMask;  ///< its bit in the remote's flag bytes
+};
+
+inline constexpr std::array kSections{Section{"TV", 16}, Section{"DTT", 32}, Section{"SAT", 64}};
+static_assert(kSections.size() == kColumns, "every column has its section");
+
+/// Where the sections of a remote's memory begin, in words of 16 bits.
+struct SectionOffsets {
+    std::array<std::uint16_t, kSections.size()> words{};
+    std::size_t count = 0;  ///< sections that there are, 1 to 3
+
+    [[nodiscard]] std::span<const std::uint16_t> All() const { return std::span(words).first(count); }
+};
+
+/// What the version byte of a remote says.
+struct RemoteVersion {
+    std::uint8_t VersionMajor = 0;
+    std::uint8_t VersionMinor = 0;
+    std::uint8_t VersionBuild = 0;  ///< the one that matters: 0 can't be read back, below 3 takes lists A
+};
+
+/// What comes back for a frame: the transmitter's status (0 is good), then the remote's bytes. A write or
+/// read that failed leaves zeros.
+using Reply = std::array<std::uint8_t, 9>;
+static_assert(std::tuple_size_v<Reply> >= 2 + 2 * kSections.size(),
+              "the reply with the section table holds a status, an echo and a word for each section");
 
 /// The command bytes. Behind the prefix 8 some mean something else.
 namespace command {
@@ -31,50 +65,55 @@ inline constexpr std::uint8_t kPresence = 165;
 /// Whether `reply` is a good one to the command byte `commandByte`.
 [[nodiscard]] bool IsGoodReply(const Reply& reply, std::uint8_t commandByte);
 
+/// How the latest exchange went: "no reply came", "the reply had status 1 and first byte 0", ...
+[[nodiscard]] Sentence DescribeLatest(const Link& link, const Reply& reply);
+
 /// Sends one command byte. `success` means that a transmitter was found; whether the command worked is told
 /// by `reply`. `refused` if there was no transmitter. With a `replyCount` of 0 no reply is read.
-ResultCode SendCommand(Reply& reply, std::uint8_t commandByte, std::uint8_t replyCount, Link& link);
+ResultCode SendCommand(Link& link, Reply& reply, std::uint8_t commandByte, std::uint8_t replyCount);
 
 /// Sends the prefix 8 and then the command; `refused` unless both are echoed.
-[[nodiscard]] ResultCode SendPrefixedCommand(Reply& reply, std::uint8_t commandByte, Link& link,
+[[nodiscard]] ResultCode SendPrefixedCommand(Link& link, Reply& reply, std::uint8_t commandByte,
                                              std::uint8_t replyCount);
 
-/// Closes a conversation with the remote. A lost reply passes for a good one: zeros are what it looks like.
-[[nodiscard]] ResultCode ReleaseRemote(Reply& reply, Link& link, ResultCode failCode);
+/// Closes a conversation with the remote; `releaseFailed`. A lost reply passes for a good one: zeros are what
+/// it looks like.
+SequenceResult ReleaseRemote(Link& link);
 
-/// Comes before each block that is written; `refused` on failure.
-[[nodiscard]] ResultCode OpenBlockWrite(Reply& reply, Link& link);
+/// Comes before each block that is written; `refused`.
+SequenceResult OpenBlockWrite(Link& link);
 
-/// Comes before each verify frame; `refused` on failure.
-[[nodiscard]] ResultCode OpenBlockVerify(Reply& reply, Link& link);
+/// Comes before each verify frame; `refused`.
+SequenceResult OpenBlockVerify(Link& link);
 
-/// How many sections the remote's memory has, as it says: any byte.
-[[nodiscard]] ResultCode ReadSectionCount(Reply& reply, std::uint8_t& count, Link& link, ResultCode failCode);
+/// How many sections the remote's memory has, as it says: any byte. `sectionCountFailed`.
+SequenceResult ReadSectionCount(Link& link, std::uint8_t& count);
 
-/// The memory offset of each section, 1 to 3 words of 16 bits.
-[[nodiscard]] ResultCode ReadSectionTable(Reply& reply, std::span<std::uint16_t> words, Link& link,
-                                          ResultCode failCode);
+/// The memory offset of each section, as many as `words` has room for, 1 to 3. `sectionTableFailed`.
+SequenceResult ReadSectionTable(Link& link, std::span<std::uint16_t> words);
 
-/// The version byte: `VersionMajor` in bits 7 and 6, `VersionMinor` in 5 and 4, `VersionBuild` in the rest.
-[[nodiscard]] ResultCode ReadRemoteVersion(Reply& reply, std::uint8_t& version, Link& link,
-                                           ResultCode failCode);
+/// Asks for the section count and then for the offsets. A count of 0 or above 3 is `unusableData`, and the
+/// offsets are not asked for.
+SequenceResult ReadSectionOffsets(Link& link, SectionOffsets& offsets);
 
-/// Stores a flag value; `remoteNotDetected` on failure.
-[[nodiscard]] ResultCode WriteSectionFlags(Reply& reply, std::uint8_t value, Link& link);
+/// `versionFailed`.
+SequenceResult ReadRemoteVersion(Link& link, RemoteVersion& version);
 
-/// The flag byte of the sections: a section's bit is set while it holds no programme.
-[[nodiscard]] ResultCode ReadSectionFlags(Reply& reply, std::uint8_t& flags, Link& link, ResultCode failCode);
+/// Stores a flag value; `remoteNotDetected`.
+SequenceResult WriteSectionFlags(Link& link, std::uint8_t value);
 
-/// Makes the first section that holds a programme the one in use; `activationFailed` on failure.
-[[nodiscard]] ResultCode ActivateFirstSection(Reply& reply, Link& link);
+/// The flag byte of the sections: a section's bit is set while it holds no programme. `sectionFlagsFailed`.
+SequenceResult ReadSectionFlags(Link& link, std::uint8_t& flags);
+
+/// Makes the first section that holds a programme the one in use; `activationFailed`.
+SequenceResult ActivateFirstSection(Link& link);
 
 /// The byte that `ActivateFirstSection` derives from the state byte: its low four bits are the index of the
 /// first section whose bit is clear.
 [[nodiscard]] std::uint8_t ActivationByte(std::uint8_t state);
 
-/// Reads `memory.size()` (1 to 8) bytes from a word offset of the remote's memory. Fails only where the
-/// commands before the block frame do; if the block itself is lost, `memory` is zeros.
-[[nodiscard]] ResultCode ReadRemoteBlock(std::uint16_t offset, std::span<std::uint8_t> memory, Link& link,
-                                         ResultCode failCode);
+/// Reads `memory.size()` (1 to 8) bytes from a word offset of the remote's memory. `blockReadFailed` only
+/// where the commands before the block frame fail; if the block itself is lost, `memory` is zeros.
+SequenceResult ReadRemoteBlock(Link& link, std::uint16_t offset, std::span<std::uint8_t> memory);
 
 }  // namespace vento

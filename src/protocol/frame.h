@@ -21,7 +21,11 @@ inline constexpr std::size_t kMaximumSendBytes = 249;
 /// The bytes of one frame, 255 at the most.
 class Frame {
   public:
-    void Append(std::uint8_t byte) { bytes_[size_++] = byte; }
+    /// Throws std::out_of_range where the frame is full.
+    void Append(std::uint8_t byte) {
+        bytes_.at(size_) = byte;
+        ++size_;
+    }
     void AppendLowFirst(std::uint16_t word);
     [[nodiscard]] std::span<const std::uint8_t> Bytes() const { return std::span(bytes_).first(size_); }
 

@@ -1,14 +1,10 @@
 #include "protocol/program_remote.h"
 
-#include <array>
-#include <cstdint>
+#include <algorithm>
 #include <string>
 
 #include "protocol/code_lists.h"
 #include "protocol/code_transfer.h"
-#include "protocol/commands.h"
-#include "protocol/read_back.h"
-#include "protocol/section_table.h"
 #include "protocol/wait_for_remote.h"
 
 namespace vento {
@@ -19,133 +15,157 @@ constexpr std::uint8_t kAnnounceSection = 8;     // added to a section's mask be
 constexpr std::uint8_t kCloseProgramming = 128;  // added to the masks of the sections that were written
 constexpr std::size_t kWordsOfMemory = 65536;
 
-// Sections that the remote has and the programme selects.
-bool IsWritten(std::size_t section, const SectionOffsets& offsets, const Programme& programme) {
-    return section < offsets.count && programme.LabelRecords[section].Present;
+// Both alternatives of the programme, decoded before the remote is known.
+struct DecodedLists {
+    std::array<CodeSet, 2> sets;
+    std::array<SequenceResult, 2> results;
+};
+
+DecodedLists DecodeBoth(const Programme& programme) {
+    DecodedLists lists;
+    lists.results[0] = DecodeCodeLists(programme.LabelRecords, lists.sets[0], programme.ListARecords, 'A');
+    lists.results[1] = DecodeCodeLists(programme.LabelRecords, lists.sets[1], programme.ListBRecords, 'B');
+    return lists;
 }
 
-SequenceResult CheckRoom(const SectionOffsets& offsets, const Programme& programme, const CodeSet& codeSet) {
-    for (std::size_t i = 0; i < offsets.count; ++i) {
-        if (!IsWritten(i, offsets, programme)) continue;
-        if (offsets.words[i] + codeSet[i]->size() > kWordsOfMemory) {
-            return {ResultCode::unusableData, "The section at word " + std::to_string(offsets.words[i]) +
-                                                  " has no room for a list of " +
-                                                  std::to_string(codeSet[i]->size()) + " bytes."};
+SequenceResult CheckRoom(std::array<ColumnOutcome, kColumns>& columns) {
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        const ColumnOutcome& column = columns[c];
+        if (!column.selected || !column.offset) continue;
+        if (*column.offset + column.bytes > kWordsOfMemory) {
+            return {ResultCode::unusableData,
+                    Fill({"La memoria del telecomando non basta per i {1} valori della colonna {0}.",
+                          "The remote's memory has no room for the {1} bytes of column {0}."},
+                         {kSections[c].name, std::to_string(column.bytes)})};
         }
     }
     return {};
 }
 
-// Announces one section, writes it and has it verified. A section whose transfer fails is not `written`, and
-// the result is then that of the announcement, which stops nothing by itself.
-SequenceResult WriteSection(std::size_t section, std::uint16_t offset, std::span<const std::uint8_t> bytes,
-                            const OperationContext& context, ProgressBar& progressBar, Link& link,
-                            bool& written) {
-    written = false;
-    progressBar.SetVisible(true);
+// Announces one section, writes it and has it verified. The result of a section whose transfer fails is that
+// of the announcement, which stops nothing by itself.
+SequenceResult WriteSection(const OperationContext& context, Link& link, std::size_t section,
+                            std::span<const std::uint8_t> bytes, ProgrammingOutcome& outcome) {
+    ColumnOutcome& column = outcome.columns[section];
+    context.progressBar.SetVisible(true);
     context.yield();
-    Reply reply{};
-    SequenceResult announced;
-    const auto value = static_cast<std::uint8_t>(kSections[section].SectionMask + kAnnounceSection);
-    if (const auto code = WriteSectionFlags(reply, value, link); code != ResultCode::success) {
-        announced = Failure(code, "The section could not be announced", link, reply);
-    }
-    const Transfer transfer = TransferCodeList(progressBar, offset, context, link, bytes);
-    if (transfer.result.code != ResultCode::success) {
-        announced.diagnostic += (announced.diagnostic.empty() ? "" : " ") + transfer.result.diagnostic;
+    outcome.writing = true;
+    SequenceResult announced =
+        WriteSectionFlags(link, static_cast<std::uint8_t>(kSections[section].SectionMask + kAnnounceSection));
+    const Transfer transfer = TransferCodeList(context, link, *column.offset, bytes);
+    NoteOverwritten(outcome.columns, section, transfer.wordsSent);
+    if (transfer.result.Failed()) {
+        column.problem = transfer.result.diagnostic;
         return announced;
     }
-    SequenceResult verified = VerifyCodeList(offset, static_cast<std::uint16_t>(bytes.size() - 1), link,
-                                             ResultCode::verificationFailed, transfer.checkByte);
-    written = verified.code == ResultCode::success;
+    column.written = true;
+    SequenceResult verified = VerifyCodeList(
+        link, *column.offset, static_cast<std::uint16_t>(bytes.size() - 1), transfer.checkByte);
+    column.verified = !verified.Failed();
+    column.problem = verified.diagnostic;
+    if (verified.Failed())
+        verified.diagnostic = Fill({"{0}: {1}", "{0}: {1}"}, {kSections[section].name, verified.diagnostic});
     return verified;
 }
 
 // Activates the first section. If that fails the remote may just have been moved: it is waited for once more.
 SequenceResult Activate(const OperationContext& context, Link& link) {
-    Reply reply{};
-    if (ActivateFirstSection(reply, link) == ResultCode::success) return {};
-    if (SequenceResult wait = WaitForRemote(context, link); wait.code != ResultCode::success) return wait;
-    if (const auto code = ActivateFirstSection(reply, link); code != ResultCode::success) {
-        return Failure(code, "The first section could not be activated", link, reply);
-    }
-    if (const auto code = ReleaseRemote(reply, link, ResultCode::releaseFailed);
-        code != ResultCode::success) {
-        return Failure(code, "The remote did not acknowledge the end of the conversation", link, reply);
-    }
-    return {};
+    if (!ActivateFirstSection(link).Failed()) return {};
+    if (SequenceResult wait = WaitForRemote(context, link); wait.Failed()) return wait;
+    if (SequenceResult activated = ActivateFirstSection(link); activated.Failed()) return activated;
+    return ReleaseRemote(link);
 }
 
 // The section loop and what closes it.
-SequenceResult WriteSections(const OperationContext& context, ProgressBar& progressBar, Link& link,
-                             const Programme& programme, const CodeSet& codeSet,
-                             const SectionOffsets& offsets) {
+SequenceResult WriteSections(const OperationContext& context, Link& link, const CodeSet& codeSet,
+                             ProgrammingOutcome& outcome) {
     std::uint8_t writtenMask = 0;
     SequenceResult status;
-    std::string leftOut;
-    for (std::size_t i = 0; i < offsets.count; ++i) {
-        if (!IsWritten(i, offsets, programme)) continue;
-        bool written = false;
-        status = WriteSection(i, offsets.words[i], *codeSet[i], context, progressBar, link, written);
-        if (written) {
-            writtenMask = static_cast<std::uint8_t>(writtenMask + kSections[i].SectionMask);
-        } else if (status.code == ResultCode::verificationFailed) {
-            break;
-        } else {
-            leftOut += (leftOut.empty() ? "" : " ") + status.diagnostic;
+    for (std::size_t i = 0; i < kSections.size(); ++i) {
+        const ColumnOutcome& column = outcome.columns[i];
+        if (!column.selected || !column.offset) continue;
+        status = WriteSection(context, link, i, *codeSet[i], outcome);
+        if (column.verified) writtenMask = static_cast<std::uint8_t>(writtenMask + kSections[i].SectionMask);
+        if (column.written && status.Failed()) break;
+    }
+    if (status.Failed()) return status;
+    outcome.closed =
+        !WriteSectionFlags(link, static_cast<std::uint8_t>(writtenMask + kCloseProgramming)).Failed();
+    return Activate(context, link);
+}
+
+// Enters what is known of the columns before anything is written.
+void DescribeColumns(const Programme& programme, const CodeSet& codeSet, const SectionOffsets& offsets,
+                     std::array<ColumnOutcome, kColumns>& columns) {
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        columns[c].bytes = codeSet[c] ? codeSet[c]->size() : 0;
+        if (c < offsets.count) {
+            columns[c].offset = offsets.words[c];
+        } else if (programme.LabelRecords[c].Present) {
+            columns[c].problem = Fill({"questo telecomando ha {0} sezioni, nessuna per {1}.",
+                                       "this remote has {0} sections, and none for {1}."},
+                                      {std::to_string(offsets.count), kSections[c].name});
         }
     }
-    if (status.code != ResultCode::success) return status;
-    Reply reply{};
-    static_cast<void>(
-        WriteSectionFlags(reply, static_cast<std::uint8_t>(writtenMask + kCloseProgramming), link));
-    SequenceResult result = Activate(context, link);
-    if (!leftOut.empty()) {
-        result.diagnostic = "A section was left out. " + leftOut +
-                            (result.diagnostic.empty() ? "" : " Then: ") + result.diagnostic;
-    }
-    return result;
 }
 
 }  // namespace
 
-SequenceResult ProgramRemote(const OperationContext& context, ProgressBar& progressBar, Link& link,
-                             const Programme& programme) {
-    std::array<CodeSet, 2> codeSets;
-    const std::array<SequenceResult, 2> setStatus{
-        DecodeCodeLists(programme.LabelRecords, codeSets[0], programme.ListARecords, "A"),
-        DecodeCodeLists(programme.LabelRecords, codeSets[1], programme.ListBRecords, "B")};
-    for (const SequenceResult& status : setStatus) {
-        if (status.code == ResultCode::unusableData) return status;
-    }
-    if (SequenceResult wait = WaitForRemote(context, link); wait.code != ResultCode::success) return wait;
-    progressBar.SetValue(0);
-    progressBar.SetMinimum(0);
+bool ProgrammingOutcome::Incomplete() const {
+    const bool anySelected = std::ranges::any_of(columns, &ColumnOutcome::selected);
+    return std::ranges::any_of(columns, &ColumnOutcome::Lost) || (anySelected && !closed);
+}
 
-    Reply reply{};
-    std::uint8_t version = 0;
-    if (const auto code = ReadRemoteVersion(reply, version, link, ResultCode::versionFailed);
-        code != ResultCode::success) {
-        return Failure(code, "The remote's version could not be read", link, reply);
+void NoteOverwritten(std::array<ColumnOutcome, kColumns>& columns, std::size_t writer, std::size_t count) {
+    if (count == 0) return;
+    const std::size_t begin = *columns[writer].offset;
+    const std::size_t end = begin + count;
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        ColumnOutcome& other = columns[c];
+        if (c == writer || !other.offset) continue;
+        // What was written before ends where its list does; of any other section its head is what counts, and
+        // one that is still to be written does not lose anything yet.
+        const bool stillToCome = c > writer && other.selected;
+        const std::size_t otherEnd = *other.offset + (other.selected ? other.bytes : 1);
+        if (!stillToCome && begin < otherEnd && *other.offset < end) other.overwrittenBy = writer;
     }
-    const std::size_t setIndex = SplitVersion(version).VersionBuild < kFirstBuildWithListB ? 0 : 1;
-    const CodeSet& codeSet = codeSets[setIndex];
-    if (setStatus[setIndex].code != ResultCode::success) return setStatus[setIndex];
+}
+
+SequenceResult ProgramRemote(const OperationContext& context, Link& link, const Programme& programme,
+                             ProgrammingOutcome& outcome) {
+    for (std::size_t c = 0; c < kColumns; ++c)
+        outcome.columns[c].selected = programme.LabelRecords[c].Present;
+    const DecodedLists lists = DecodeBoth(programme);
+    for (const SequenceResult& result : lists.results) {
+        if (result.code == ResultCode::unusableData) return result;
+    }
+    if (SequenceResult wait = WaitForRemote(context, link); wait.Failed()) return wait;
+    context.progressBar.SetValue(0);
+    context.progressBar.SetMinimum(0);
+
+    RemoteVersion version;
+    if (SequenceResult read = ReadRemoteVersion(link, version); read.Failed()) return read;
+    const std::size_t setIndex = version.VersionBuild < kFirstBuildWithListB ? 0 : 1;
+    outcome.version = version;
+    outcome.list = setIndex == 0 ? 'A' : 'B';
+    const CodeSet& codeSet = lists.sets[setIndex];
+    if (lists.results[setIndex].Failed()) return lists.results[setIndex];
 
     std::int16_t total = 0;
-    if (SequenceResult count = CountCodeBytes(codeSet, programme.LabelRecords, total);
-        count.code != ResultCode::success) {
-        return count;
+    if (SequenceResult counted = CountCodeBytes(codeSet, programme.LabelRecords, total); counted.Failed()) {
+        return counted;
     }
-    if (total < 1) return {ResultCode::sectionTableFailed, "There are no code bytes to send."};
-    progressBar.SetMaximum(total);
+    if (total < 1) {
+        return {ResultCode::sectionTableFailed,
+                Phrase{"Non ci sono valori da trasmettere.", "There are no code bytes to send."}};
+    }
+    context.progressBar.SetMaximum(total);
 
     SectionOffsets offsets;
-    if (SequenceResult table = ReadSectionOffsets(offsets, link); table.code != ResultCode::success)
-        return table;
-    if (SequenceResult room = CheckRoom(offsets, programme, codeSet); room.code != ResultCode::success)
-        return room;
-    return WriteSections(context, progressBar, link, programme, codeSet, offsets);
+    if (SequenceResult read = ReadSectionOffsets(link, offsets); read.Failed()) return read;
+    DescribeColumns(programme, codeSet, offsets, outcome.columns);
+    if (SequenceResult room = CheckRoom(outcome.columns); room.Failed()) return room;
+    return WriteSections(context, link, codeSet, outcome);
 }
 
 }  // namespace vento

@@ -1,11 +1,7 @@
 #include "protocol/read_back.h"
 
 #include <algorithm>
-#include <array>
 
-#include "protocol/commands.h"
-#include "protocol/section_table.h"
-#include "protocol/sections.h"
 #include "protocol/wait_for_remote.h"
 
 namespace vento {
@@ -19,57 +15,32 @@ std::string DecodeName(std::span<const std::uint8_t> memory) {
     return name;
 }
 
-RemoteVersion SplitVersion(std::uint8_t version) {
-    return {static_cast<std::uint8_t>(version >> 6), static_cast<std::uint8_t>((version >> 4) & 3),
-            static_cast<std::uint8_t>(version & 15)};
-}
-
-SequenceResult ReadRemoteInfo(RemoteVersion& version, std::uint8_t& flags, const OperationContext& context,
-                              Link& link) {
-    if (SequenceResult wait = WaitForRemote(context, link); wait.code != ResultCode::success) return wait;
-    Reply reply{};
-    std::uint8_t versionByte = 0;
-    if (const auto code = ReadRemoteVersion(reply, versionByte, link, ResultCode::versionFailed);
-        code != ResultCode::success) {
-        return Failure(code, "The remote's version could not be read", link, reply);
-    }
-    if (const auto code = ReadSectionFlags(reply, flags, link, ResultCode::sectionFlagsFailed);
-        code != ResultCode::success) {
-        return Failure(code, "The section flags could not be read", link, reply);
-    }
-    if (ReleaseRemote(reply, link, ResultCode::releaseFailed) == ResultCode::success) {
-        version = SplitVersion(versionByte);
-    }
-    return {};
-}
-
-SequenceResult ReadRemoteCodes(std::string& readText, const OperationContext& context, Link& link) {
-    readText.clear();
-    if (SequenceResult wait = WaitForRemote(context, link); wait.code != ResultCode::success) return wait;
-    SectionOffsets offsets;
-    if (SequenceResult table = ReadSectionOffsets(offsets, link); table.code != ResultCode::success)
-        return table;
-    Reply reply{};
+SequenceResult ReadRemoteInfo(const OperationContext& context, Link& link, RemoteReading& reading) {
+    if (SequenceResult wait = WaitForRemote(context, link); wait.Failed()) return wait;
+    RemoteVersion version;
+    if (SequenceResult read = ReadRemoteVersion(link, version); read.Failed()) return read;
     std::uint8_t flags = 0;
-    if (const auto code = ReadSectionFlags(reply, flags, link, ResultCode::sectionFlagsFailed);
-        code != ResultCode::success) {
-        return Failure(code, "The section flags could not be read", link, reply);
-    }
-    for (std::size_t i = 0; i < offsets.count; ++i) {
-        std::array<std::uint8_t, kNameLength> memory{};
-        if (ReadRemoteBlock(offsets.words[i], memory, link, ResultCode::blockReadFailed) !=
-            ResultCode::success) {
-            continue;
-        }
-        readText += kSections[i].SectionLabel;
-        if ((flags & kSections[i].SectionMask) == 0) readText += DecodeName(memory);
-        readText += "\r\n";
-    }
-    if (const auto code = ReleaseRemote(reply, link, ResultCode::releaseFailed);
-        code != ResultCode::success) {
-        return Failure(code, "The remote did not acknowledge the end of the conversation", link, reply);
-    }
+    if (SequenceResult read = ReadSectionFlags(link, flags); read.Failed()) return read;
+    reading.flags = flags;
+    if (!ReleaseRemote(link).Failed()) reading.version = version;
     return {};
+}
+
+SequenceResult ReadRemoteCodes(const OperationContext& context, Link& link, RemoteReading& reading) {
+    reading.readText.clear();
+    if (SequenceResult wait = WaitForRemote(context, link); wait.Failed()) return wait;
+    if (SequenceResult read = ReadSectionOffsets(link, reading.offsets); read.Failed()) return read;
+    std::uint8_t flags = 0;
+    if (SequenceResult read = ReadSectionFlags(link, flags); read.Failed()) return read;
+    reading.flags = flags;
+    for (std::size_t i = 0; i < reading.offsets.count; ++i) {
+        std::array<std::uint8_t, kNameLength> memory{};
+        if (ReadRemoteBlock(link, reading.offsets.words[i], memory).Failed()) continue;
+        const bool holdsProgramme = (flags & kSections[i].SectionMask) == 0;
+        reading.names[i] = holdsProgramme ? DecodeName(memory) : "";
+        reading.readText.append(kSections[i].name).append(" ").append(*reading.names[i]).append("\r\n");
+    }
+    return ReleaseRemote(link);
 }
 
 }  // namespace vento

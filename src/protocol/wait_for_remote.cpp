@@ -12,8 +12,8 @@ constexpr int kDivisorForFactorZero = 100;
 constexpr int kGoodPollsInARow = 10;
 constexpr std::chrono::minutes kSilenceLimit{3};
 
-// Says when no report at all has come back for too long. The number of polls is what bounds the wait; this is
-// for a transmitter that lets every poll run into the time limit of its read.
+// Detects that no report at all has come back for too long. The wait is bounded by the number of polls; this
+// is for a transmitter that lets every poll run into the time limit of its read.
 class SilenceWatch {
   public:
     SilenceWatch(platform::Clock& clock, const Link& link)
@@ -40,6 +40,10 @@ bool YieldAndLookForCancel(const OperationContext& context) {
     return context.cancelControl.Tag() == kTagTrue;
 }
 
+SequenceResult Cancelled() {
+    return {ResultCode::cancelled, Phrase{"L'operatore ha annullato.", "The operator cancelled."}};
+}
+
 SequenceResult Poll(const OperationContext& context, Link& link) {
     const int divisor = link.linkFactor == 0 ? kDivisorForFactorZero : link.linkFactor;
     SilenceWatch silence(context.clock, link);
@@ -47,18 +51,21 @@ SequenceResult Poll(const OperationContext& context, Link& link) {
     for (int passes = kPassesAtFactorOne / divisor; passes >= 1; --passes) {
         int run = kGoodPollsInARow;
         for (; run >= 1; --run) {
-            SendCommand(reply, command::kPresence, 1, link);
+            SendCommand(link, reply, command::kPresence, 1);
             if (!IsGoodReply(reply, command::kPresence)) break;
-            if (YieldAndLookForCancel(context)) return {ResultCode::cancelled, "The operator cancelled."};
+            if (YieldAndLookForCancel(context)) return Cancelled();
         }
         if (run == 0) return {};
-        if (YieldAndLookForCancel(context)) return {ResultCode::cancelled, "The operator cancelled."};
+        if (YieldAndLookForCancel(context)) return Cancelled();
         if (silence.TooLong()) {
-            return {ResultCode::remoteNotDetected, "No report has come back for 3 minutes."};
+            return {ResultCode::remoteNotDetected, Phrase{"Il trasmettitore non risponde da 3 minuti.",
+                                                          "No report has come back for 3 minutes."}};
         }
     }
     return {ResultCode::remoteNotDetected,
-            "No remote answered 10 polls in a row; at the last poll " + DescribeLatest(link, reply) + "."};
+            Fill({"Nessun telecomando ha risposto 10 volte di seguito; all'ultimo tentativo: {0}.",
+                  "No remote answered 10 polls in a row; at the last poll {0}."},
+                 {DescribeLatest(link, reply)})};
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "protocol/link.h"
-#include "protocol/operation_context.h"
-#include "protocol/sequence_result.h"
+#include "protocol/sequence.h"
+#include "usb/gestione_hid.h"
 
 namespace vento {
 
@@ -13,6 +12,6 @@ namespace vento {
 /// by the `LinkFactor`, or when no report at all has come back for 3 minutes; `cancelled` when the cancel
 /// flag is seen, which is looked at after each poll. On every way out the cancel control is disabled and its
 /// flag reset.
-[[nodiscard]] SequenceResult WaitForRemote(const OperationContext& context, Link& link);
+SequenceResult WaitForRemote(const OperationContext& context, Link& link);
 
 }  // namespace vento

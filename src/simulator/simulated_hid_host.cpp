@@ -1,6 +1,8 @@
 #include "simulator/simulated_hid_host.h"
 
 #include <algorithm>
+#include <charconv>
+#include <string>
 
 namespace vento::simulator {
 
@@ -8,6 +10,13 @@ using platform::HidHandle;
 using platform::OpenAnswer;
 using platform::OpenOutcome;
 using platform::Report;
+using platform::ReportTransfer;
+
+namespace {
+
+const std::string kPathPrefix = "simulated/";
+
+}  // namespace
 
 SimulatedHidHost::SimulatedHidHost(const Scenario& scenario, platform::Clock& clock)
     : clock_(clock), perReport_(scenario.perReport), faults_(scenario.faults) {
@@ -27,13 +36,15 @@ SimulatedHidHost::SimulatedHidHost(const Scenario& scenario, platform::Clock& cl
     }
 }
 
-void SimulatedHidHost::BeginSearch() {
+void SimulatedHidHost::Search(const std::function<bool(std::string_view path)>& visit) {
     ++cycle_;
-    next_ = 0;
     if (awayUntil_ && clock_.Now() >= *awayUntil_) awayUntil_.reset();
     const bool unplugged = faults_.Unplugs(cycle_, UnplugMoment::open);
     if (unplugged) GoAway(cycle_);
     plugged_ = !unplugged && !awayUntil_;
+    for (std::size_t i = 0; i < devices_.size(); ++i) {
+        if (IsListed(devices_[i]) && !visit(kPathPrefix + std::to_string(i + 1))) return;
+    }
 }
 
 /// Notes until when the transmitter stays away, if a fault of this cycle says so.
@@ -45,21 +56,13 @@ bool SimulatedHidHost::IsListed(const Device& device) const {
     return plugged_ || !device.transmitter;
 }
 
-bool SimulatedHidHost::NextInterface() {
-    while (next_ < devices_.size()) {
-        ++next_;
-        if (IsListed(devices_[next_ - 1])) return true;
+OpenAnswer SimulatedHidHost::Open(std::string_view path, platform::Wanted wanted) {
+    std::size_t number = 0;
+    if (path.starts_with(kPathPrefix)) {
+        std::from_chars(path.data() + kPathPrefix.size(), path.data() + path.size(), number);
     }
-    return false;
-}
-
-std::string SimulatedHidHost::InterfaceName() const {
-    return "simulated/" + std::to_string(next_);
-}
-
-OpenAnswer SimulatedHidHost::OpenInterface(bool (*wanted)(platform::HidIdentity)) {
-    if (next_ == 0) return {};
-    Device& device = devices_[next_ - 1];
+    if (number == 0 || number > devices_.size() || !IsListed(devices_[number - 1])) return {};
+    Device& device = devices_[number - 1];
     OpenAnswer answer{.outcome = OpenOutcome::foreign, .identity = device.identity};
     if (!device.transmitter || !wanted(device.identity)) return answer;
     if (!device.opens || faults_.Refuses(cycle_)) {
@@ -71,7 +74,7 @@ OpenAnswer SimulatedHidHost::OpenInterface(bool (*wanted)(platform::HidIdentity)
     device.cycle = cycle_;
     device.writes = 0;
     answer.outcome = OpenOutcome::opened;
-    answer.handle = static_cast<HidHandle>(next_ - 1);
+    answer.handle = static_cast<HidHandle>(number - 1);
     return answer;
 }
 
@@ -81,24 +84,24 @@ SimulatedHidHost::Device* SimulatedHidHost::OpenDevice(HidHandle handle) {
     return index < devices_.size() && devices_[index].isOpen ? &devices_[index] : nullptr;
 }
 
-bool SimulatedHidHost::WriteReport(HidHandle handle, const Report& report) {
+ReportTransfer SimulatedHidHost::Write(HidHandle handle, const Report& report) {
     Device* const device = OpenDevice(handle);
-    if (device == nullptr || faults_.FailsWrite(device->cycle, ++device->writes)) return false;
+    if (device == nullptr || faults_.FailsWrite(device->cycle, ++device->writes)) return {};
     LetReportPass();
     device->transmitter->Take(std::span(report).subspan<1>());
-    return true;
+    return {.whole = true, .error = 0, .bytes = report.size()};
 }
 
-bool SimulatedHidHost::ReadReport(HidHandle handle, Report& report) {
+ReportTransfer SimulatedHidHost::Read(HidHandle handle, Report& report) {
     Device* const device = OpenDevice(handle);
-    if (device == nullptr) return false;
+    if (device == nullptr) return {};
     std::optional<Payload> payload = device->transmitter->Give();
     faults_.Alter(device->cycle, payload);
-    if (!payload || faults_.FailsRead(device->cycle)) return false;
+    if (!payload || faults_.FailsRead(device->cycle)) return {};
     LetReportPass();
     report[0] = 0;
     std::ranges::copy(*payload, report.begin() + 1);
-    return true;
+    return {.whole = true, .error = 0, .bytes = payload->size()};
 }
 
 void SimulatedHidHost::LetReportPass() {
@@ -111,18 +114,6 @@ void SimulatedHidHost::Close(HidHandle handle) {
     device->transmitter->Reset();
     device->isOpen = false;
     GoAway(device->cycle);
-}
-
-std::string SimulatedHidHost::Advice(OpenOutcome outcome, Language language) const {
-    const bool italian = language == Language::italian;
-    if (outcome == OpenOutcome::forbidden) {
-        return italian
-                   ? "Lo scenario della simulazione vieta di aprire il trasmettitore: \"opens\" vale false "
-                     "oppure un guasto \"refused\" copre questa ricerca."
-                   : "The scenario of the simulation does not let the transmitter be opened: its \"opens\" "
-                     "is false, or a fault \"refused\" covers this search.";
-    }
-    return italian ? "Il trasmettitore simulato non si apre." : "The simulated transmitter does not open.";
 }
 
 void SimulatedHidHost::SaveImage() {

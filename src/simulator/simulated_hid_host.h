@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/clock.h"
@@ -27,16 +27,12 @@ class SimulatedHidHost final : public platform::HidHost {
     /// the host. Throws as Image does.
     SimulatedHidHost(const Scenario& scenario, platform::Clock& clock);
 
-    void BeginSearch() override;
-    [[nodiscard]] bool NextInterface() override;
-    [[nodiscard]] std::string InterfaceName() const override;
-    [[nodiscard]] platform::OpenAnswer OpenInterface(bool (*wanted)(platform::HidIdentity)) override;
-    void EndSearch() override {}
-    [[nodiscard]] bool WriteReport(platform::HidHandle handle, const platform::Report& report) override;
-    [[nodiscard]] bool ReadReport(platform::HidHandle handle, platform::Report& report) override;
+    void Search(const std::function<bool(std::string_view path)>& visit) override;
+    [[nodiscard]] platform::OpenAnswer Open(std::string_view path, platform::Wanted wanted) override;
+    platform::ReportTransfer Write(platform::HidHandle handle, const platform::Report& report) override;
+    platform::ReportTransfer Read(platform::HidHandle handle, platform::Report& report) override;
     void Cancel(platform::HidHandle) override {}
     void Close(platform::HidHandle handle) override;
-    [[nodiscard]] std::string Advice(platform::OpenOutcome outcome, Language language) const override;
 
     /// Writes the scenario's image, if it names one; the destructor does so too, but can't tell of a failure.
     /// Throws ImageError.
@@ -69,8 +65,7 @@ class SimulatedHidHost final : public platform::HidHost {
     std::optional<Image> image_;
     std::vector<Device> devices_;
     std::uint64_t cycle_ = 0;
-    std::size_t next_ = 0;  ///< index of the interface behind the current one
-    bool plugged_ = true;   ///< in this search
+    bool plugged_ = true;  ///< in this search
     std::optional<platform::Clock::Duration> awayUntil_;
 };
 

@@ -1,56 +1,37 @@
 #include "usb/gestione_hid.h"
 
-#include <utility>
-
 namespace vento {
 
-using platform::HidHost;
 using platform::OpenOutcome;
 
-bool IsTransmitter(platform::HidIdentity identity) {
-    return identity.vendorId == kFirstKindVendor || identity.vendorId == kSecondKindVendor;
-}
-
-HidDevice::HidDevice(HidDevice&& other) noexcept
-    : host_(std::exchange(other.host_, nullptr)), handle_(std::exchange(other.handle_, -1)) {}
-
-HidDevice& HidDevice::operator=(HidDevice&& other) noexcept {
-    if (this != &other) {
-        Close();
-        host_ = std::exchange(other.host_, nullptr);
-        handle_ = std::exchange(other.handle_, -1);
-    }
-    return *this;
-}
-
-void HidDevice::Close() {
-    if (host_ != nullptr) std::exchange(host_, nullptr)->Close(std::exchange(handle_, -1));
-}
-
-TransmitterSearch OpenTransmitter(HidHost& host, HidDevice& device, std::int32_t& vendorId,
-                                  std::int32_t& productId) {
-    TransmitterSearch search;
-    host.BeginSearch();
-    while (!search.found && host.NextInterface()) {
-        const platform::OpenAnswer answer = host.OpenInterface(IsTransmitter);
+TransmitterSearch OpenTransmitter(Link& link, HidDevice& device) {
+    struct {
+        Link& link;
+        HidDevice& device;
+        TransmitterSearch result;
+    } search{link, device, {}};
+    // One reference is all that it captures, so that no search takes memory from the heap.
+    link.host.Search([&search](std::string_view path) {
+        Link& way = search.link;
+        const platform::OpenAnswer answer = way.host.Open(path, way.isTransmitter);
         if (answer.outcome == OpenOutcome::opened) {
-            device = HidDevice(host, answer.handle);
-            const platform::HidIdentity identity = answer.identity.value();
-            vendorId = identity.vendorId;
-            productId = identity.productId;
-            search.found = true;
-        } else if (answer.identity && IsTransmitter(*answer.identity) && !search.obstacle) {
-            search.obstacle = answer.outcome;
+            search.device = HidDevice(way.host, answer.handle);
+            way.vendorId = answer.identity.value().vendorId;
+            way.productId = answer.identity.value().productId;
+            search.result = {.found = true, .obstacle = std::nullopt};
+            return false;
         }
-    }
-    host.EndSearch();
-    if (search.found) search.obstacle.reset();
-    return search;
+        if (answer.identity && way.isTransmitter(*answer.identity) && !search.result.obstacle) {
+            search.result.obstacle = answer.outcome;
+        }
+        return true;
+    });
+    return search.result;
 }
 
-TransmitterSearch LocateTransmitter(HidHost& host, std::int32_t& vendorId, std::int32_t& productId) {
+TransmitterSearch LocateTransmitter(Link& link) {
     HidDevice device;
-    return OpenTransmitter(host, device, vendorId, productId);
+    return OpenTransmitter(link, device);
 }
 
 }  // namespace vento

@@ -7,14 +7,16 @@ namespace vento {
 using platform::kReportPayload;
 using platform::Report;
 
-Exchange ExchangeReports(platform::HidHost& host, std::int32_t& vendorId, std::int32_t& productId,
-                         std::span<const std::uint8_t> frame, bool wantReply, std::span<std::uint8_t> reply) {
-    Exchange exchange;
+const Exchange& ExchangeReports(Link& link, std::span<const std::uint8_t> frame,
+                                std::span<std::uint8_t> reply) {
+    std::ranges::fill(reply, std::uint8_t{0});
+    Exchange& exchange = link.latest = {};
     HidDevice device;
-    exchange.transmitterFound = OpenTransmitter(host, device, vendorId, productId).found;
+    exchange.transmitterFound = OpenTransmitter(link, device).found;
     if (!exchange.transmitterFound) return exchange;
     exchange.written = WriteReports(device, frame);
-    if (exchange.written && wantReply) exchange.reportsRead = ReadReports(device, reply);
+    if (exchange.written) exchange.reportsRead = ReadReports(device, reply);
+    link.reportsRead += exchange.reportsRead;
     device.Cancel();
     device.Close();
     return exchange;

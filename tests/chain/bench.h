@@ -23,9 +23,9 @@ inline Bytes CommandFrame(std::uint8_t command, std::uint8_t replyCount) {
 }
 
 /// A HID host that lets another do the work and keeps the frames that were written, cut to their own lengths.
-class RecordingHidHost : public platform::HidHost {
+class RecordingHidHost : public platform::ForwardingHidHost {
   public:
-    RecordingHidHost(platform::HidHost& host, const int& yields) : host_(host), yields_(yields) {}
+    RecordingHidHost(platform::HidHost& host, const int& yields) : ForwardingHidHost(host), yields_(yields) {}
 
     std::vector<Bytes> frames;
     int cycles = 0;
@@ -46,19 +46,16 @@ class RecordingHidHost : public platform::HidHost {
         return text;
     }
 
-    void BeginSearch() override {
+    void Search(const std::function<bool(std::string_view path)>& visit) override {
         ++cycles;
-        host_.BeginSearch();
+        ForwardingHidHost::Search(visit);
     }
-    bool NextInterface() override { return host_.NextInterface(); }
-    std::string InterfaceName() const override { return host_.InterfaceName(); }
-    platform::OpenAnswer OpenInterface(bool (*wanted)(platform::HidIdentity)) override {
-        const auto answer = host_.OpenInterface(wanted);
+    platform::OpenAnswer Open(std::string_view path, platform::Wanted wanted) override {
+        const auto answer = ForwardingHidHost::Open(path, wanted);
         opened_ = answer.outcome == platform::OpenOutcome::opened;
         return answer;
     }
-    void EndSearch() override { host_.EndSearch(); }
-    bool WriteReport(platform::HidHandle device, const platform::Report& report) override {
+    platform::ReportTransfer Write(platform::HidHandle device, const platform::Report& report) override {
         if (std::exchange(opened_, false)) {
             frames.emplace_back();
             courses_.push_back({yields_});
@@ -66,16 +63,11 @@ class RecordingHidHost : public platform::HidHost {
         Bytes& frame = frames.back();
         frame.insert(frame.end(), report.begin() + 1, report.end());
         frame.resize(std::min<std::size_t>(frame.size(), std::max<std::uint8_t>(frame[0], 2)));
-        return host_.WriteReport(device, report);
+        return ForwardingHidHost::Write(device, report);
     }
-    bool ReadReport(platform::HidHandle device, platform::Report& report) override {
+    platform::ReportTransfer Read(platform::HidHandle device, platform::Report& report) override {
         ++courses_.back().reads;
-        return host_.ReadReport(device, report);
-    }
-    void Cancel(platform::HidHandle device) override { host_.Cancel(device); }
-    void Close(platform::HidHandle device) override { host_.Close(device); }
-    std::string Advice(platform::OpenOutcome outcome, Language language) const override {
-        return host_.Advice(outcome, language);
+        return ForwardingHidHost::Read(device, report);
     }
 
   private:
@@ -83,7 +75,6 @@ class RecordingHidHost : public platform::HidHost {
         int yields;  // before the frame
         std::size_t reads = 0;
     };
-    platform::HidHost& host_;
     const int& yields_;
     std::vector<Course> courses_;
     bool opened_ = false;
@@ -137,7 +128,7 @@ struct Workbench {
     FakeFiles files;
     simulator::SimulatedHidHost simulated;
     RecordingHidHost host{simulated, desktop.yields};
-    FormWeb form{{host, desktop, files, clock}};
+    FormWeb form{{host, desktop, files, clock, platform::HidBackEnd::simulation}};
 
     explicit Workbench(const Scenario& scenario = {}, const std::string& programme = "")
         : simulated(scenario, clock) {

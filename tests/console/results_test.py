@@ -79,7 +79,7 @@ class Program(ConsoleTest):
         for status, result, path, scenario, *words in (
             (2, 2, EXAMPLE, {"faults": [{"cycle": 2, "kind": "unplugged"}]}, "USB not connected"),
             (3, 3, EXAMPLE, {"remote": None}, "Remote not detected, place the remote in front of the transmitter"),
-            (15, 15, unusable, {}, "Attention an error occurred! Repeat programming", "piece 3"),
+            (15, 15, unusable, {}, "Attention an error occurred! Repeat programming", "value 3"),
             (2, None, EXAMPLE, {"interfaces": []}, "Transmitter not connected"),
             (2, None, EXAMPLE, refused, "Transmitter not connected", "does not let"),
             (65, None, unloadable, {}, "Line 2, field 1: missing"),

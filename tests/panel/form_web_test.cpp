@@ -26,7 +26,7 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
     for (const auto& [commandLine, language, path, loaded, captions] : cases) {
         SCOPED_TRACE(commandLine);
         Workbench bench;
-        FormWeb form({bench.host, bench.desktop, bench.files, bench.clock});
+        FormWeb form({bench.host, bench.desktop, bench.files, bench.clock, platform::HidBackEnd::simulation});
         bench.files.contents["c d/p.qlb"] = kProgramme;
         bench.desktop.language = language;
         form.Form_Load(commandLine);
@@ -44,7 +44,7 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
 
 TEST(StartUp, TakesAPathAsItStands) {
     Workbench bench;
-    FormWeb form({bench.host, bench.desktop, bench.files, bench.clock});
+    FormWeb form({bench.host, bench.desktop, bench.files, bench.clock, platform::HidBackEnd::simulation});
     bench.files.contents["12\" a.qlb"] = kProgramme;
     form.Form_Load("12\" a.qlb", CommandLineKind::path);
     EXPECT_EQ(form.Label2.Caption(), "12\" a.qlb");
@@ -253,11 +253,11 @@ TEST(MessageTable, HasTheseTextsAndNothingForOtherCodes) {
         EXPECT_EQ(text, texts.contains(row) ? std::string(texts.at(row))
                                             : (row < 26 ? "Errore " : "Error ") + std::to_string(code + 1));
         if (code < 22) {
-            EXPECT_EQ(TextOf(ResultCode(code), row < 26 ? Language::italian : Language::english), text);
+            EXPECT_EQ(MessageFor(ResultCode(code), row < 26 ? Language::italian : Language::english), text);
         }
     }
     for (const int code : {22, 25, 26, 51, 99, 100, 255})
-        EXPECT_EQ(TextOf(ResultCode(code), Language::english), "") << code;
+        EXPECT_EQ(MessageFor(ResultCode(code), Language::english), "") << code;
 }
 
 }  // namespace

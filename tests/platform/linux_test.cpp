@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <vector>
 
@@ -36,11 +37,11 @@ TEST(HidrawHost, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
     HidrawHost host((folder / "dev").string(), (folder / "class").string());
     using enum OpenOutcome;
     std::vector<std::tuple<std::string, OpenOutcome, std::optional<HidIdentity>>> found;
-    host.BeginSearch();
-    while (host.NextInterface()) {
-        const auto answer = host.OpenInterface([](HidIdentity each) { return each.vendorId == 0x2B11; });
-        found.emplace_back(fs::path(host.InterfaceName()).filename(), answer.outcome, answer.identity);
-    }
+    host.Search([&](std::string_view path) {
+        const auto answer = host.Open(path, [](HidIdentity each) { return each.vendorId == 0x2B11; });
+        found.emplace_back(fs::path(path).filename(), answer.outcome, answer.identity);
+        return true;
+    });
     const HidIdentity transmitter{0x2B11, 1};
     EXPECT_EQ(found, (decltype(found){{"hidraw2", failed, transmitter},
                                       {"hidraw3", failed, std::nullopt},

@@ -21,8 +21,8 @@ class NativeReports : public ::testing::Test {
         host->Close(node.device);
     }
 
-    [[nodiscard]] bool Read() { return host->ReadReport(node.host, report); }
-    [[nodiscard]] bool Write() { return host->WriteReport(node.host, report); }
+    [[nodiscard]] bool Read() { return host->Read(node.host, report).whole; }
+    [[nodiscard]] bool Write() { return host->Write(node.host, report).whole; }
 
     std::unique_ptr<HidHost> host = MakeNativeHidHost();
     std::unique_ptr<Clock> clock = MakeNativeClock();

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/windows/files.h"
-#include "platform/windows/hid_identity.h"
+#include "platform/windows/hid_host.h"
 #include "platform/windows/text.h"
 #include "support/scratch_folder.h"
 

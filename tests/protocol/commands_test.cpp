@@ -6,8 +6,8 @@
 
 #include "protocol/code_lists.h"
 #include "protocol/frame.h"
-#include "protocol/link_timing.h"
 #include "protocol/read_back.h"
+#include "protocol/transmitter_kinds.h"
 #include "support/fakes.h"
 
 namespace vento {
@@ -17,17 +17,17 @@ using test::Bytes;
 using test::ScriptedHidHost;
 
 TEST(Commands, OnlyStatusZeroAndTheRightEchoPass) {
-    const ResultCode code{77};
-    std::uint8_t flags = 0;
-    const auto write = [](auto& reply, auto& link) { return WriteSectionFlags(reply, 24, link); };
-    const auto read = [&](auto& reply, auto& link) { return ReadSectionFlags(reply, flags, link, code); };
-    const auto release = [&](auto& reply, auto& link) { return ReleaseRemote(reply, link, code); };
+    const auto write = [](auto& link) { return WriteSectionFlags(link, 24); };
+    const auto read = [](auto& link) {
+        std::uint8_t flags = 0;
+        return ReadSectionFlags(link, flags);
+    };
     // With the payloads, one a frame, that are good.
-    using Command = std::function<ResultCode(Reply&, Link&)>;
+    using Command = std::function<SequenceResult(Link&)>;
     const std::vector<std::tuple<Command, std::vector<Bytes>, ResultCode>> cases{
         {OpenBlockWrite, {{0, 1}}, ResultCode::refused},
         {write, {{0, 7}, {0, 24}}, ResultCode::remoteNotDetected},
-        {read, {{0, 8}, {0, 5, 112}}, code},
+        {read, {{0, 8}, {0, 5, 112}}, ResultCode::sectionFlagsFailed},
         {ActivateFirstSection, {{0, 8}, {0, 2, 0x30}, {0, 0x36}}, ResultCode::activationFailed}};
     const auto send = [](const Command& command, const std::vector<Bytes>& payloads, std::size_t cycles) {
         ScriptedHidHost host;
@@ -35,11 +35,11 @@ TEST(Commands, OnlyStatusZeroAndTheRightEchoPass) {
             const Bytes& payload = payloads.at(host.frames.size() - 1);
             return std::deque<Bytes>(payload.empty() ? 0 : 1, payload);
         };
-        Link link{host, 1};
-        Reply reply{};
-        const ResultCode result = command(reply, link);
+        Link link(host, IsTransmitter);
+        const SequenceResult result = command(link);
         EXPECT_EQ(host.frames.size(), cycles);
-        return result;
+        EXPECT_EQ(result.diagnostic.Empty(), !result.Failed());
+        return result.code;
     };
     for (const auto& [command, good, failure] : cases) {
         EXPECT_EQ(send(command, good, good.size()), ResultCode::success);
@@ -52,7 +52,8 @@ TEST(Commands, OnlyStatusZeroAndTheRightEchoPass) {
             }
         }
     }
-    EXPECT_EQ(send(release, {{}}, 1), ResultCode::success) << "the zeros of a lost reply are its good one";
+    EXPECT_EQ(send(ReleaseRemote, {{}}, 1), ResultCode::success)
+        << "the zeros of a lost reply are its good one";
 }
 
 TEST(Commands, TheActivationByteNamesTheFirstSectionInUse) {
@@ -63,7 +64,11 @@ TEST(Commands, TheActivationByteNamesTheFirstSectionInUse) {
 }
 
 TEST(RemoteVersions, AreTwoTwoAndFourBits) {
-    const RemoteVersion version = SplitVersion(0b10'01'0110);
+    ScriptedHidHost host;
+    host.answer = [](const Bytes&) { return std::deque<Bytes>{{0, 6, 0b10'01'0110}}; };
+    Link link(host, IsTransmitter);
+    RemoteVersion version;
+    EXPECT_FALSE(ReadRemoteVersion(link, version).Failed());
     EXPECT_EQ(std::tuple(version.VersionMajor, version.VersionMinor, version.VersionBuild),
               std::tuple(2, 1, 6));
 }
@@ -84,9 +89,9 @@ TEST(LinkTiming, FramesForTheTransmitterAreNotAnswered) {
     const Bytes timing{0x13, 0x54, 0x0F, 0x02, 0x02, 0x02, 0x04, 0xA8, 0x12, 0x25,
                        0x5D, 0xFF, 0x00, 0x59, 0x01, 0xFE, 0x01, 0xB2, 0x02};
     ScriptedHidHost host;
-    std::int32_t id = 0;
-    SendFrameR(host, LinkTimingFor(11025), id, id);
-    SendFrameQ(host, id, id);
+    Link link(host, IsTransmitter);
+    SendFrameR(link, KindFor(11025).timing);
+    SendFrameQ(link);
     std::vector<Bytes> expected{timing, {2, 82}, {1, 81}};
     for (Bytes& frame : expected)
         frame.resize(64);

@@ -4,6 +4,7 @@
 
 #include <tuple>
 
+#include "protocol/transmitter_kinds.h"
 #include "support/fakes.h"
 
 namespace vento {
@@ -17,6 +18,7 @@ struct Wait {
     test::FakeClock clock;
     Label status;
     Button cancel{false, false};
+    ProgressBar bar;
     std::function<bool(int poll)> good = [](int) { return false; };
     bool answers = true;  // false: not even a refusal comes back
     int cancelledAt = 0;  // this yield
@@ -37,9 +39,10 @@ struct Wait {
             clock.now += perYield;
             if (++yields == cancelledAt) cancel.SetTag("True");
         };
-        Link link{host, linkFactor};
-        const SequenceResult result = WaitForRemote({status, cancel, "waiting", clock, yield}, link);
-        EXPECT_EQ(result.diagnostic.empty(), result.code == ResultCode::success);
+        Link link(host, IsTransmitter);
+        link.linkFactor = linkFactor;
+        const SequenceResult result = WaitForRemote({status, cancel, bar, "waiting", clock, yield}, link);
+        EXPECT_EQ(result.diagnostic.Empty(), !result.Failed());
         EXPECT_EQ(captions, result.code == ResultCode::success ? "waiting||" : "waiting|");
         EXPECT_FALSE(cancel.Enabled());
         EXPECT_EQ(cancel.Tag(), "False");

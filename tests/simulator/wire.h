@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "protocol/frame.h"
+#include "protocol/transmitter_kinds.h"
 #include "simulator/simulated_hid_host.h"
 #include "support/fakes.h"
 #include "usb/report_exchange.h"
@@ -38,9 +39,8 @@ class Wire {
         : host(ParseScenario(scenario, folder), clock) {}
 
     bool Open() {
-        std::int32_t id = 0;
         device.Close();
-        return OpenTransmitter(host, device, id, id).found;
+        return OpenTransmitter(link, device).found;
     }
 
     bool Write(const Bytes& frame) { return WriteReports(device, frame); }
@@ -85,6 +85,7 @@ class Wire {
 
     test::FakeClock clock;
     SimulatedHidHost host;
+    Link link{host, IsTransmitter};
     HidDevice device;
 };
 

@@ -94,47 +94,44 @@ class ScriptedHidHost : public platform::HidHost {
     std::vector<Bytes> frames;              // payloads of each cycle that wrote, joined
     std::string calls;  // of the latest cycle: "o" for an open, "w" write, "r" read, "a" cancel, "c" close
 
-    void BeginSearch() override {
+    void Search(const std::function<bool(std::string_view path)>& visit) override {
         ++cycles;
         calls.clear();
-        current_ = 0;
+        for (std::size_t i = 0; i < interfaces.size(); ++i) {
+            if (!visit(std::to_string(i))) return;
+        }
     }
-    bool NextInterface() override { return ++current_ <= interfaces.size(); }
-    std::string InterfaceName() const override { return "interface"; }
-    platform::OpenAnswer OpenInterface(bool (*wanted)(platform::HidIdentity)) override {
-        const auto [identity, outcome] = interfaces[current_ - 1];
-        if (!wanted(identity)) return {platform::OpenOutcome::foreign, identity, -1};
-        if (outcome != platform::OpenOutcome::opened) return {outcome, identity, -1};
+    platform::OpenAnswer Open(std::string_view path, platform::Wanted wanted) override {
+        const auto [identity, outcome] = interfaces.at(std::stoul(std::string(path)));
+        if (!wanted(identity)) return {platform::OpenOutcome::foreign, identity};
+        if (outcome != platform::OpenOutcome::opened) return {outcome, identity};
         calls += 'o';
         written_.clear();
         answers_.reset();
         return {outcome, identity, 7};
     }
-    void EndSearch() override {}
-    bool WriteReport(platform::HidHandle, const platform::Report& report) override {
+    platform::ReportTransfer Write(platform::HidHandle, const platform::Report& report) override {
         calls += 'w';
-        if (failingWrite == written_.size() / platform::kReportPayload) return false;
+        if (failingWrite == written_.size() / platform::kReportPayload) return {};
         reports.push_back(report);
         if (written_.empty()) frames.emplace_back();
         written_.insert(written_.end(), report.begin() + 1, report.end());
         frames.back() = written_;
-        return true;
+        return {.whole = true, .error = 0, .bytes = report.size()};
     }
-    bool ReadReport(platform::HidHandle, platform::Report& report) override {
+    platform::ReportTransfer Read(platform::HidHandle, platform::Report& report) override {
         calls += 'r';
         if (!answers_) answers_ = answer ? answer(written_) : std::deque<Bytes>{};
-        if (answers_->empty()) return false;
+        if (answers_->empty()) return {};
         report.fill(0);
         std::ranges::copy(answers_->front(), report.begin() + 1);
         answers_->pop_front();
-        return true;
+        return {.whole = true, .error = 0, .bytes = platform::kReportPayload};
     }
     void Cancel(platform::HidHandle) override { calls += 'a'; }
     void Close(platform::HidHandle) override { calls += 'c'; }
-    std::string Advice(platform::OpenOutcome, Language) const override { return "advice"; }
 
   private:
-    std::size_t current_ = 0;
     Bytes written_;
     std::optional<std::deque<Bytes>> answers_;
 };

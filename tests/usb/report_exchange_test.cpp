@@ -20,13 +20,17 @@ Bytes Counting(std::size_t size) {
     return bytes;
 }
 
-Exchange Take(ScriptedHidHost& host, const Bytes& frame, bool wantReply, std::span<std::uint8_t> reply) {
-    std::int32_t vendorId = 0;
-    std::int32_t productId = 0;
-    const Exchange exchange = ExchangeReports(host, vendorId, productId, frame, wantReply, reply);
+bool IsTransmitter(HidIdentity identity) {
+    return identity.vendorId == 1240 || identity.vendorId == 11025;
+}
+
+Exchange Take(ScriptedHidHost& host, const Bytes& frame, std::span<std::uint8_t> reply) {
+    Link link(host, IsTransmitter);
+    const Exchange exchange = ExchangeReports(link, frame, reply);
     const HidIdentity found = host.interfaces.empty() ? HidIdentity{} : host.interfaces.front().identity;
-    EXPECT_EQ(vendorId, found.vendorId);
-    EXPECT_EQ(productId, found.productId);
+    EXPECT_EQ(link.vendorId, found.vendorId);
+    EXPECT_EQ(link.productId, found.productId);
+    EXPECT_EQ(link.reportsRead, exchange.reportsRead);
     return exchange;
 }
 
@@ -34,7 +38,7 @@ TEST(ReportExchange, CutsFramesIntoReportsAndLeavesTheStaleTail) {
     for (const std::size_t size : {7U, 64U, 65U, 128U, 200U}) {
         ScriptedHidHost host;
         const Bytes frame = Counting(size);
-        EXPECT_TRUE(Take(host, frame, false, {}).written);
+        EXPECT_TRUE(Take(host, frame, {}).written);
         ASSERT_EQ(host.reports.size(), (size + 63) / 64) << size;
         Bytes expected(65, 0);
         for (std::size_t i = 0; i < size; ++i) {
@@ -50,22 +54,20 @@ TEST(ReportExchange, FailuresEndItAndLeaveZeros) {
     struct Case {
         std::optional<std::size_t> failingWrite;
         std::size_t replies;
-        bool wantReply;
         std::size_t wanted;  // bytes
         std::string calls;
         std::size_t reportsRead;
     };
-    for (const Case& c : {Case{0, 9, true, 70, "owac", 0}, Case{1, 9, true, 70, "owwac", 0},
-                          Case{{}, 0, true, 70, "owwrac", 0}, Case{{}, 1, true, 70, "owwrrac", 1},
-                          Case{{}, 9, false, 70, "owwac", 0}, Case{{}, 9, true, 1, "owwrac", 1},
-                          Case{{}, 9, true, 64, "owwrac", 1}, Case{{}, 9, true, 65, "owwrrac", 2},
-                          Case{{}, 9, true, 256, "owwrrrrac", 4}}) {
+    for (const Case& c :
+         {Case{0, 9, 70, "owac", 0}, Case{1, 9, 70, "owwac", 0}, Case{{}, 0, 70, "owwrac", 0},
+          Case{{}, 1, 70, "owwrrac", 1}, Case{{}, 9, 0, "owwac", 0}, Case{{}, 9, 1, "owwrac", 1},
+          Case{{}, 9, 64, "owwrac", 1}, Case{{}, 9, 65, "owwrrac", 2}, Case{{}, 9, 256, "owwrrrrac", 4}}) {
         SCOPED_TRACE(c.calls);
         ScriptedHidHost host;
         host.failingWrite = c.failingWrite;
         host.answer = [&](const Bytes&) { return std::deque<Bytes>(c.replies, Counting(64)); };
-        Bytes reply(c.wanted, 0);
-        const Exchange exchange = Take(host, Counting(70), c.wantReply, reply);
+        Bytes reply(c.wanted, 99);
+        const Exchange exchange = Take(host, Counting(70), reply);
         EXPECT_EQ(exchange.written, !c.failingWrite);
         EXPECT_EQ(exchange.reportsRead, c.reportsRead);
         EXPECT_EQ(host.calls, c.calls);
@@ -79,7 +81,7 @@ TEST(ReportExchange, FailuresEndItAndLeaveZeros) {
 TEST(ReportExchange, WithoutATransmitterNothingIsWritten) {
     ScriptedHidHost host;
     host.interfaces.clear();
-    const Exchange exchange = Take(host, Counting(7), false, {});
+    const Exchange exchange = Take(host, Counting(7), {});
     EXPECT_FALSE(exchange.transmitterFound || exchange.written || exchange.reportsRead > 0);
 }
 
@@ -103,13 +105,14 @@ TEST(TransmitterSearch, TakesTheFirstThatOpensAndSaysWhatWasInTheWay) {
     for (std::size_t i = 0; i < cases.size(); ++i) {
         ScriptedHidHost host;
         host.interfaces = cases[i].interfaces;
-        std::int32_t vendorId = -5;
-        std::int32_t productId = -6;
-        const TransmitterSearch search = LocateTransmitter(host, vendorId, productId);
+        Link link(host, IsTransmitter);
+        link.vendorId = -5;
+        link.productId = -6;
+        const TransmitterSearch search = LocateTransmitter(link);
         EXPECT_EQ(search.found, cases[i].found.has_value()) << i;
         EXPECT_EQ(search.obstacle, cases[i].obstacle) << i;
-        EXPECT_EQ(vendorId, search.found ? cases[i].found->vendorId : -5) << i;
-        EXPECT_EQ(productId, search.found ? cases[i].found->productId : -6) << i;
+        EXPECT_EQ(link.vendorId, search.found ? cases[i].found->vendorId : -5) << i;
+        EXPECT_EQ(link.productId, search.found ? cases[i].found->productId : -6) << i;
         EXPECT_EQ(host.calls, search.found ? "oc" : "") << i;
     }
 }

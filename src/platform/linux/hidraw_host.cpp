@@ -1,25 +1,80 @@
 #include "platform/linux/hidraw_host.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/hidraw.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 
-#include "platform/linux/file_descriptor.h"
-#include "platform/linux/hidraw_advice.h"
-#include "platform/linux/hidraw_reports.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace vento::platform {
 namespace {
 
-void AppendNumber(std::string& path, std::size_t number) {
-    std::array<char, 20> digits{};
-    const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    path.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kReadBound{1};
+/// How long a node may refuse a report for want of room; the transfer itself is bounded by the kernel.
+constexpr std::chrono::seconds kWriteBound{1};
+
+/// The numbers of hidraw nodes; the kernel hands out those from 0 to 63.
+using HidrawNumbers = std::bitset<256>;
+
+/// The number that `digits` is as a whole.
+template <class Number>
+std::optional<Number> ParseWhole(std::string_view digits, int base) {
+    Number number = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [rest, error] = std::from_chars(digits.data(), end, number, base);
+    if (error != std::errc{} || rest != end) return std::nullopt;
+    return number;
+}
+
+void AddNumber(std::string_view name, HidrawNumbers& numbers) {
+    constexpr std::string_view kPrefix = "hidraw";
+    if (!name.starts_with(kPrefix)) return;
+    const auto number = ParseWhole<std::size_t>(name.substr(kPrefix.size()), 10);
+    if (number && *number < numbers.size()) numbers.set(*number);
+}
+
+/// Every "hidrawNUMBER" that the folder holds. A folder that can't be read holds none.
+HidrawNumbers ListHidraw(const char* folder) {
+    HidrawNumbers numbers;
+    const FileDescriptor list(::open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!list.IsOpen()) return numbers;
+    // opendir would take its buffer from the heap, for each frame anew.
+    alignas(dirent64) std::array<char, 4096> entries{};
+    for (;;) {
+        const ssize_t filled = ::getdents64(list.Number(), entries.data(), entries.size());
+        if (filled <= 0) return numbers;
+        for (std::size_t at = 0; at < static_cast<std::size_t>(filled);) {
+            const auto* entry = reinterpret_cast<const dirent64*>(&entries[at]);
+            AddNumber(entry->d_name, numbers);
+            at += entry->d_reclen;
+        }
+    }
+}
+
+/// The ids in the name that the kernel gives a HID device, "BUS:VENDOR:PRODUCT.INSTANCE" in hexadecimal
+/// digits, at the end of a path; nothing if the path ends otherwise.
+std::optional<HidIdentity> IdentityInPath(std::string_view path) {
+    constexpr std::size_t kIds = 5;        // "BUS0:" stands before them
+    constexpr std::size_t kInstance = 14;  // "BUS0:VEND:PROD" stands before it
+    const std::string_view name = path.substr(path.find_last_of('/') + 1);
+    if (name.size() <= kInstance || name[4] != ':' || name[9] != ':' || name[kInstance] != '.') {
+        return std::nullopt;
+    }
+    const auto vendorId = ParseWhole<std::uint16_t>(name.substr(kIds, 4), 16);
+    const auto productId = ParseWhole<std::uint16_t>(name.substr(kIds + 5, 4), 16);
+    if (!vendorId || !productId) return std::nullopt;
+    return HidIdentity{*vendorId, *productId};
 }
 
 FileDescriptor OpenNode(const char* path) {
@@ -29,13 +84,15 @@ FileDescriptor OpenNode(const char* path) {
     }
 }
 
-OpenOutcome OutcomeOf(int error) {
+OpenOutcome OutcomeFor(int error) {
     switch (error) {
         case EACCES:
         case EPERM:
             return OpenOutcome::forbidden;
         case EBUSY:
             return OpenOutcome::busy;
+        case ENOSPC:
+            return OpenOutcome::noBandwidth;
         default:
             return OpenOutcome::failed;
     }
@@ -48,76 +105,99 @@ std::optional<HidIdentity> IdentityOf(const FileDescriptor& node) {
     return HidIdentity{static_cast<std::uint16_t>(info.vendor), static_cast<std::uint16_t>(info.product)};
 }
 
+/// 0 when the node is ready for what `events` names; else the reason: time is up, or the device has gone.
+int WaitUntilReady(int node, short events, SteadyClock::time_point deadline) {
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock::now());
+        pollfd waiting{.fd = node, .events = events, .revents = 0};
+        const int ready = ::poll(&waiting, 1, static_cast<int>(std::max(left.count(), std::int64_t{0})));
+        // A report that came before the device went is still there to be read: this bit outweighs the others.
+        if (ready > 0) return (waiting.revents & events) != 0 ? 0 : ENODEV;
+        if (ready == 0) return ETIMEDOUT;
+        if (errno != EINTR) return errno;
+    }
+}
+
+/// Calls `transfer` until it has moved something, or can't: at once again after a signal, when the node is
+/// ready after EAGAIN.
+template <class Transfer>
+ReportTransfer Repeat(int node, short events, SteadyClock::time_point deadline, std::size_t whole,
+                      Transfer transfer) {
+    for (;;) {
+        const ssize_t count = transfer();
+        if (count >= 0) {
+            const auto bytes = static_cast<std::size_t>(count);
+            return {.whole = bytes == whole, .error = 0, .bytes = bytes};
+        }
+        int error = errno;
+        if (error == EAGAIN) error = WaitUntilReady(node, events, deadline);
+        const bool mayRepeat = (error == 0 || error == EINTR) && SteadyClock::now() < deadline;
+        if (!mayRepeat) return {.whole = false, .error = error != 0 ? error : ETIMEDOUT, .bytes = 0};
+    }
+}
+
 }  // namespace
 
 HidrawHost::HidrawHost(std::string_view nodeFolder, std::string_view classFolder)
     : classFolder_(classFolder), nodePrefix_(std::string(nodeFolder) + "/hidraw") {}
 
-void HidrawHost::BeginSearch() {
-    present_.reset();
-    next_ = 0;
-    ListHidraw(classFolder_.c_str(), present_);
-}
-
-bool HidrawHost::NextInterface() {
-    while (next_ < present_.size()) {
-        current_ = next_++;
-        if (present_.test(current_)) return true;
+void HidrawHost::Search(const std::function<bool(std::string_view path)>& visit) {
+    const HidrawNumbers present = ListHidraw(classFolder_.c_str());
+    for (std::size_t number = 0; number < present.size(); ++number) {
+        if (!present.test(number)) continue;
+        std::array<char, 20> digits{};
+        const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+        path_.assign(nodePrefix_).append(digits.data(), static_cast<std::size_t>(end - digits.data()));
+        if (!visit(path_)) return;
     }
-    return false;
 }
 
-std::string HidrawHost::InterfaceName() const {
-    std::string name = nodePrefix_;
-    AppendNumber(name, current_);
-    return name;
-}
-
-OpenAnswer HidrawHost::OpenInterface(bool (*wanted)(HidIdentity)) {
-    const std::optional<HidIdentity> listed = ListedIdentity();
+OpenAnswer HidrawHost::Open(std::string_view path, Wanted wanted) {
+    if (!path.starts_with(nodePrefix_)) return {};
+    const std::optional<HidIdentity> listed = ListedIdentity(path.substr(nodePrefix_.size()));
     if (!listed) return {};
     if (!wanted(*listed)) return {.outcome = OpenOutcome::foreign, .identity = listed};
 
-    path_ = nodePrefix_;
-    AppendNumber(path_, current_);
-    FileDescriptor node = OpenNode(path_.c_str());
-    if (!node.IsOpen()) return {.outcome = OutcomeOf(errno), .identity = listed};
+    FileDescriptor node = OpenNode(std::string(path).c_str());
+    if (!node.IsOpen()) return {.outcome = OutcomeFor(errno), .identity = listed, .error = errno};
     if (IdentityOf(node) != listed) return {.outcome = OpenOutcome::failed, .identity = listed};
     return {.outcome = OpenOutcome::opened, .identity = listed, .handle = node.Release()};
 }
 
-/// The ids that sysfs has for the current interface, in the name of the device that its entry leads to.
-std::optional<HidIdentity> HidrawHost::ListedIdentity() {
-    path_ = classFolder_;
-    path_ += "/hidraw";
-    AppendNumber(path_, current_);
-    path_ += "/device";
+/// The ids that sysfs has for a node, in the name of the device that its entry leads to.
+std::optional<HidIdentity> HidrawHost::ListedIdentity(std::string_view number) {
+    classPath_.assign(classFolder_).append("/hidraw").append(number).append("/device");
     std::array<char, 512> target{};
-    const ssize_t length = ::readlink(path_.c_str(), target.data(), target.size());
+    const ssize_t length = ::readlink(classPath_.c_str(), target.data(), target.size());
     if (length <= 0) return std::nullopt;
     return IdentityInPath({target.data(), static_cast<std::size_t>(length)});
 }
 
-void HidrawHost::EndSearch() {
-    present_.reset();
+ReportTransfer HidrawHost::Write(HidHandle device, const Report& report) {
+    const auto node = static_cast<int>(device);
+    return Repeat(node, POLLOUT, SteadyClock::now() + kWriteBound, report.size(),
+                  [&] { return ::write(node, report.data(), report.size()); });
 }
 
-bool HidrawHost::WriteReport(HidHandle device, const Report& report) {
-    return WriteWholeReport(static_cast<int>(device), report);
-}
-
-bool HidrawHost::ReadReport(HidHandle device, Report& report) {
-    return ReadWholeReport(static_cast<int>(device), report);
+ReportTransfer HidrawHost::Read(HidHandle device, Report& report) {
+    const auto node = static_cast<int>(device);
+    const auto deadline = SteadyClock::now() + kReadBound;
+    if (const int error = WaitUntilReady(node, POLLIN, deadline); error != 0) return {.error = error};
+    // One byte more than a payload: the kernel cuts a longer report to the room that it is given.
+    std::array<std::uint8_t, kReportPayload + 1> payload{};
+    const ReportTransfer transfer = Repeat(node, POLLIN, deadline, kReportPayload,
+                                           [&] { return ::read(node, payload.data(), payload.size()); });
+    if (transfer.whole) {
+        report[0] = 0;
+        std::copy_n(payload.begin(), kReportPayload, report.begin() + 1);
+    }
+    return transfer;
 }
 
 void HidrawHost::Cancel(HidHandle /*device*/) {}
 
 void HidrawHost::Close(HidHandle device) {
     const FileDescriptor closing(static_cast<int>(device));
-}
-
-std::string HidrawHost::Advice(OpenOutcome outcome, Language language) const {
-    return HidrawAdvice(outcome, language);
 }
 
 }  // namespace vento::platform

@@ -11,6 +11,10 @@ std::unique_ptr<HidHost> MakeNativeHidHost() {
     return std::make_unique<HidrawHost>();
 }
 
+HidBackEnd NativeHidBackEnd() {
+    return HidBackEnd::hidraw;
+}
+
 std::unique_ptr<Files> MakeNativeFiles() {
     std::error_code unknown;
     return std::make_unique<PosixFiles>(

@@ -1,24 +1,30 @@
 #include "platform/windows/hid_host.h"
 
+#include "platform/windows/system.h"
+// These need that before them.
+#include <setupapi.h>
 extern "C" {
 #include <hidsdi.h>
 }
 
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <memory>
+#include <string>
 #include <system_error>
 #include <vector>
 
-#include "platform/advice.h"
-#include "platform/windows/hid_identity.h"
-#include "platform/windows/report_transfer.h"
-
 namespace vento::platform {
 namespace {
+
+constexpr DWORD kBoundInMilliseconds = 1000;
 
 HANDLE HandleOf(HidHandle device) {
     return reinterpret_cast<HANDLE>(device);
 }
 
-OpenOutcome OutcomeOf(DWORD error) {
+OpenOutcome OutcomeFor(DWORD error) {
     switch (error) {
         case ERROR_ACCESS_DENIED:
             return OpenOutcome::forbidden;
@@ -42,6 +48,38 @@ std::string PathOf(HDEVINFO list, SP_DEVICE_INTERFACE_DATA& interfaceData) {
     return &detail->DevicePath[0];
 }
 
+char Lower(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+/// The four hexadecimal digits behind `key`, which is in lower case.
+std::optional<std::uint16_t> NumberBehind(std::string_view key, std::string path) {
+    constexpr std::size_t kDigits = 4;
+    std::ranges::transform(path, path.begin(), Lower);
+    const std::size_t found = path.find(key);
+    if (found == std::string::npos) return std::nullopt;
+    const std::string number = path.substr(found + key.size(), kDigits);
+    std::uint16_t value = 0;
+    const auto read = std::from_chars(number.data(), number.data() + number.size(), value, 16);
+    const bool isWhole = number.size() == kDigits && read.ptr == number.data() + kDigits;
+    return read.ec == std::errc{} && isWhole ? std::optional(value) : std::nullopt;
+}
+
+/// Waits for the end of a transfer that `begun`, the result of WriteFile or ReadFile, tells of.
+ReportTransfer Complete(HANDLE device, OVERLAPPED& transfer, BOOL begun) {
+    DWORD error = begun == 0 ? ::GetLastError() : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) return {.error = static_cast<int>(error)};
+    const bool pending = error == ERROR_IO_PENDING;
+    if (pending && ::WaitForSingleObject(transfer.hEvent, kBoundInMilliseconds) != WAIT_OBJECT_0) {
+        ::CancelIo(device);
+    }
+    DWORD count = 0;
+    error = ::GetOverlappedResult(device, &transfer, &count, TRUE) == 0 ? ::GetLastError() : ERROR_SUCCESS;
+    return {.whole = error == ERROR_SUCCESS && count == sizeof(Report),
+            .error = static_cast<int>(error),
+            .bytes = count};
+}
+
 }  // namespace
 
 WindowsHidHost::WindowsHidHost() : completed_(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
@@ -50,36 +88,39 @@ WindowsHidHost::WindowsHidHost() : completed_(::CreateEventW(nullptr, TRUE, FALS
     }
 }
 
-void WindowsHidHost::BeginSearch() {
-    EndSearch();
-    ::HidD_GetHidGuid(&hidClass_);
-    present_ = ::SetupDiGetClassDevsA(&hidClass_, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
-    next_ = 0;
-}
-
-bool WindowsHidHost::NextInterface() {
-    if (present_ == INVALID_HANDLE_VALUE) return false;
+void WindowsHidHost::Search(const std::function<bool(std::string_view path)>& visit) {
+    GUID hidClass{};
+    ::HidD_GetHidGuid(&hidClass);
+    const std::unique_ptr<void, decltype(&::SetupDiDestroyDeviceInfoList)> present(
+        ::SetupDiGetClassDevsA(&hidClass, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE),
+        &::SetupDiDestroyDeviceInfoList);
+    if (present.get() == INVALID_HANDLE_VALUE) return;
     SP_DEVICE_INTERFACE_DATA interfaceData{};
     interfaceData.cbSize = sizeof interfaceData;
-    if (::SetupDiEnumDeviceInterfaces(present_, nullptr, &hidClass_, next_, &interfaceData) == 0)
-        return false;
-    ++next_;
-    path_ = PathOf(present_, interfaceData);
-    return true;
+    for (DWORD index = 0;
+         ::SetupDiEnumDeviceInterfaces(present.get(), nullptr, &hidClass, index, &interfaceData) != 0;
+         ++index) {
+        if (!visit(PathOf(present.get(), interfaceData))) return;
+    }
 }
 
-OpenAnswer WindowsHidHost::OpenInterface(bool (*wanted)(HidIdentity)) {
+OpenAnswer WindowsHidHost::Open(std::string_view path, Wanted wanted) {
     SECURITY_ATTRIBUTES inherited{
         .nLength = sizeof inherited, .lpSecurityDescriptor = nullptr, .bInheritHandle = TRUE};
-    OwnedHandle device(::CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE,
+    OwnedHandle device(::CreateFileA(std::string(path).c_str(), GENERIC_READ | GENERIC_WRITE,
                                      FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, OPEN_EXISTING,
                                      FILE_FLAG_OVERLAPPED, nullptr));
-    if (!device) return {.outcome = OutcomeOf(::GetLastError()), .identity = IdentityInPath(path_)};
-
+    if (!device) {
+        const DWORD error = ::GetLastError();
+        return {
+            .outcome = OutcomeFor(error), .identity = IdentityInPath(path), .error = static_cast<int>(error)};
+    }
     HIDD_ATTRIBUTES attributes{};
     attributes.Size = sizeof attributes;
     if (::HidD_GetAttributes(device.Get(), &attributes) == 0) {
-        return {.outcome = OpenOutcome::failed, .identity = IdentityInPath(path_)};
+        return {.outcome = OpenOutcome::failed,
+                .identity = IdentityInPath(path),
+                .error = static_cast<int>(::GetLastError())};
     }
     const HidIdentity identity{attributes.VendorID, attributes.ProductID};
     if (!wanted(identity)) return {.outcome = OpenOutcome::foreign, .identity = identity};
@@ -88,17 +129,24 @@ OpenAnswer WindowsHidHost::OpenInterface(bool (*wanted)(HidIdentity)) {
             .handle = reinterpret_cast<HidHandle>(device.Release())};
 }
 
-void WindowsHidHost::EndSearch() {
-    if (present_ != INVALID_HANDLE_VALUE) ::SetupDiDestroyDeviceInfoList(present_);
-    present_ = INVALID_HANDLE_VALUE;
+ReportTransfer WindowsHidHost::Write(HidHandle device, const Report& report) {
+    OVERLAPPED transfer{};
+    transfer.hEvent = completed_.Get();
+    return Complete(
+        HandleOf(device), transfer,
+        ::WriteFile(HandleOf(device), report.data(), static_cast<DWORD>(report.size()), nullptr, &transfer));
 }
 
-bool WindowsHidHost::WriteReport(HidHandle device, const Report& report) {
-    return WriteWholeReport(HandleOf(device), completed_.Get(), report);
-}
-
-bool WindowsHidHost::ReadReport(HidHandle device, Report& report) {
-    return ReadWholeReport(HandleOf(device), completed_.Get(), report);
+ReportTransfer WindowsHidHost::Read(HidHandle device, Report& report) {
+    OVERLAPPED transfer{};
+    transfer.hEvent = completed_.Get();
+    Report incoming{};
+    const ReportTransfer result =
+        Complete(HandleOf(device), transfer,
+                 ::ReadFile(HandleOf(device), incoming.data(), static_cast<DWORD>(incoming.size()), nullptr,
+                            &transfer));
+    if (result.whole) report = incoming;
+    return result;
 }
 
 void WindowsHidHost::Cancel(HidHandle device) {
@@ -109,15 +157,11 @@ void WindowsHidHost::Close(HidHandle device) {
     const OwnedHandle closing(HandleOf(device));
 }
 
-std::string WindowsHidHost::Advice(OpenOutcome outcome, Language language) const {
-    constexpr AdviceText kForbidden{
-        "Il trasmettitore è collegato, ma Windows non ti permette di aprirlo. Chiedi a chi amministra questo "
-        "computer "
-        "di consentire l'accesso ai dispositivi HID, poi scollega il trasmettitore e ricollegalo.",
-        "The transmitter is connected, but Windows does not let you open it. Ask whoever administers this "
-        "computer to "
-        "allow access to HID devices, then unplug the transmitter and plug it in again."};
-    return AdviceFor(outcome, language, kForbidden);
+std::optional<HidIdentity> IdentityInPath(std::string_view path) {
+    const auto vendor = NumberBehind("vid_", std::string(path));
+    const auto product = NumberBehind("pid_", std::string(path));
+    if (!vendor || !product) return std::nullopt;
+    return HidIdentity{*vendor, *product};
 }
 
 }  // namespace vento::platform

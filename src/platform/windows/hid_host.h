@@ -1,10 +1,7 @@
 #pragma once
 
-#include "platform/windows/system.h"
-// It needs that before it.
-#include <setupapi.h>
-
-#include <string>
+#include <optional>
+#include <string_view>
 
 #include "platform/hid_host.h"
 #include "platform/windows/owned_handle.h"
@@ -17,32 +14,21 @@ class WindowsHidHost final : public HidHost {
   public:
     /// Throws std::system_error if the system is out of handles.
     WindowsHidHost();
-    WindowsHidHost(const WindowsHidHost&) = delete;
-    WindowsHidHost& operator=(const WindowsHidHost&) = delete;
-    WindowsHidHost(WindowsHidHost&&) = delete;
-    WindowsHidHost& operator=(WindowsHidHost&&) = delete;
-    ~WindowsHidHost() override { EndSearch(); }
 
-    void BeginSearch() override;
-    [[nodiscard]] bool NextInterface() override;
-    [[nodiscard]] std::string InterfaceName() const override { return path_; }
-    [[nodiscard]] OpenAnswer OpenInterface(bool (*wanted)(HidIdentity)) override;
-    void EndSearch() override;
-
-    /// This, too, takes 1 second at the most.
-    [[nodiscard]] bool WriteReport(HidHandle device, const Report& report) override;
-    [[nodiscard]] bool ReadReport(HidHandle device, Report& report) override;
+    void Search(const std::function<bool(std::string_view path)>& visit) override;
+    [[nodiscard]] OpenAnswer Open(std::string_view path, Wanted wanted) override;
+    /// This, too, takes 1 second at the most. Both come back when the transfer has ended, never before: one
+    /// that takes too long is cancelled and waited for, since until then the report belongs to the system.
+    ReportTransfer Write(HidHandle device, const Report& report) override;
+    ReportTransfer Read(HidHandle device, Report& report) override;
     void Cancel(HidHandle device) override;
     void Close(HidHandle device) override;
 
-    [[nodiscard]] std::string Advice(OpenOutcome outcome, Language language) const override;
-
   private:
-    GUID hidClass_{};
-    HDEVINFO present_ = INVALID_HANDLE_VALUE;
-    DWORD next_ = 0;         ///< index of the interface behind the current one
-    std::string path_;       ///< of the current interface; empty if the system doesn't give it
     OwnedHandle completed_;  ///< event of the one transfer that is under way
 };
+
+/// The ids in the path of an interface, "...vid_04d8&pid_0001..." in either case; nothing if it has none.
+[[nodiscard]] std::optional<HidIdentity> IdentityInPath(std::string_view path);
 
 }  // namespace vento::platform

@@ -48,6 +48,10 @@ std::unique_ptr<HidHost> MakeNativeHidHost() {
     return std::make_unique<WindowsHidHost>();
 }
 
+HidBackEnd NativeHidBackEnd() {
+    return HidBackEnd::windows;
+}
+
 std::unique_ptr<Files> MakeNativeFiles() {
     return std::make_unique<WindowsFiles>();
 }

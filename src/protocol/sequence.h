@@ -1,6 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <string_view>
+
+#include "controls/controls.h"
+#include "platform/clock.h"
+#include "text/language.h"
 
 namespace vento {
 
@@ -23,6 +29,31 @@ enum class ResultCode : std::uint8_t {
     activationFailed = 19,    ///< the first section could not be activated
     blockReadFailed = 20,     ///< the head of a section could not be read
     sectionFlagsFailed = 21,  ///< no section flags
+};
+
+/// What a command or a sequence comes to. The diagnostic says more than the code does, to whoever asks for
+/// it, and is empty if all is well.
+struct [[nodiscard]] SequenceResult {
+    ResultCode code = ResultCode::success;
+    Sentence diagnostic;
+
+    [[nodiscard]] bool Failed() const { return code != ResultCode::success; }
+};
+
+/// The flag that cancels a wait is the `Tag` of a control, a boolean in words.
+inline constexpr std::string_view kTagTrue = "True";
+inline constexpr std::string_view kTagFalse = "False";
+
+/// What a sequence writes to and asks for while it runs. All of it is the caller's.
+struct OperationContext {
+    Label& statusLabel;
+    Button& cancelControl;         ///< enabled while a wait runs; its `Tag` is the cancel flag
+    ProgressBar& progressBar;      ///< shown by a sequence that uses it, hidden by the caller
+    std::string_view waitingText;  ///< for `statusLabel` while a wait runs
+    platform::Clock& clock;
+    /// Gives the event loop a turn. Handlers run inside, and may end the program: it then throws, and the
+    /// sequence is left as it stands.
+    std::function<void()> yield;
 };
 
 }  // namespace vento

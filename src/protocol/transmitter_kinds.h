@@ -5,10 +5,12 @@
 
 #include "platform/hid_host.h"
 #include "protocol/frame.h"
+#include "text/language.h"
+#include "usb/gestione_hid.h"
 
 namespace vento {
 
-/// The fixed parameters of one kind of transmitter. What each means is the transmitter's business.
+/// The fixed parameters of one kind of transmitter, which are opaque to this program.
 struct LinkTimingSet {
     std::array<std::uint8_t, 5> timingBytes;
     /// 0: scaled into a byte, 0 to 7. 1: a spread in percent. 2, 3: nominal values, sent as the limits that
@@ -17,8 +19,23 @@ struct LinkTimingSet {
     std::uint16_t linkFactor;
 };
 
-/// The set for a vendor id: 1240 has its own, any other has that of the second kind.
-[[nodiscard]] const LinkTimingSet& LinkTimingFor(std::int32_t vendorId);
+/// A kind of transmitter, told by its vendor id; any product of that vendor is taken for one.
+struct TransmitterKind {
+    std::uint16_t vendorId;
+    Phrase name;
+    LinkTimingSet timing;
+};
+
+/// All kinds. A new one is a row here, and one in the rule that lets users open it.
+inline constexpr std::array kTransmitterKinds{
+    TransmitterKind{1240, {"primo tipo", "first kind"}, {{2, 8, 38, 75, 188}, {2, 10, 150, 300}, 1}},
+    TransmitterKind{11025, {"secondo tipo", "second kind"}, {{2, 2, 18, 37, 93}, {2, 15, 300, 600}, 2}},
+};
+
+[[nodiscard]] bool IsTransmitter(platform::HidIdentity identity);
+
+/// The kind with this vendor id; the last one for an id that no kind has.
+[[nodiscard]] const TransmitterKind& KindFor(std::int32_t vendorId);
 
 /// `value` times `percent` divided by 100, rounded to the nearest whole number, halves to the even one. The
 /// product has to fit 16 signed bits.
@@ -32,15 +49,13 @@ struct LinkTimingSet {
 /// The limits of a nominal value are the lower and the upper one, each 16 bits with the low byte first.
 [[nodiscard]] Frame BuildTimingFrame(const LinkTimingSet& timing);
 
-/// Sends the `TimingFrame`; true if it went to a transmitter. There is no reply. Overwrites the two ids.
-[[nodiscard]] bool SendLinkTiming(platform::HidHost& host, const LinkTimingSet& timing,
-                                  std::int32_t& vendorId, std::int32_t& productId);
+/// Sends the `TimingFrame`; true if it went to a transmitter. There is no reply.
+[[nodiscard]] bool SendLinkTiming(Link& link, const LinkTimingSet& timing);
 
 /// Sends the `TimingFrame` and then the two bytes 2, 'R', each in a cycle of its own.
-void SendFrameR(platform::HidHost& host, const LinkTimingSet& timing, std::int32_t& vendorId,
-                std::int32_t& productId);
+void SendFrameR(Link& link, const LinkTimingSet& timing);
 
 /// Sends the two bytes 1, 'Q'. The first is a length byte that does not count itself.
-void SendFrameQ(platform::HidHost& host, std::int32_t& vendorId, std::int32_t& productId);
+void SendFrameQ(Link& link);
 
 }  // namespace vento

@@ -1,26 +1,31 @@
-#include "protocol/link_timing.h"
+#include "protocol/transmitter_kinds.h"
 
+#include <algorithm>
 #include <cmath>
 
-#include "usb/gestione_hid.h"
 #include "usb/report_exchange.h"
 
 namespace vento {
 namespace {
 
-constexpr LinkTimingSet kFirstKind{{2, 8, 38, 75, 188}, {2, 10, 150, 300}, 1};
-constexpr LinkTimingSet kSecondKind{{2, 2, 18, 37, 93}, {2, 15, 300, 600}, 2};
+// A frame for the transmitter itself, which does not answer. True if there was a transmitter.
+bool SendUnanswered(Link& link, std::span<const std::uint8_t> frame) {
+    return ExchangeReports(link, frame, {}).transmitterFound;
+}
 
-// A frame for the transmitter itself, which does not answer.
-bool Tell(platform::HidHost& host, std::span<const std::uint8_t> frame, std::int32_t& vendorId,
-          std::int32_t& productId) {
-    return ExchangeReports(host, vendorId, productId, frame, false, {}).transmitterFound;
+auto FindKind(std::int32_t vendorId) {
+    return std::ranges::find(kTransmitterKinds, vendorId, &TransmitterKind::vendorId);
 }
 
 }  // namespace
 
-const LinkTimingSet& LinkTimingFor(std::int32_t vendorId) {
-    return vendorId == kFirstKindVendor ? kFirstKind : kSecondKind;
+bool IsTransmitter(platform::HidIdentity identity) {
+    return FindKind(identity.vendorId) != kTransmitterKinds.end();
+}
+
+const TransmitterKind& KindFor(std::int32_t vendorId) {
+    const auto found = FindKind(vendorId);
+    return found != kTransmitterKinds.end() ? *found : kTransmitterKinds.back();
 }
 
 std::int16_t PercentOf(std::int16_t value, std::int16_t percent) {
@@ -49,21 +54,19 @@ Frame BuildTimingFrame(const LinkTimingSet& timing) {
     return frame;
 }
 
-bool SendLinkTiming(platform::HidHost& host, const LinkTimingSet& timing, std::int32_t& vendorId,
-                    std::int32_t& productId) {
-    return Tell(host, BuildTimingFrame(timing).Bytes(), vendorId, productId);
+bool SendLinkTiming(Link& link, const LinkTimingSet& timing) {
+    return SendUnanswered(link, BuildTimingFrame(timing).Bytes());
 }
 
-void SendFrameR(platform::HidHost& host, const LinkTimingSet& timing, std::int32_t& vendorId,
-                std::int32_t& productId) {
-    static_cast<void>(SendLinkTiming(host, timing, vendorId, productId));
+void SendFrameR(Link& link, const LinkTimingSet& timing) {
+    static_cast<void>(SendLinkTiming(link, timing));
     constexpr std::array<std::uint8_t, 2> kFrame{2, static_cast<std::uint8_t>(FrameType::sendR)};
-    Tell(host, kFrame, vendorId, productId);
+    SendUnanswered(link, kFrame);
 }
 
-void SendFrameQ(platform::HidHost& host, std::int32_t& vendorId, std::int32_t& productId) {
+void SendFrameQ(Link& link) {
     constexpr std::array<std::uint8_t, 2> kFrame{1, static_cast<std::uint8_t>(FrameType::sendQ)};
-    Tell(host, kFrame, vendorId, productId);
+    SendUnanswered(link, kFrame);
 }
 
 }  // namespace vento
