@@ -121,15 +121,21 @@ Form FormOf(std::span<const std::uint8_t> container) {
         "The data either was not compressed with HE3 or is corrupt (identification string not found)");
 }
 
+std::size_t SourceLengthOf(std::span<const std::uint8_t> container) {
+    Reader reader(container, kChecksumOffset);
+    reader.Byte("checksum");
+    const auto length = static_cast<std::int32_t>(Number(reader.Bytes(4, "source length")));
+    if (length < 0) throw RangeError("The source length is negative: " + std::to_string(length));
+    return static_cast<std::size_t>(length);
+}
+
 CodedHeader ReadHeader(std::span<const std::uint8_t> container, KeyArray* codeCript) {
     CodedHeader header;
-    Reader reader(container, kChecksumOffset);
-    header.checksum = reader.Byte("checksum");
-    const auto length = static_cast<std::int32_t>(Number(reader.Bytes(4, "source length")));
-    if (length == 0) return header;
-    if (length < 0) throw RangeError("The source length is negative: " + std::to_string(length));
-    header.sourceLength = static_cast<std::size_t>(length);
+    header.sourceLength = SourceLengthOf(container);
+    header.checksum = container[kChecksumOffset];
+    if (header.sourceLength == 0) return header;
 
+    Reader reader(container, kTableCountOffset);
     std::int64_t pairs = static_cast<std::int16_t>(Number(reader.Bytes(2, "table count")));
     if (codeCript) {
         pairs -= 2 * std::ssize(*codeCript);

@@ -30,8 +30,6 @@ inline constexpr std::size_t kKeyBlockSize = 2 * kKeyBlockRows;
 inline constexpr std::array<std::uint8_t, kFormSize> kStoredForm = {'M', 'A', '0', 13};
 inline constexpr std::array<std::uint8_t, kFormSize> kCodedForm = {'M', 'A', '3', 13};
 
-enum class Form { foreign, stored, coded };
-
 /// What `container` is. Throws RangeError if it has fewer than four bytes, RaisedError if it is marked as a
 /// container of some other form.
 [[nodiscard]] Form FormOf(std::span<const std::uint8_t> container);
@@ -48,6 +46,9 @@ struct CodedHeader {
     /// Offset of the data area.
     std::size_t dataOffset = 0;
 };
+
+/// The source length in the head of a coded `container`. Throws RangeError if it is cut off or negative.
+[[nodiscard]] std::size_t SourceLengthOf(std::span<const std::uint8_t> container);
 
 /// Reads up to the data area of a coded `container`, and overwrites the first 12 rows of `codeCript` if there
 /// is one. Of a container with source length 0 nothing behind the length is read. Throws RangeError and

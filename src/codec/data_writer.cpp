@@ -1,12 +1,9 @@
-#include "codec/data_writer.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
-#include <optional>
 
-#include "codec/little_endian.h"
+#include "codec/encoder.h"
 
 namespace vento::codec {
 namespace {
@@ -83,20 +80,18 @@ Sink PutBytes(Sink sink, std::span<const std::uint8_t> bytes, const Elements& el
 /// The codes of all pairs of bytes.
 class PairTable {
   public:
-    explicit PairTable(const Elements& elements) : pairs_(std::make_unique_for_overwrite<Element[]>(65536)) {
+    explicit PairTable(const Elements& elements) {
         for (std::size_t second = 0; second < elements.size(); ++second) {
-            if (elements[second] == 0) continue;
             for (std::size_t first = 0; first < elements.size(); ++first)
                 pairs_[first + 256 * second] = Join(elements[first], elements[second]);
         }
     }
 
     [[nodiscard]] Sink Put(Sink sink, std::span<const std::uint8_t> bytes, const Elements& elements) const {
-        const Element* const pairs = pairs_.get();
         std::size_t i = 0;
         for (; i + 4 <= bytes.size(); i += 4) {
-            const Element one = pairs[Load16(bytes.data() + i)];
-            const Element two = pairs[Load16(bytes.data() + i + 2)];
+            const Element one = pairs_[Load16(bytes.data() + i)];
+            const Element two = pairs_[Load16(bytes.data() + i + 2)];
             if (((one | two) & kTooLong) != 0) [[unlikely]] {
                 sink = PutBytes<1>(sink, bytes.subspan(i, 4), elements);
                 continue;
@@ -116,66 +111,97 @@ class PairTable {
 
     static Element Join(Element first, Element second) {
         const unsigned count = CountOf(first) + CountOf(second);
-        if (first == 0 || count > kMostBits) return kTooLong;
+        if (first == 0 || second == 0 || count > kMostBits) return kTooLong;
         return MakeElement(CodeOf(first) | CodeOf(second) << CountOf(first), count);
     }
 
-    std::unique_ptr<Element[]> pairs_;
+    std::array<Element, 65536> pairs_;
 };
 
-/// The fastest way to write codes like these.
-class Writer {
+/// The data area while it is filled, in whichever way is the fastest for codes like these.
+class Area {
   public:
-    Writer(const Elements& elements, std::size_t sourceLength) : elements_(elements) {
+    Area(const Elements& elements, std::size_t sourceLength, std::span<std::uint8_t> data)
+        : elements_(elements), end_(data.data() + data.size()), sink_{data.data()} {
         std::size_t values = 0;
         for (const Element element : elements) {
             longest_ = std::max(longest_, CountOf(element));
             values += element != 0 ? 1U : 0U;
         }
         // The table has to be paid for, and what is used of it should stay in a second-level cache.
-        if (sourceLength > 65536 && values <= 160) pairs_.emplace(elements);
+        if (sourceLength > 65536 && values <= 160) pairs_ = std::make_unique<PairTable>(elements);
     }
 
-    [[nodiscard]] Sink Put(Sink sink, std::span<const std::uint8_t> bytes) const {
-        constexpr unsigned kMost = Sink::kMostBitsBetweenFlushes;
-        if (pairs_) return pairs_->Put(sink, bytes, elements_);
-        if (longest_ <= kMost / 4) return PutBytes<4>(sink, bytes, elements_);
-        if (longest_ <= kMost / 3) return PutBytes<3>(sink, bytes, elements_);
-        if (longest_ <= kMost / 2) return PutBytes<2>(sink, bytes, elements_);
-        return PutBytes<1>(sink, bytes, elements_);
+    /// Writes the codes of as many of `bytes` as it can at a time, and returns their number.
+    std::size_t Put(std::span<const std::uint8_t> bytes) {
+        constexpr std::size_t kMost = 1 << 18;
+        const auto left = static_cast<std::size_t>(end_ - sink_.out);
+        const std::size_t safe = left > kSlack ? (left - kSlack) * 8 / longest_ : 0;
+        if (safe < kFew) return PutFew(bytes.first(std::min(kFew, bytes.size())));
+        const auto block = bytes.first(std::min({kMost, safe, bytes.size()}));
+        sink_ = PutFast(block);
+        return block.size();
+    }
+
+    void Finish() {
+        if (sink_.count > 0) Append(std::array{static_cast<std::uint8_t>(sink_.bits >> (64 - sink_.count))});
+        if (sink_.out != end_) Fail();
     }
 
   private:
-    const Elements& elements_;
-    unsigned longest_ = 0;
-    std::optional<PairTable> pairs_;
-};
+    /// A flush writes eight bytes, however few are full.
+    static constexpr std::size_t kSlack = 16;
+    static constexpr std::size_t kFew = 64;
 
-constexpr std::size_t kBlockSize = 1 << 18;
-/// The codes of so many bytes take eight bytes at least, which is what a flush writes.
-constexpr std::size_t kTailSize = 64;
+    [[noreturn]] static void Fail() { throw RangeError("The source has changed while it was encoded"); }
+
+    [[nodiscard]] Sink PutFast(std::span<const std::uint8_t> bytes) const {
+        constexpr unsigned kMost = Sink::kMostBitsBetweenFlushes;
+        if (pairs_) return pairs_->Put(sink_, bytes, elements_);
+        if (longest_ <= kMost / 4) return PutBytes<4>(sink_, bytes, elements_);
+        if (longest_ <= kMost / 3) return PutBytes<3>(sink_, bytes, elements_);
+        if (longest_ <= kMost / 2) return PutBytes<2>(sink_, bytes, elements_);
+        return PutBytes<1>(sink_, bytes, elements_);
+    }
+
+    /// Near the end of the area: what the codes take is known only once they are written, elsewhere.
+    std::size_t PutFew(std::span<const std::uint8_t> bytes) {
+        std::array<std::uint8_t, kFew * Sink::kMostBitsBetweenFlushes / 8 + kSlack> few{};
+        const Sink sink = PutBytes<1>({few.data(), sink_.bits, sink_.count}, bytes, elements_);
+        Append(std::span(few.data(), sink.out));
+        sink_.bits = sink.bits;
+        sink_.count = sink.count;
+        return bytes.size();
+    }
+
+    void Append(std::span<const std::uint8_t> bytes) {
+        if (std::ssize(bytes) > end_ - sink_.out) Fail();
+        sink_.out = std::ranges::copy(bytes, sink_.out).out;
+    }
+
+    const Elements& elements_;
+    const std::uint8_t* end_;
+    Sink sink_;
+    unsigned longest_ = 1;
+    std::unique_ptr<const PairTable> pairs_;
+};
 
 }  // namespace
 
-void WriteData(std::span<const std::uint8_t> source, const SymbolCodes& symbolCode,
-               std::span<std::uint8_t> data, ProgressMeter& progress) {
+void WriteData(const ByteSource& source, const SymbolCodes& symbolCode, std::span<std::uint8_t> data,
+               ProgressMeter& progress) {
     const Elements elements = MakeElements(symbolCode);
-    const Writer writer(elements, source.size());
-    ProgressPass pass(progress, 10000, source.size(), 88, 5 + 7);
-    Sink sink{data.data()};
-    const std::size_t bodySize = source.size() - std::min(source.size(), kTailSize);
-    for (std::size_t done = 0; done < bodySize;) {
-        const auto block = source.subspan(done, std::min(kBlockSize, bodySize - done));
-        sink = writer.Put(sink, block);
-        done += block.size();
-        pass.Until(done);
+    Area area(elements, source.size, data);
+    ProgressPass pass(progress, 10000, source.size, 88, 5 + 7);
+    for (std::size_t done = 0; done < source.size;) {
+        for (auto bytes = source.from(done); !bytes.empty();) {
+            const std::size_t put = area.Put(bytes);
+            bytes = bytes.subspan(put);
+            done += put;
+            pass.Until(done);
+        }
     }
-    // No flush may write beyond the end: the last codes go elsewhere first.
-    std::array<std::uint8_t, kTailSize * Sink::kMostBitsBetweenFlushes / 8 + 16> tail{};
-    const auto written = sink.out - data.data();
-    static_cast<void>(PutBytes<1>({tail.data(), sink.bits, sink.count}, source.subspan(bodySize), elements));
-    std::copy_n(tail.begin(), std::ssize(data) - written, data.begin() + written);
-    pass.Until(source.size());
+    area.Finish();
 }
 
 }  // namespace vento::codec

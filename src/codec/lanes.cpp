@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "codec/little_endian.h"
+#include "codec/bytes.h"
 
 namespace vento::codec {
 namespace {
@@ -28,35 +28,76 @@ unsigned IndexBitsFor(std::size_t dataBytes) {
     return dataBytes > 8192 ? DecodeTable::kMostIndexBits : 9;
 }
 
+/// A walk on its way: what it has completed, and the node that it has come to, -1 once it is over.
+struct Walk {
+    DecodeTable::Entry entry = 0;
+    std::int16_t node = 0;
+};
+
+Walk Step(const CodeTree& codeTree, Walk walk, bool bit, unsigned bitsWalked) {
+    if (walk.node == -1) return walk;
+    const CodeNode& here = codeTree[static_cast<std::size_t>(walk.node)];
+    walk.node = bit ? here.OneChild : here.ZeroChild;
+    if (walk.node == -1) return walk;
+    const auto symbol = codeTree[static_cast<std::size_t>(walk.node)].Symbol;
+    if (symbol == -1) return walk;
+    const unsigned count = DecodeTable::CountOf(walk.entry);
+    walk.entry = (walk.entry & 0xffffffffffff) | static_cast<DecodeTable::Entry>(symbol) << 8 * count |
+                 DecodeTable::Entry{bitsWalked} << 48 | DecodeTable::Entry{count + 1} << 56;
+    walk.node = count + 1 < DecodeTable::kMostSymbols ? 0 : -1;
+    return walk;
+}
+
 }  // namespace
 
-LaneDecoder::LaneDecoder(const CodedHeader& header, std::span<const std::uint8_t> data)
+DecodeTable::DecodeTable(const CodeTree& codeTree, unsigned indexBits)
+    : indexBits_(indexBits), entries_(std::size_t{1} << indexBits) {
+    std::array<std::int16_t, std::size_t{1} << kMostIndexBits> nodes;
+    nodes[0] = 0;
+    // Each bit more makes two walks of every walk so far.
+    for (unsigned bits = 0; bits < indexBits; ++bits) {
+        const std::size_t half = std::size_t{1} << bits;
+        for (std::size_t i = 0; i < half; ++i) {
+            const Walk walk{entries_[i], nodes[i]};
+            const Walk zero = Step(codeTree, walk, false, bits + 1);
+            const Walk one = Step(codeTree, walk, true, bits + 1);
+            entries_[i] = zero.entry;
+            nodes[i] = zero.node;
+            entries_[i + half] = one.entry;
+            nodes[i + half] = one.node;
+        }
+    }
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (CountOf(entries_[i]) == 0) entries_[i] = static_cast<std::uint16_t>(nodes[i]);
+    }
+}
+
+LaneDecoder::LaneDecoder(const CodedHeader& header, std::size_t dataSize)
     : header_(header),
-      data_(data),
-      table_(header.codeTree, IndexBitsFor(data.size())),
+      table_(header.codeTree, IndexBitsFor(dataSize)),
       symbols_(std::make_unique_for_overwrite<std::uint8_t[]>(Begin(kLanes))) {}
 
 /// One symbol, from `node` on, to which the bits before the lane's position have led.
-void LaneDecoder::WalkOn(Lane& lane, std::int16_t node) const {
-    const std::uint64_t end = 8 * std::uint64_t{data_.size()};
+void LaneDecoder::WalkOn(std::span<const std::uint8_t> data, Lane& lane, std::int16_t node) const {
+    const std::uint64_t end = 8 * std::uint64_t{data.size()};
     for (; node != -1 && lane.position < end; ++lane.position) {
         const CodeNode& here = header_.codeTree[static_cast<std::size_t>(node)];
         if (here.Symbol != -1) {
             symbols_[lane.out++] = static_cast<std::uint8_t>(here.Symbol);
             return;
         }
-        const bool bit = (data_[lane.position / 8] >> lane.position % 8 & 1) != 0;
+        const bool bit = (data[lane.position / 8] >> lane.position % 8 & 1) != 0;
         node = bit ? here.OneChild : here.ZeroChild;
     }
     lane.position = Lane::kLost;
 }
 
 /// One symbol, however many the table would give.
-void LaneDecoder::StepOne(Lane& lane) const {
-    const Entry entry = table_.At(BitsAt(data_.data(), lane.position));
+void LaneDecoder::StepOne(std::span<const std::uint8_t> data, Lane& lane) const {
+    const Entry entry = table_.At(BitsAt(data.data(), lane.position));
     if (DecodeTable::CountOf(entry) == 0) {
         lane.position += table_.IndexBits();
-        WalkOn(lane, DecodeTable::NodeOf(entry));
+        WalkOn(data, lane, DecodeTable::NodeOf(entry));
         return;
     }
     const auto symbol = static_cast<std::uint8_t>(entry);
@@ -67,8 +108,8 @@ void LaneDecoder::StepOne(Lane& lane) const {
 /// Moves the lanes until one of them is near its stop. The look-ups of all lanes stand side by side, each
 /// lane's position and place in registers of their own: place x 256 + the bits used up since the last load.
 template <std::size_t count>
-void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
-    const std::uint8_t* const data = data_.data();
+void LaneDecoder::RunFast(std::span<const std::uint8_t> data, std::array<Lane, count>& lanes) const {
+    const std::uint8_t* const bytes = data.data();
     std::uint8_t* const symbols = symbols_.get();
     const DecodeTable::View table = table_.Look();
     const auto loadsLeft = [&] {
@@ -84,7 +125,7 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
         std::array<std::uint64_t, count> position = {lanes[i].position...};
         std::array<std::uint64_t, count> place = {std::uint64_t{lanes[i].out} << 8 ...};
         while (loads > 0) {
-            std::array<std::uint64_t, count> bits = {BitsAt(data, position[i])...};
+            std::array<std::uint64_t, count> bits = {BitsAt(bytes, position[i])...};
             std::array<Entry, count> entry{};
             const auto lookUp = [&](std::size_t lane) {
                 entry[lane] = table.At(bits[lane]);
@@ -102,7 +143,7 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
                 const auto goOn = [&](std::size_t lane) {
                     if (entry[lane] != 0) return;
                     Lane slow{position[lane], 0, static_cast<std::size_t>(place[lane] >> 8)};
-                    StepOne(slow);
+                    StepOne(data, slow);
                     position[lane] = slow.position;
                     place[lane] = std::uint64_t{slow.out} << 8;
                     loads = slow.position == Lane::kLost ? 0 : loads - std::min(loads, kLoadsPerCode);
@@ -116,18 +157,18 @@ void LaneDecoder::RunFast(std::array<Lane, count>& lanes) const {
         run(std::make_index_sequence<count>());
 }
 
-void LaneDecoder::Run(std::array<Lane, kLanes>& lanes) const {
-    RunFast(lanes);
+void LaneDecoder::Run(std::span<const std::uint8_t> data, std::array<Lane, kLanes>& lanes) const {
+    RunFast(data, lanes);
     for (Lane& lane : lanes)
-        Run(lane);
+        Run(data, lane);
 }
 
-void LaneDecoder::Run(Lane& lane) const {
+void LaneDecoder::Run(std::span<const std::uint8_t> data, Lane& lane) const {
     std::array<Lane, 1> one = {lane};
-    RunFast(one);
+    RunFast(data, one);
     lane = one[0];
     while (lane.position < lane.stop)
-        StepOne(lane);
+        StepOne(data, lane);
 }
 
 }  // namespace vento::codec

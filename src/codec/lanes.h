@@ -5,13 +5,47 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "codec/container.h"
-#include "codec/decode_table.h"
 
 namespace vento::codec {
 
-/// A decoder on its way through a part of the data area. Positions are in bits from the start of the area.
+/// The walk through the code tree, done beforehand for every value that the next few bits can have.
+class DecodeTable {
+  public:
+    /// Bytes 0 to 5: the symbols that a walk from the root completes, in order; byte 6: how many bits they
+    /// take; byte 7: how many they are. If there is none, the node that the walk has come to stands in the
+    /// lowest 16 bits, -1 for none.
+    using Entry = std::uint64_t;
+    static constexpr unsigned kMostSymbols = 6;
+    static constexpr unsigned kMostIndexBits = 11;
+
+    /// A table indexed by the next `indexBits` bits, the first of them lowest.
+    DecodeTable(const CodeTree& codeTree, unsigned indexBits);
+
+    [[nodiscard]] Entry At(std::uint64_t bits) const { return Look().At(bits); }
+    [[nodiscard]] unsigned IndexBits() const { return indexBits_; }
+
+    static unsigned CountOf(Entry entry) { return static_cast<unsigned>(entry >> 56); }
+    static std::uint64_t CountAndBitsOf(Entry entry) { return entry >> 48; }
+    static std::int16_t NodeOf(Entry entry) { return static_cast<std::int16_t>(entry & 0xffff); }
+
+    /// What a look-up needs, to be kept at hand.
+    struct View {
+        const Entry* entries;
+        std::uint64_t mask;
+
+        [[nodiscard]] Entry At(std::uint64_t bits) const { return entries[bits & mask]; }
+    };
+    [[nodiscard]] View Look() const { return {entries_.data(), entries_.size() - 1}; }
+
+  private:
+    unsigned indexBits_;
+    std::vector<Entry> entries_;
+};
+
+/// A decoder on its way through a part of the data area. Positions are in bits from the start of that part.
 struct Lane {
     /// The position of a lane that met something else than a code.
     static constexpr std::uint64_t kLost = std::uint64_t{1} << 62;
@@ -32,17 +66,17 @@ class LaneDecoder {
     /// Each lane has room for so many symbols.
     static constexpr std::size_t kRoom = 32768;
 
-    /// `header` and `data`, the data area, must outlive the decoder.
-    LaneDecoder(const CodedHeader& header, std::span<const std::uint8_t> data);
+    /// `header` must outlive the decoder. The data area is `dataSize` bytes long.
+    LaneDecoder(const CodedHeader& header, std::size_t dataSize);
 
     /// Where the symbols of a lane begin.
     static constexpr std::size_t Begin(std::size_t lane) { return lane * (kRoom + kSlack); }
 
-    /// Moves each lane over whole codes to the first position that is not before its stop, and writes the
-    /// symbols to its `out`, which moves along. A lane that meets something else than a code, or the end of
-    /// the data, gets lost.
-    void Run(std::array<Lane, kLanes>& lanes) const;
-    void Run(Lane& lane) const;
+    /// In `data`, a part of the area, moves each lane over whole codes to the first position that is not
+    /// before its stop, and writes the symbols to its `out`, which moves along. A lane that meets something
+    /// else than a code, or the end of the data, gets lost.
+    void Run(std::span<const std::uint8_t> data, std::array<Lane, kLanes>& lanes) const;
+    void Run(std::span<const std::uint8_t> data, Lane& lane) const;
 
     [[nodiscard]] std::span<const std::uint8_t> Symbols(std::size_t begin, std::size_t end) const {
         return {symbols_.get() + begin, end - begin};
@@ -53,12 +87,11 @@ class LaneDecoder {
     static constexpr std::size_t kSlack = 64;
 
     template <std::size_t count>
-    void RunFast(std::array<Lane, count>& lanes) const;
-    void StepOne(Lane& lane) const;
-    void WalkOn(Lane& lane, std::int16_t node) const;
+    void RunFast(std::span<const std::uint8_t> data, std::array<Lane, count>& lanes) const;
+    void StepOne(std::span<const std::uint8_t> data, Lane& lane) const;
+    void WalkOn(std::span<const std::uint8_t> data, Lane& lane, std::int16_t node) const;
 
     const CodedHeader& header_;
-    std::span<const std::uint8_t> data_;
     DecodeTable table_;
     std::unique_ptr<std::uint8_t[]> symbols_;
 };

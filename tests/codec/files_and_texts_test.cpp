@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
 #include <filesystem>
 #include <numeric>
+#include <random>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "codec/cls_huffman.h"
@@ -48,6 +53,84 @@ TEST_F(CodecFiles, AreLeftAloneByAnError) {
     codec.Progress = [](std::int16_t&) { throw std::runtime_error("enough"); };
     EXPECT_THROW(codec.EncodeFile(folder.Write("source", "ab"), dest), std::runtime_error);
     EXPECT_EQ(folder.Read("dest"), "precious");
+}
+
+TEST_F(CodecFiles, ReplaceNothingButFiles) {
+    const auto source = folder.Write("source", "abracadabra");
+    std::filesystem::create_directory(folder / "empty");
+    const std::string cut = folder.Write("dest", "precious") + std::string("\0.bak", 5);
+    for (const std::string& dest : {folder.Path("empty"), cut})
+        EXPECT_THROW(codec.EncodeFile(source, dest), std::filesystem::filesystem_error) << dest;
+    EXPECT_THROW(codec.DecodeFile(cut, decoded), std::filesystem::filesystem_error);
+    EXPECT_THROW(codec.EncodeFile(cut, source), RaisedError);
+    EXPECT_TRUE(is_directory(folder / "empty"));
+    EXPECT_EQ(folder.Read("dest"), "precious");
+}
+
+/// Some codes are much longer than the others, so that pieces end anywhere in a code.
+TEST_F(CodecFiles, AreTheBytesHoweverManyPiecesTheyAreReadIn) {
+    std::vector<std::uint8_t> source(std::size_t{21} << 20);
+    std::mt19937 random(1);
+    for (std::size_t i = 0; i < source.size(); i += 1 + random() % 8)
+        source[i] = static_cast<std::uint8_t>(std::countl_zero(static_cast<std::uint32_t>(random())) * 3);
+    std::vector<int> events;
+    codec.Progress = [&](std::int16_t& procent) { events.push_back(procent); };
+    const auto container = codec.EncodeBytes(source);
+    const auto encoding = std::exchange(events, {});
+    EXPECT_TRUE(codec.DecodeBytes(container).bytes == source);
+    const auto decoding = std::exchange(events, {});
+
+    const auto write = [&](const char* name, const std::vector<std::uint8_t>& bytes) {
+        return folder.Write(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    };
+    EXPECT_TRUE(codec.EncodeFile(write("source", source)) == container);
+    EXPECT_EQ(std::exchange(events, {}), encoding);
+    EXPECT_FALSE(codec.DecodeFile(write("container", container), decoded));
+    EXPECT_TRUE(decoded == source);
+    EXPECT_EQ(events, decoding);
+    EXPECT_EQ(clsHuffman::FileInfo(folder.Path("container")).sourceLength, source.size());
+    EXPECT_TRUE(codec.DecodeFile(folder.Path("source"), decoded));
+    EXPECT_TRUE(decoded == source);
+}
+
+TEST_F(CodecFiles, AreCodedWhateverTheHandlerDoes) {
+    KeyArray key(20, {1, 2});
+    codec.Progress = [&](std::int16_t&) {
+        decoded = {};
+        key = {};
+        codec.Progress = nullptr;
+    };
+    const auto handler = codec.Progress;
+    codec.EncodeFile(folder.Write("source", "abracadabra"), folder.Path("dest"));
+    codec.Progress = handler;
+    EXPECT_FALSE(codec.DecodeFile(folder.Path("dest"), decoded));
+    EXPECT_EQ(Utf8FromWindows1252(decoded), "abracadabra");
+    codec.Progress = handler;
+    EXPECT_THROW(static_cast<void>(codec.EncodeString(std::string(5000, 'a') + "b", &key)), RangeError);
+}
+
+TEST(Bytes, NeedTheRoomThatTheyTake) {
+    const clsHuffman codec;
+    const std::vector<std::uint8_t> source = {'a', 'b', 'r', 'a', 'c', 'a', 'd', 'a', 'b', 'r', 'a'};
+    std::vector<std::uint8_t> room(26, 7);
+    EXPECT_THROW(codec.EncodeBytes(source, std::span(room).first(25)), RangeError);
+    EXPECT_EQ(room, std::vector<std::uint8_t>(26, 7));
+    EXPECT_EQ(codec.EncodeBytes(source, room), 26U);
+    std::vector<std::uint8_t> back(11);
+    EXPECT_THROW(codec.DecodeBytes(room, std::span(back).first(10)), RangeError);
+    EXPECT_EQ(codec.DecodeBytes(room, back).size, 11U);
+    EXPECT_EQ(back, source);
+
+    const ContainerInfo info = clsHuffman::Info(room);
+    EXPECT_EQ(info.form, Form::coded);
+    EXPECT_EQ(std::vector<std::uint64_t>({info.containerSize, info.sourceLength, info.checksum, info.symbols,
+                                          info.shortestCode, info.longestCode, info.dataOffset}),
+              std::vector<std::uint64_t>({26, 11, 0x66, 5, 1, 3, 23}));
+    EXPECT_EQ(clsHuffman::Info(source).form, Form::foreign);
+    KeyArray key(20, {1, 2});
+    const auto keyed = codec.EncodeBytes(source, &key);
+    EXPECT_EQ(clsHuffman::Info(keyed, &key).dataOffset, 47U);
+    EXPECT_EQ(codec.DecodeBytes(keyed, &key).bytes, source);
 }
 
 TEST_F(CodecFiles, CostNoMoreThanTheirDataCanGive) {

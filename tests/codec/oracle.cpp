@@ -13,6 +13,7 @@
 namespace oracle {
 namespace {
 
+using vento::codec::clsHuffman;
 using vento::codec::OverflowError;
 using vento::codec::RaisedError;
 using vento::codec::RangeError;
@@ -197,15 +198,21 @@ Outcome Observe(Outcome outcome, const auto& call) {
     return outcome;
 }
 
-// The same for a function of the class itself, from text to text.
-Outcome ObserveClass(const Outcome& before, auto function) {
-    return Observe(before, [&](Outcome& outcome) {
-        vento::codec::clsHuffman codec;
-        codec.Progress = [&](std::int16_t& procent) { outcome.events.push_back(procent); };
-        const auto text = vento::Utf8FromWindows1252(outcome.bytes);
-        outcome.bytes =
-            vento::Windows1252FromUtf8((codec.*function)(text, outcome.key ? &*outcome.key : nullptr));
+// What the class makes of texts, and of bytes in a buffer of the least size that is always enough.
+Outcome ObserveClass(const Outcome& before, auto onText, auto onBytes) {
+    const auto observe = [&](auto call) {
+        return Observe(before, [&](Outcome& outcome) {
+            clsHuffman codec;
+            codec.Progress = [&](std::int16_t& procent) { outcome.events.push_back(procent); };
+            outcome.bytes = call(codec, outcome.bytes, outcome.key ? &*outcome.key : nullptr);
+        });
+    };
+    const Outcome bytes = observe(onBytes);
+    Outcome text = observe([&](const clsHuffman& codec, const Bytes& source, KeyArray* key) {
+        return vento::Windows1252FromUtf8((codec.*onText)(vento::Utf8FromWindows1252(source), key));
     });
+    if (text != bytes) text.error = "texts and bytes differ";
+    return text;
 }
 
 }  // namespace
@@ -219,11 +226,21 @@ Outcome Decode(const Bytes& container, const std::optional<KeyArray>& key) {
 }
 
 Outcome EncodeWithClass(const Bytes& source, const std::optional<KeyArray>& key) {
-    return ObserveClass({source, {}, "", key}, &vento::codec::clsHuffman::EncodeString);
+    const auto onBytes = [](const clsHuffman& codec, const Bytes& bytes, const KeyArray* codeCript) {
+        Bytes container(clsHuffman::EncodeBound(bytes.size()));
+        container.resize(codec.EncodeBytes(bytes, container, codeCript));
+        return container;
+    };
+    return ObserveClass({source, {}, "", key}, &clsHuffman::EncodeString, onBytes);
 }
 
 Outcome DecodeWithClass(const Bytes& container, const std::optional<KeyArray>& key) {
-    return ObserveClass({container, {}, "", key}, &vento::codec::clsHuffman::DecodeString);
+    const auto onBytes = [](const clsHuffman& codec, const Bytes& bytes, KeyArray* codeCript) {
+        Bytes decoded(clsHuffman::DecodeBound(bytes));
+        decoded.resize(codec.DecodeBytes(bytes, decoded, codeCript).size);
+        return decoded;
+    };
+    return ObserveClass({container, {}, "", key}, &clsHuffman::DecodeString, onBytes);
 }
 
 }  // namespace oracle
