@@ -15,6 +15,11 @@
 /// checksum of one byte. The class `clsHuffman` writes and reads it. `docs/he3.md` describes the container.
 namespace vento::codec {
 
+// What is declared here is what the shared library offers.
+#ifdef __ELF__
+#pragma GCC visibility push(default)
+#endif
+
 /// What the codec raises when it can say what is wrong with the data or the call.
 class RaisedError : public std::runtime_error {
   public:
@@ -176,5 +181,9 @@ class clsHuffman {
     /// The same of a file, of which the header alone is read.
     [[nodiscard]] static ContainerInfo FileInfo(const std::string& file, const KeyArray* codeCript = nullptr);
 };
+
+#ifdef __ELF__
+#pragma GCC visibility pop
+#endif
 
 }  // namespace vento::codec

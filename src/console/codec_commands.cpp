@@ -40,13 +40,6 @@ constexpr std::array kOptions{OptionEntry{
         return true;
     }}};
 
-// With a key the bytes of the file are a text.
-std::vector<std::uint8_t> CodeText(const std::string& file,
-                                   const std::function<std::string(const std::string&)>& code) {
-    const auto bytes = codec::ReadBytes(PathFromUtf8(file));
-    return Windows1252FromUtf8(code(Utf8FromWindows1252(bytes)));
-}
-
 std::string Counts(const Answer& answer, const Phrase& between, Language language) {
     const auto count = [&](const char* key) {
         return std::to_string(answer.fields[key].get<std::uint64_t>());
@@ -67,10 +60,7 @@ void RunEncode(const Console& console, Answer& answer) {
         const auto dest = platform::ReplaceNatively(PathFromUtf8(options.Argument(1)));
         std::vector<std::uint8_t> bytes;
         if (tools.key != nullptr) {
-            const auto encode = [&](const std::string& text) {
-                return tools.codec.EncodeString(text, tools.key);
-            };
-            bytes = CodeText(options.Argument(0), encode);
+            bytes = tools.codec.EncodeBytes(codec::ReadBytes(PathFromUtf8(options.Argument(0))), tools.key);
         } else {
             bytes = tools.codec.EncodeFile(options.Argument(0));
         }
@@ -86,10 +76,8 @@ void RunDecode(const Console& console, Answer& answer) {
     RunCodec(console, answer, [&](const CodecTools& tools) {
         std::vector<std::uint8_t> bytes;
         if (tools.key != nullptr) {
-            const auto decode = [&](const std::string& text) {
-                return tools.codec.DecodeString(text, tools.key);
-            };
-            bytes = CodeText(options.Argument(0), decode);
+            bytes =
+                tools.codec.DecodeBytes(codec::ReadBytes(PathFromUtf8(options.Argument(0))), tools.key).bytes;
         } else {
             uncoded = tools.codec.DecodeFile(options.Argument(0), bytes);
         }

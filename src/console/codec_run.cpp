@@ -55,6 +55,9 @@ void Guard(const fs::path& source, const std::string& name, const std::string& d
     } catch (const codec::OverflowError& overflow) {
         error = ErrorFields("overflow", overflow);
         throw Failure(kUnusableInput, About(name, overflow));
+    } catch (const codec::MemoryError&) {
+        throw Failure(kUnforeseen,
+                      Fill({"{0}: memoria insufficiente", "{0}: there is not enough memory"}, {name}));
     } catch (const fs::filesystem_error& failed) {
         const bool reading = failed.path1() == source;
         throw Failure(reading ? kMissingInput : kFailedOutput,

@@ -53,12 +53,19 @@ char32_t TakeCharacter(std::string_view& text) {
     return character;
 }
 
+// The bytes of the characters up to the last one that has any.
+constexpr auto kBytes = [] {
+    std::array<std::uint8_t, std::ranges::max(kHighCharacters) + 1> bytes{};
+    bytes.fill('?');
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+        const bool high = byte >= 0x80 && byte < 0xA0;
+        bytes[high ? kHighCharacters[byte - 0x80] : byte] = static_cast<std::uint8_t>(byte);
+    }
+    return bytes;
+}();
+
 std::uint8_t ByteOf(char32_t character) {
-    if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
-        return static_cast<std::uint8_t>(character);
-    const auto* const found = std::ranges::find(kHighCharacters, character);
-    if (found == kHighCharacters.end()) return '?';
-    return static_cast<std::uint8_t>(0x80 + (found - kHighCharacters.begin()));
+    return character < kBytes.size() ? kBytes[character] : std::uint8_t{'?'};
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "codec/containers.h"
+#include "codec/vento_codec.h"
 #include "text/encoding.h"
 
 namespace oracle {
@@ -198,19 +199,48 @@ Outcome Observe(Outcome outcome, const auto& call) {
     return outcome;
 }
 
-// What the class makes of texts, and of bytes in a buffer of the least size that is always enough.
-Outcome ObserveClass(const Outcome& before, auto onText, auto onBytes) {
-    const auto observe = [&](auto call) {
-        return Observe(before, [&](Outcome& outcome) {
-            clsHuffman codec;
-            codec.Progress = [&](std::int16_t& procent) { outcome.events.push_back(procent); };
-            outcome.bytes = call(codec, outcome.bytes, outcome.key ? &*outcome.key : nullptr);
-        });
-    };
-    const Outcome bytes = observe(onBytes);
-    Outcome text = observe([&](const clsHuffman& codec, const Bytes& source, KeyArray* key) {
-        return vento::Windows1252FromUtf8((codec.*onText)(vento::Utf8FromWindows1252(source), key));
+// What the class makes of texts.
+Outcome ObserveClass(const Outcome& before, auto function) {
+    return Observe(before, [&](Outcome& outcome) {
+        clsHuffman codec;
+        codec.Progress = [&](std::int16_t& procent) { outcome.events.push_back(procent); };
+        const auto text = vento::Utf8FromWindows1252(outcome.bytes);
+        outcome.bytes =
+            vento::Windows1252FromUtf8((codec.*function)(text, outcome.key ? &*outcome.key : nullptr));
     });
+}
+
+// What the functions for C make of bytes. `call` gives itself a room of the least size that is always enough.
+Outcome ObserveC(Outcome outcome, const auto& call) {
+    std::vector<std::int64_t> key;
+    key.reserve(1);
+    for (const auto& row : outcome.key.value_or(KeyArray()))
+        key.insert(key.end(), row.begin(), row.end());
+    const auto tell = [](void* events, std::int16_t procent) {
+        static_cast<std::vector<int>*>(events)->push_back(procent);
+        return 0;
+    };
+    const vento_codec_options options = {outcome.key ? key.data() : nullptr, key.size() / 2, tell,
+                                         &outcome.events};
+    vento_codec_error error;
+    Bytes room;
+    std::size_t size = 0;
+    const auto status = call(outcome.bytes, room, size, options, error);
+    if (status == VENTO_CODEC_OK) {
+        room.resize(size);
+        outcome.bytes = room;
+    } else {
+        outcome.error = status == VENTO_CODEC_RAISED     ? error.source
+                        : status == VENTO_CODEC_RANGE    ? "range"
+                        : status == VENTO_CODEC_OVERFLOW ? "overflow"
+                                                         : error.description;
+    }
+    for (std::size_t row = 0; outcome.key && row < outcome.key->size(); ++row)
+        (*outcome.key)[row] = {key[2 * row], key[2 * row + 1]};
+    return outcome;
+}
+
+Outcome IfTheSame(Outcome text, const Outcome& bytes) {
     if (text != bytes) text.error = "texts and bytes differ";
     return text;
 }
@@ -226,21 +256,28 @@ Outcome Decode(const Bytes& container, const std::optional<KeyArray>& key) {
 }
 
 Outcome EncodeWithClass(const Bytes& source, const std::optional<KeyArray>& key) {
-    const auto onBytes = [](const clsHuffman& codec, const Bytes& bytes, const KeyArray* codeCript) {
-        Bytes container(clsHuffman::EncodeBound(bytes.size()));
-        container.resize(codec.EncodeBytes(bytes, container, codeCript));
-        return container;
+    const Outcome before = {source, {}, "", key};
+    const auto inC = [](const Bytes& bytes, Bytes& room, std::size_t& size, const auto& options,
+                        auto& error) {
+        room.resize(vento_codec_encode_bound(bytes.size()));
+        return vento_codec_encode(bytes.data(), bytes.size(), room.data(), room.size(), &size, &options,
+                                  &error);
     };
-    return ObserveClass({source, {}, "", key}, &clsHuffman::EncodeString, onBytes);
+    return IfTheSame(ObserveClass(before, &clsHuffman::EncodeString), ObserveC(before, inC));
 }
 
 Outcome DecodeWithClass(const Bytes& container, const std::optional<KeyArray>& key) {
-    const auto onBytes = [](const clsHuffman& codec, const Bytes& bytes, KeyArray* codeCript) {
-        Bytes decoded(clsHuffman::DecodeBound(bytes));
-        decoded.resize(codec.DecodeBytes(bytes, decoded, codeCript).size);
-        return decoded;
+    const Outcome before = {container, {}, "", key};
+    const auto inC = [](const Bytes& bytes, Bytes& room, std::size_t& size, const auto& options,
+                        auto& error) {
+        std::size_t bound = 0;
+        const auto status = vento_codec_decode_bound(bytes.data(), bytes.size(), &bound, &error);
+        if (status != VENTO_CODEC_OK) return status;
+        room.resize(bound);
+        return vento_codec_decode(bytes.data(), bytes.size(), room.data(), room.size(), &size, nullptr,
+                                  &options, &error);
     };
-    return ObserveClass({container, {}, "", key}, &clsHuffman::DecodeString, onBytes);
+    return IfTheSame(ObserveClass(before, &clsHuffman::DecodeString), ObserveC(before, inC));
 }
 
 }  // namespace oracle
