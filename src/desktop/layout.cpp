@@ -16,6 +16,7 @@ constexpr Font kProgramFont{"Calibri", "Carlito", 315, true};
 constexpr Font kButtonFont{"Arial", "Liberation Sans", 240, false};
 constexpr Font kListFont{"Calibri", "Carlito", 240, false};
 constexpr Font kStatusFont{"Calibri", "Carlito", 225, true};
+constexpr Font kHintFont{"Arial", "Liberation Sans", 180, false};
 
 constexpr std::array kControls{
     ControlLayout{.id = ControlId::Image1, .place = {120, 240, 3300, 930}, .name = {"VENTO", "VENTO"}},
@@ -24,28 +25,28 @@ constexpr std::array kControls{
                   .place = {960, 6000, 7815, 375},
                   .tabIndex = 0,
                   .name = {"Avanzamento", "Progress"}},
+    ControlLayout{
+        .id = ControlId::hint, .place = {960, 6000, 7815, 375}, .font = kHintFont, .background = kButtonGrey},
     ControlLayout{.id = ControlId::Label1,
                   .place = {840, 4920, 7815, 855},
                   .tabIndex = 1,
                   .font = kStatusFont,
-                  .name = {"Stato", "Status"},
-                  .toolTip = {"Esc annulla l'attesa del telecomando", "Esc cancels the wait for the remote"}},
+                  .name = {"Stato", "Status"}},
     ControlLayout{.id = ControlId::Command2,
                   .place = {3840, 3240, 2055, 855},
                   .tabIndex = 2,
                   .font = kButtonFont,
                   .background = kButtonGrey,
-                  .toolTip = {"Legge dal telecomando i nomi dei suoi programmi; Esc annulla l'attesa",
-                              "Reads the names of the programmes in the remote; Esc cancels the wait"},
+                  .toolTip = {"Legge dal telecomando i nomi dei suoi programmi",
+                              "Reads the names of the programmes in the remote"},
                   .mnemonic = {"L", "R"}},
     ControlLayout{.id = ControlId::Command3,
                   .place = {6600, 3240, 2055, 855},
                   .tabIndex = 3,
                   .font = kButtonFont,
                   .background = kButtonGrey,
-                  .toolTip = {"Elimina il file aperto e chiude il programma",
-                              "Deletes the open file and closes the program"},
-                  .mnemonic = {"C", "C"}},
+                  .toolTip = {"Chiude il programma", "Closes the program"},
+                  .mnemonic = {"C", "L"}},  // C would do for CODE READING as well
     ControlLayout{.id = ControlId::Command4,
                   .place = {840, 2040, 1575, 735},
                   .tabIndex = 4,
@@ -69,14 +70,14 @@ constexpr std::array kControls{
                   .tabIndex = 7,
                   .font = kListFont,
                   .name = {"Colonna SAT", "SAT column"}},
-    ControlLayout{.id = ControlId::Command6_0,
-                  .place = {840, 3240, 2295, 855},
-                  .tabIndex = 11,
-                  .font = kProgramFont,
-                  .background = kYellow,
-                  .toolTip = {"Programma il telecomando con il file aperto; Esc annulla l'attesa",
-                              "Puts the open file into the remote; Esc cancels the wait"},
-                  .mnemonic = {"P", "P"}},
+    ControlLayout{
+        .id = ControlId::Command6_0,
+        .place = {840, 3240, 2295, 855},
+        .tabIndex = 11,
+        .font = kProgramFont,
+        .background = kYellow,
+        .toolTip = {"Programma il telecomando con il file aperto", "Puts the open file into the remote"},
+        .mnemonic = {"P", "P"}},
 };
 
 }  // namespace
@@ -90,10 +91,9 @@ const ControlLayout& LayoutOf(ControlId id) {
 }
 
 std::string ToolTipOf(const ControlLayout& control, Language language) {
-    std::string text(control.toolTip.In(language));
-    if (!control.mnemonic.In(language).empty())
-        text.append(" (Alt+").append(control.mnemonic.In(language)).append(")");
-    return text;
+    std::string text = control.toolTip.In(language);
+    const std::string key = control.mnemonic.In(language);
+    return key.empty() ? text : text.append(" (Alt+").append(key).append(")");
 }
 
 int PixelsFromTwips(int twips, int dotsPerInch) {

@@ -12,7 +12,8 @@
 /// are in twips (1/1440 inch) from the top left corner of the form's client area.
 namespace vento::desktop {
 
-/// The controls that a window shows, each named as in FormWeb, members of arrays with their index.
+/// The controls that a window shows, each named as in FormWeb, members of arrays with their index; and one of
+/// the window's own.
 enum class ControlId : std::uint8_t {
     Image1,  ///< the logo
     Line1,   ///< the rule below it
@@ -25,6 +26,7 @@ enum class ControlId : std::uint8_t {
     ListView1_2,
     Label1,
     ProgressBar1,
+    hint,  ///< the key that helps now, in the bar's place while there is no bar
 };
 
 struct Rectangle {
@@ -49,16 +51,6 @@ struct Font {
     bool bold = false;
 };
 
-/// Words in both languages.
-struct Wording {
-    std::string_view italian;
-    std::string_view english;
-
-    [[nodiscard]] std::string_view In(Language language) const {
-        return language == Language::italian ? italian : english;
-    }
-};
-
 inline constexpr Rectangle kFormArea{0, 0, 9270, 6705};
 inline constexpr Colour kFormBackground{255, 255, 255};
 inline constexpr Colour kFormText{0, 0, 0};
@@ -69,9 +61,9 @@ struct ControlLayout {
     std::optional<int> tabIndex{};  ///< place in the tab order; nothing for what stands outside it
     Font font{};
     Colour background = kFormBackground;  ///< for the rule its own colour
-    Wording name{};      ///< for screen readers; empty where the control's own text is its name
-    Wording toolTip{};   ///< empty for none
-    Wording mnemonic{};  ///< the letter that presses the button with Alt held down
+    Phrase name{"", ""};      ///< for screen readers; empty where the control's own text is its name
+    Phrase toolTip{"", ""};   ///< empty for none
+    Phrase mnemonic{"", ""};  ///< the letter of the caption that presses the button with Alt held down
 };
 
 /// All controls that are shown, in tab order, those without a place in it first.

@@ -19,6 +19,20 @@ constexpr std::int16_t kSecondEntryIndex = 10;
 constexpr std::string_view kDialogTitle = "Seleziona il file da aprire";
 constexpr std::string_view kDialogFilter = "File VENTO (*.qlb)|VENTO*.qlb|";
 
+// A flag that is up for as long as this lives.
+class Raised {
+  public:
+    explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
+    Raised(const Raised&) = delete;
+    Raised& operator=(const Raised&) = delete;
+    Raised(Raised&&) = delete;
+    Raised& operator=(Raised&&) = delete;
+    ~Raised() { flag_ = false; }
+
+  private:
+    bool& flag_;
+};
+
 // Leaves whatever runs when a handler, in a turn of the event loop, has ended the program.
 struct ProgramEnded {};
 
@@ -84,20 +98,11 @@ void FormWeb::End() {
 }
 
 // A handler that would start something: not while another one is at it. Whatever ends the program at one of
-// its yields lands here.
+// its yields is caught here.
 template <class Body>
 void FormWeb::Begin(Body body) {
     if (busy_ || ended_) return;
-    struct Guard {
-        bool& busy;
-        explicit Guard(bool& flag) : busy(flag) { busy = true; }
-        Guard(const Guard&) = delete;
-        Guard& operator=(const Guard&) = delete;
-        Guard(Guard&&) = delete;
-        Guard& operator=(Guard&&) = delete;
-        ~Guard() { busy = false; }
-    };
-    const Guard guard(busy_);
+    const Raised busy(busy_);
     try {
         body();
     } catch (const ProgramEnded&) {
@@ -195,8 +200,11 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
     const std::string_view waitingText = PanelTextFor(PanelText::waitingForRemote, PanelLanguage());
     const OperationContext context{Label1,      Command6(kCancelIndex), ProgressBar1,
                                    waitingText, machine_.clock,         yield};
-    latestOutcome_ = RunOperation(operation, programme, KindFor(link.vendorId), context, link,
-                                  {Text1, machine_, PanelLanguage()});
+    {
+        const Raised operating(operating_);
+        latestOutcome_ = RunOperation(operation, programme, KindFor(link.vendorId), context, link,
+                                      {Text1, machine_, PanelLanguage()});
+    }
     Label1.SetCaption(latestOutcome_->message);
     if (operation != kProgramOperation || latestOutcome_->code != ResultCode::success) return;
     const Sentence losses = DescribeLosses(latestOutcome_->programming);
@@ -209,8 +217,10 @@ void FormWeb::Cancel() {
 }
 
 LoadResult FormWeb::Aprifilevento(const std::string& nnfilevento) {
-    return vento::Aprifilevento(nnfilevento, machine_.files,
-                                {ListView1, ListView2, ListView3, Label2, Command6(kProgramIndex)});
+    LoadResult load = vento::Aprifilevento(
+        nnfilevento, machine_.files, {ListView1, ListView2, ListView3, Label2, Command6(kProgramIndex)});
+    latestLoadProblem_ = load.problem;
+    return load;
 }
 
 }  // namespace vento

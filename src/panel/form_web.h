@@ -80,6 +80,12 @@ class FormWeb {
     /// What the latest click on `Command2` or `Command6(0)` came to; nothing if it ran no operation.
     [[nodiscard]] const std::optional<OperationOutcome>& LatestOutcome() const { return latestOutcome_; }
 
+    /// Whether the conversation with a remote is under way, its waits included.
+    [[nodiscard]] bool Operating() const { return operating_; }
+
+    /// Why the file that was named to the loader last did not load; nothing if it did, and without a file.
+    [[nodiscard]] const std::optional<LoadProblem>& LatestLoadProblem() const { return latestLoadProblem_; }
+
     [[nodiscard]] bool Ended() const { return ended_; }
 
   private:
@@ -95,7 +101,9 @@ class FormWeb {
     Machine machine_;
     std::array<Button, 3> command6_{Button{false, true}, Button{false, false}, Button{false, true}};
     std::optional<OperationOutcome> latestOutcome_;
+    std::optional<LoadProblem> latestLoadProblem_;
     bool busy_ = false;
+    bool operating_ = false;
     bool ended_ = false;
 };
 

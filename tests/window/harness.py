@@ -5,6 +5,7 @@ import os
 import pathlib
 import subprocess
 import sys
+import threading
 import time
 
 import common
@@ -15,7 +16,7 @@ try:
     import gi
 
     gi.require_version("Atspi", "2.0")
-    from gi.repository import Atspi, GLib
+    from gi.repository import Atspi, Gio, GLib
     from Xlib import X, XK, display
     from Xlib.ext import xtest
     from Xlib.protocol import event
@@ -48,17 +49,74 @@ def environment(**variables):
     return kept | {"QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"} | variables
 
 
+@contextlib.contextmanager
+def screen(size):
+    """Another screen; its name."""
+    reading, writing = os.pipe()
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24", "-nolisten", "tcp"],
+                              pass_fds=[writing], stderr=subprocess.DEVNULL)
+    try:
+        yield f":{int(os.read(reading, 10))}"
+    finally:
+        server.kill()
+        server.wait()
+        os.close(reading), os.close(writing)
+
+
+class Desktop:
+    """The session bus: the settings that a desktop tells of, and what it is told for the program's icon."""
+
+    SETTINGS = "org.freedesktop.portal.Settings"
+    PORTAL = f"""<node><interface name="{SETTINGS}"><method name="Read"><arg direction="in" type="s"/>
+        <arg direction="in" type="s"/><arg direction="out" type="v"/></method><signal name="SettingChanged">
+        <arg type="s"/><arg type="s"/><arg type="v"/></signal></interface></node>"""
+    PATH = "/org/freedesktop/portal/desktop"
+
+    def __enter__(self):
+        self.values, self.told = {"contrast": 0, "color-scheme": 1}, []
+        self.bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+        interface = Gio.DBusNodeInfo.new_for_xml(self.PORTAL).interfaces[0]
+        self.object = self.bus.register_object(self.PATH, interface, self.answer)
+        self.listener = self.bus.signal_subscribe(None, "com.canonical.Unity.LauncherEntry", "Update", None, None, 0,
+                                  lambda *event: self.told.append(event[5].unpack()))
+        self.name = Gio.bus_own_name_on_connection(self.bus, "org.freedesktop.portal.Desktop", 0)
+        self.loop = GLib.MainLoop()
+        self.thread = threading.Thread(target=self.loop.run)
+        self.thread.start()
+        return self
+
+    def __exit__(self, *_):
+        self.loop.quit()
+        self.thread.join()
+        Gio.bus_unown_name(self.name)
+        self.bus.signal_unsubscribe(self.listener)
+        self.bus.unregister_object(self.object)
+
+    def answer(self, _bus, _sender, _path, _interface, _method, arguments, invocation):
+        space, key = arguments.unpack()
+        if space == "org.freedesktop.appearance" and key in self.values:
+            value = GLib.Variant("v", GLib.Variant("u", self.values[key]))
+            invocation.return_value(GLib.Variant.new_tuple(GLib.Variant("v", value)))
+        else:
+            invocation.return_dbus_error("org.freedesktop.portal.Error.NotFound", "there is no such setting")
+
+    def change(self, key, value):
+        self.values[key] = value
+        news = GLib.Variant("(ssv)", ("org.freedesktop.appearance", key, GLib.Variant("u", value)))
+        self.bus.emit_signal(None, self.PATH, self.SETTINGS, "SettingChanged", news)
+
+
 class Window(common.Window):
     SCALES = (1, 2)
 
-    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1, prepare=None):
+    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1, prepare=None, **more):
         self.scale = scale
         locale, self.nameless, self.field = {"it": ("it_IT.UTF-8", "Stato", "Nome file:"),
                                              "en": ("en_GB.UTF-8", "Status", "File name:")}[language]
-        variables = environment(LANG=locale, VENTO_SIMULATE=simulate, QT_SCALE_FACTOR=str(scale))
+        variables = environment(LANG=locale, VENTO_SIMULATE=simulate, QT_SCALE_FACTOR=str(scale), **more)
         self.process = subprocess.Popen([program, *map(str, arguments)], cwd=folder, env=variables, preexec_fn=prepare,
                                         stderr=subprocess.DEVNULL)
-        self.display = display.Display()
+        self.display = display.Display(more.get("DISPLAY"))
         nodes = eventually(self.tree, "the window in the accessibility tree")
         self.known = {(node.get_role_name(), node.get_name()): node for node in nodes}
         self.label, self.gauge = (next((node for node in nodes if node.get_role_name() == role), None)
@@ -139,6 +197,12 @@ class Window(common.Window):
     def press(self, name):
         Atspi.Action.do_action(self.one("push button", name), 0)
 
+    def description(self, name):
+        return self.one("push button", name).get_description()
+
+    def descriptions(self, role):
+        return [node.get_description() for node in self.all(role)]
+
     def enabled(self, name):
         return shows(self.one("push button", name), Atspi.StateType.ENABLED)
 
@@ -175,6 +239,11 @@ class Window(common.Window):
         eventually(lambda: not self.all("dialog") or self.field not in self.names("text"), "the end of the dialog")
 
     # What X11 alone can do.
+
+    def colour(self, x, y):
+        """Red, green and blue of a pixel of the form."""
+        blue, green, red, *_ = self.windows()[0].get_image(x, y, 1, 1, X.ZPixmap, 0xFFFFFFFF).data
+        return red, green, blue
 
     def windows(self):
         root = self.display.screen().root

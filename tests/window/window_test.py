@@ -220,7 +220,7 @@ class WindowTest(unittest.TestCase):
         for key, text in (("p", ENGLISH_SUCCESS), ("r", READ)):
             window.key(f"Alt_L+{key}")
             window.await_status(text)
-        window.key("Alt_L+c")
+        window.key("Alt_L+l")
         self.assert_ends(window)
 
     def test_a_letter_presses_a_button_only_with_alt(self):
@@ -344,6 +344,61 @@ class WindowTest(unittest.TestCase):
         window.press("PROGRAMMA")
         eventually(lambda: "Errore" in str(spoken()[-1]), "the failure")
 
+    @unittest.skipIf(WINDOWS, "the descriptions of the other system")
+    def test_says_of_every_control_what_it_would_do_now(self):
+        self.file = self.programme("VENTO-b.qlb", [["<b>B</b>"], ["\x1bC"], ["D"]], length=2000)
+        bad = self.folder / "bad.qlb"
+        bad.write_text("1;a;1\n")
+        window = self.open(bad)
+        for description in window.descriptions("list"):
+            self.assertRegex(description, f"^Colonna .*: Il file non è stato caricato: Riga 1, campo 3: .*{bad}$")
+        self.close(window, bad)
+        desktop = self.enterContext(Desktop())
+        window = self.open(self.file, simulate=self.scenario(reportMicroseconds=2000, remote={"arrivesAtPoll": 100}))
+        self.assertEqual(window.descriptions("list"), ["Colonna TV: <b>B</b>", "Colonna DTT: C", "Colonna SAT: D"])
+        self.assertIn(f"Elimina il file {self.file}", window.description("CHIUDI"))
+        self.assertIn(f"File aperto: {self.file}", window.description("APRI"))
+        window.press("PROGRAMMA")
+        window.await_status(WAITING)
+        window.press("Esc: annulla")
+        window.await_status("Programmazione annullata")
+        self.assertNotIn("Esc: annulla", window.buttons())
+        window.press("PROGRAMMA")
+        eventually(window.bar, "the bar")
+        self.assertIn("lascia nel telecomando una sezione incompleta", window.description("CHIUDI"))
+        self.assertIn("un'operazione è in corso", window.description("APRI"))
+        self.assertRegex("".join(window.descriptions("progress bar")), r"\d %$")
+        window.await_status(SUCCESS, 60)
+        self.assertIn(f"File aperto: {self.file}", window.description("APRI"))
+        shares = [told["progress"] for _, told in desktop.told if "progress" in told]
+        self.assertEqual((shares, len(set(shares))), (sorted(shares), len(shares)))
+        eventually(lambda: not desktop.told[-1][1]["progress-visible"], "the end of the bar on the icon")
+        self.assertGreater(len(shares), 10)
+
+    @unittest.skipIf(WINDOWS, "the settings of the other system")
+    def test_follows_the_contrast_of_the_desktop_and_fits_a_small_screen(self):
+        white, black, corner, yellow = (255, 255, 255), (0, 0, 0), (5, 5), (70, 220)
+        desktop = self.enterContext(Desktop())
+        window = self.open(self.programme(length=8))
+        self.assertEqual((window.colour(*corner), window.colour(*yellow)), (white, (255, 255, 0)))
+        for scheme, ground in ((1, black), (0, white)):
+            desktop.change("color-scheme", scheme)
+            desktop.change("contrast", 1)
+            eventually(lambda: window.colour(*yellow) == window.colour(*corner) == ground, "the colours")
+            window.picture(f"contrast-{scheme}")
+        desktop.change("contrast", 0)
+        eventually(lambda: window.colour(*yellow) == (255, 255, 0), "the colours of the form")
+        self.close(window)
+        display = self.enterContext(screen("800x480"))
+        window = self.open(self.programme(length=8), scale=1.5, DISPLAY=display)
+        _, (left, top, right, bottom), (width, height) = window.frame()
+        self.assertTrue(0 <= left and right <= 800 and 0 <= top and bottom <= 480, window.frame())
+        self.assertAlmostEqual(width / height, 618 / 447, delta=0.02)
+        self.assertGreater(height, 400)
+        window.press("PROGRAMMA")
+        window.await_status(SUCCESS)
+        self.close(window)
+
     def test_says_what_it_can_not_do_with_a_scenario(self):
         file = self.programme(length=8)
         for simulate in ("missing.json", self.scenario(remote={"version": 300}), ".", "x" * 5000):
@@ -367,7 +422,7 @@ if __name__ == "__main__":
     if WINDOWS:
         from win32 import SC_HOLD_CAPTION, SC_KEYMENU, Window
     else:
-        from harness import Window, inside_a_desktop
+        from harness import Desktop, Window, inside_a_desktop, screen
 
         inside_a_desktop()
     VENTO = os.path.abspath(sys.argv.pop(1))

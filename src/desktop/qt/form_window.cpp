@@ -1,5 +1,7 @@
 #include "desktop/qt/form_window.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QDropEvent>
 #include <QFile>
@@ -9,10 +11,12 @@
 #include <QPainter>
 #include <QScreen>
 #include <QUrl>
+#include <QWindow>
+#include <algorithm>
 #include <optional>
 
+#include "desktop/guidance.h"
 #include "desktop/layout.h"
-#include "desktop/qt/look.h"
 
 namespace vento::desktop::qt {
 namespace {
@@ -28,78 +32,150 @@ std::optional<QString> ProgrammeFileIn(const QMimeData& data) {
 
 }  // namespace
 
-FormWindow::FormWindow(FormWeb& form, const QString& title)
+FormWindow::FormWindow(FormWeb& form, Look& look, const QString& title)
     : form_(form),
-      image1_(ControlId::Image1, form.PanelLanguage(), this),
-      listView1_{ItemsView(form.ListView1[0], ControlId::ListView1_0, form.PanelLanguage(), this),
-                 ItemsView(form.ListView1[1], ControlId::ListView1_1, form.PanelLanguage(), this),
-                 ItemsView(form.ListView1[2], ControlId::ListView1_2, form.PanelLanguage(), this)},
-      command2_(
-          form.Command2, ControlId::Command2, form.PanelLanguage(), [this] { form_.Command2_Click(); }, this),
-      command3_(
-          form.Command3, ControlId::Command3, form.PanelLanguage(), [this] { form_.Command3_Click(); }, this),
-      command4_(
-          form.Command4, ControlId::Command4, form.PanelLanguage(), [this] { form_.Command4_Click(); }, this),
+      look_(look),
+      image1_(ControlId::Image1, look, form.PanelLanguage(), this),
+      listView1_{ItemsView(form.ListView1[0], ControlId::ListView1_0, look, form.PanelLanguage(), this),
+                 ItemsView(form.ListView1[1], ControlId::ListView1_1, look, form.PanelLanguage(), this),
+                 ItemsView(form.ListView1[2], ControlId::ListView1_2, look, form.PanelLanguage(), this)},
+      command2_(form.Command2, ControlId::Command2, look, form.PanelLanguage(),
+                Pressing(&FormWeb::Command2_Click), this),
+      command3_(form.Command3, ControlId::Command3, look, form.PanelLanguage(),
+                Pressing(&FormWeb::Command3_Click), this),
+      command4_(form.Command4, ControlId::Command4, look, form.PanelLanguage(),
+                Pressing(&FormWeb::Command4_Click), this),
       command6_(
-          form.Command6(0), ControlId::Command6_0, form.PanelLanguage(), [this] { form_.Command6_Click(0); },
+          form.Command6(0), ControlId::Command6_0, look, form.PanelLanguage(),
+          [this] {
+              form_.Command6_Click(0);
+              Refresh();
+          },
           this),
-      label1_(form.Label1, ControlId::Label1, form.PanelLanguage(), this),
-      progressBar1_(form.ProgressBar1, ControlId::ProgressBar1, form.PanelLanguage(), this),
-      escape_(QKeySequence(Qt::Key_Escape), this) {
+      label1_(form.Label1, ControlId::Label1, look, form.PanelLanguage(), this),
+      progressBar1_(form.ProgressBar1, ControlId::ProgressBar1, look, form.PanelLanguage(), this),
+      hint_(look, form.PanelLanguage(), Pressing(&FormWeb::Cancel), this),
+      escape_(QKeySequence(Qt::Key_Escape), this),
+      copy_(QKeySequence(QKeySequence::Copy), this) {
     loading_.setSingleShot(true);
-    connect(&loading_, &QTimer::timeout, this, [this] { form_.DropFile(dropped_); });
-    connect(&escape_, &QShortcut::activated, this, [this] { form_.Cancel(); });
+    connect(&loading_, &QTimer::timeout, this, [this] {
+        form_.DropFile(dropped_);
+        Refresh();
+    });
+    connect(&escape_, &QShortcut::activated, this, Pressing(&FormWeb::Cancel));
+    connect(&copy_, &QShortcut::activated, this, [this] { CopyStatus(); });
     setWindowTitle(title);
     setAcceptDrops(true);
-    setFixedSize(PlaceOf(kFormArea).size());
+    const QScreen& screen = *QGuiApplication::primaryScreen();
+    look_.FitInto(screen.availableSize());
+    ApplyLook();
     const Rectangle place{form.Place.left, form.Place.top, form.Place.width, form.Place.height};
-    move(PlaceOf(place).topLeft() + QGuiApplication::primaryScreen()->geometry().topLeft());
+    const Rectangle pixels = PixelsFromTwips(place, kScreenDotsPerInch);
+    const QSize full(pixels.width, pixels.height);
+    const QSize less = (full - size()) / 2;  // on a screen that is too small for the whole form
+    move(screen.geometry().topLeft() + QPoint(pixels.left + less.width(), pixels.top + less.height()));
+    KeepOnScreen();
     SetTabOrder();
+    Refresh();
 }
 
-QWidget* FormWindow::ViewOf(ControlId id) {
-    switch (id) {
-        case ControlId::Image1:
-            return &image1_;
-        case ControlId::Line1:
-            return nullptr;  // painted by the window itself
-        case ControlId::Command2:
-            return &command2_;
-        case ControlId::Command3:
-            return &command3_;
-        case ControlId::Command4:
-            return &command4_;
-        case ControlId::Command6_0:
-            return &command6_;
-        case ControlId::ListView1_0:
-            return &listView1_[0];
-        case ControlId::ListView1_1:
-            return &listView1_[1];
-        case ControlId::ListView1_2:
-            return &listView1_[2];
-        case ControlId::Label1:
-            return &label1_;
-        case ControlId::ProgressBar1:
-            return &progressBar1_;
-    }
-    return nullptr;
+std::function<void()> FormWindow::Pressing(void (FormWeb::*handler)()) {
+    return [this, handler] {
+        (form_.*handler)();
+        Refresh();
+    };
+}
+
+View* FormWindow::ViewOf(ControlId id) {
+    const std::array<View*, 11> views{&image1_,   &listView1_[0], &listView1_[1], &listView1_[2],
+                                      &command2_, &command3_,     &command4_,     &command6_,
+                                      &label1_,   &progressBar1_, &hint_};
+    const auto* const found = std::ranges::find(views, id, &View::Id);
+    return found == views.end() ? nullptr : *found;  // the rule is painted by the window itself
 }
 
 void FormWindow::SetTabOrder() {
     QWidget* previous = nullptr;
     for (const ControlLayout& each : ControlLayouts()) {
         if (!each.tabIndex) continue;
-        QWidget* const view = ViewOf(each.id);
+        QWidget* const view = &ViewOf(each.id)->Widget();
+        if ((view->focusPolicy() & Qt::TabFocus) == 0) continue;
         if (previous != nullptr) setTabOrder(previous, view);
         previous = view;
     }
 }
 
+void FormWindow::ApplyLook() {
+    setFixedSize(look_.PlaceOf(kFormArea).size());
+    for (const ControlLayout& each : ControlLayouts()) {
+        if (View* const view = ViewOf(each.id)) view->Apply();
+    }
+    update();
+}
+
+// On a screen that is smaller than the form, the form shrinks.
+void FormWindow::FitScreen() {
+    if (look_.FitInto(screen()->availableSize())) ApplyLook();
+    KeepOnScreen();
+}
+
+void FormWindow::KeepOnScreen() {
+    const QRect area = screen()->availableGeometry();
+    const QRect frame = frameGeometry();
+    const int left = std::max(area.left(), std::min(frame.left(), area.right() + 1 - frame.width()));
+    const int top = std::max(area.top(), std::min(frame.top(), area.bottom() + 1 - frame.height()));
+    if (QPoint(left, top) != frame.topLeft()) move(left, top);
+}
+
+void FormWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (screenIsWatched_) return;
+    screenIsWatched_ = true;
+    const auto watch = [this](QScreen* screen) {
+        connect(screen, &QScreen::availableGeometryChanged, this, [this] { FitScreen(); });
+        FitScreen();
+    };
+    connect(windowHandle(), &QWindow::screenChanged, this, watch);
+    watch(screen());
+}
+
+void FormWindow::Refresh() {
+    if (form_.Ended()) return;
+    if (form_.Operating() != operating_) ShowOperation(form_.Operating());
+    command2_.SetDimmed(IsDimmed(ControlId::Command2, form_));
+    command4_.SetDimmed(IsDimmed(ControlId::Command4, form_));
+    hint_.SetHint(HintText(HelpFor(form_), form_.PanelLanguage()));
+    for (const ControlLayout& each : ControlLayouts()) {
+        if (View* const view = ViewOf(each.id)) view->SetGuidance(GuidanceFor(each.id, form_));
+    }
+    if (form_.ProgressBar1.Visible())
+        launcher_.ShowProgress(form_.ProgressBar1.Value() / form_.ProgressBar1.Maximum());
+}
+
+// At the end of an operation hands and eyes are at the remote.
+void FormWindow::ShowOperation(bool operating) {
+    operating_ = operating;
+    if (operating) {
+        setCursor(Qt::BusyCursor);
+        return;
+    }
+    unsetCursor();
+    launcher_.HideProgress(!isActiveWindow());
+    if (isActiveWindow()) return;
+    QApplication::alert(this);
+    QApplication::beep();
+}
+
+void FormWindow::CopyStatus() {
+    const QString text = label1_.TextToCopy();
+    if (!text.isEmpty()) QGuiApplication::clipboard()->setText(text);
+}
+
 void FormWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), ColourOf(kFormBackground));
+    painter.fillRect(rect(), look_.ColourOf(kFormBackground));
     const ControlLayout& rule = LayoutOf(ControlId::Line1);
-    painter.fillRect(PlaceOf(rule.place), ColourOf(rule.background));
+    painter.fillRect(look_.PlaceOf(rule.place), look_.ColourOf(rule.background));
 }
 
 void FormWindow::closeEvent(QCloseEvent* event) {
@@ -107,15 +183,20 @@ void FormWindow::closeEvent(QCloseEvent* event) {
     event->accept();
 }
 
+// While an operation runs the pointer says that nothing can be dropped here.
 void FormWindow::dragEnterEvent(QDragEnterEvent* event) {
     if (ProgrammeFileIn(*event->mimeData())) event->acceptProposedAction();
+}
+
+void FormWindow::dragMoveEvent(QDragMoveEvent* event) {
+    event->setAccepted(!form_.Operating());
 }
 
 // The file is loaded a moment later: a message box must not keep the program that it was dragged from
 // waiting.
 void FormWindow::dropEvent(QDropEvent* event) {
     const auto path = ProgrammeFileIn(*event->mimeData());
-    if (!path) return;
+    if (!path || form_.Operating()) return;
     event->acceptProposedAction();
     dropped_ = QFile::encodeName(*path).toStdString();
     loading_.start();

@@ -1,47 +1,189 @@
 #include "desktop/qt/look.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QPainter>
-#include <QPalette>
-#include <QPixmap>
 #include <QStyleFactory>
 #include <QSvgRenderer>
+#include <algorithm>
 #include <array>
+#include <utility>
 
 #include "desktop/shown_text.h"
 
 namespace vento::desktop::qt {
 namespace {
 
-constexpr std::string_view kAccent = "#2f6fb5";
-constexpr std::string_view kBorder = "#9aa0a8";
-constexpr std::string_view kDimmed = "#8a9099";
+constexpr int kLeastDotsPerInch = 48;
+constexpr QSize kFrame{8, 40};  // pixels that a title bar and borders take, about
+constexpr int kLeastFontSize = 6;
 constexpr int kHoverDarkening = 106;  // percent of darkness
 constexpr int kPressDarkening = 118;
 
+// Borders and dimmed text have a contrast of 3 to 1 or more with white and with the grey of a button.
 QPalette LightPalette() {
-    const QColor text = ColourOf(kFormText);
-    QPalette palette(ColourOf({240, 240, 240}), ColourOf(kFormBackground));
+    QPalette palette(QColor(240, 240, 240), Qt::white);
+    const QColor dimmed(0x6b, 0x70, 0x78);
     for (const auto role :
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
-        palette.setColor(role, text);
-        palette.setColor(QPalette::Disabled, role, QColor(Text(kDimmed)));
+        palette.setColor(role, Qt::black);
+        palette.setColor(QPalette::Disabled, role, dimmed);
     }
-    palette.setColor(QPalette::Base, ColourOf(kFormBackground));
+    palette.setColor(QPalette::Base, Qt::white);
     palette.setColor(QPalette::ToolTipBase, QColor(255, 255, 225));
-    palette.setColor(QPalette::Highlight, QColor(Text(kAccent)));
+    palette.setColor(QPalette::Highlight, QColor(0x2f, 0x6f, 0xb5));
     palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::PlaceholderText, QColor(Text(kDimmed)));
+    palette.setColor(QPalette::PlaceholderText, dimmed);
+    palette.setColor(QPalette::Mid, QColor(0x7c, 0x82, 0x8a));  // borders
     return palette;
+}
+
+QPalette HighContrastPalette(const QColor& ground, const QColor& ink, const QColor& accent) {
+    QPalette palette(ground, ground);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
+                            QPalette::BrightText, QPalette::PlaceholderText, QPalette::Mid}) {
+        palette.setColor(role, ink);
+    }
+    for (const auto role : {QPalette::Window, QPalette::Base, QPalette::AlternateBase, QPalette::Button,
+                            QPalette::ToolTipBase, QPalette::HighlightedText}) {
+        palette.setColor(role, ground);
+    }
+    palette.setColor(QPalette::Highlight, accent);
+    const QColor dimmed = ink == Qt::white ? QColor(0x3f, 0xf2, 0x3f) : QColor(0x60, 0, 0);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, dimmed);
+    return palette;
+}
+
+QIcon ProgramIcon() {
+    QIcon icon;
+    for (const int size : std::array{16, 32, 48, 128})
+        icon.addPixmap(Drawing("vento.svg", size, 1));
+    return icon;
 }
 
 }  // namespace
 
-void ApplyLook(Language language) {
+Look::Look() : dotsPerInch_(kScreenDotsPerInch) {
     QApplication::setStyle(QStyleFactory::create("Fusion"));
-    QApplication::setPalette(LightPalette());
     QApplication::setWindowIcon(ProgramIcon());
-    TranslateToolkit(language);
+    SetContrast(Contrast::normal);
+}
+
+void Look::SetContrast(Contrast contrast) {
+    contrast_ = contrast;
+    switch (contrast) {
+        case Contrast::normal:
+            palette_ = LightPalette();
+            break;
+        case Contrast::highOnLight:
+            palette_ = HighContrastPalette(Qt::white, Qt::black, QColor(0x37, 0, 0x6e));
+            break;
+        case Contrast::highOnDark:
+            palette_ = HighContrastPalette(Qt::black, Qt::white, QColor(0x1a, 0xeb, 0xff));
+            break;
+    }
+    QApplication::setPalette(palette_);
+}
+
+bool Look::FitInto(const QSize& area) {
+    const QSize room = area - kFrame;
+    const int before = dotsPerInch_;
+    const auto fits = [&](int dotsPerInch) {
+        const Rectangle form = PixelsFromTwips(kFormArea, dotsPerInch);
+        return form.width <= room.width() && form.height <= room.height();
+    };
+    dotsPerInch_ = kScreenDotsPerInch;
+    while (dotsPerInch_ > kLeastDotsPerInch && !fits(dotsPerInch_))
+        --dotsPerInch_;
+    return dotsPerInch_ != before;
+}
+
+QFont Look::FontOf(const Font& font) const {
+    QFont result;
+    if (font.height == 0) return result;
+    result.setFamilies({Text(font.face), Text(font.fallback)});
+    result.setPixelSize(std::max(kLeastFontSize, PixelsFromTwips(font.height, dotsPerInch_)));
+    result.setBold(font.bold);
+    return result;
+}
+
+QFont Look::FittingFont(const Font& font, const QString& text, const QSize& room) const {
+    QFont result = FontOf(font);
+    const auto fits = [&] {
+        const QFontMetrics metrics(result);
+        const QRect taken = metrics.boundingRect(QRect(QPoint(), room), Qt::TextWordWrap, text);
+        const int unseen =
+            metrics.leading() + metrics.ascent() - metrics.capHeight();  // below and above the lines
+        return taken.width() <= room.width() && taken.height() - unseen <= room.height();
+    };
+    while (result.pixelSize() > kLeastFontSize && !fits())
+        result.setPixelSize(result.pixelSize() - 1);
+    return result;
+}
+
+QRect Look::PlaceOf(const Rectangle& twips) const {
+    const Rectangle pixels = PixelsFromTwips(twips, dotsPerInch_);
+    return {pixels.left, pixels.top, pixels.width, pixels.height};
+}
+
+QColor Look::ColourOf(const Colour& colour) const {
+    if (!HasHighContrast()) return {colour.red, colour.green, colour.blue};
+    const bool isForm = colour.red == kFormBackground.red && colour.green == kFormBackground.green &&
+                        colour.blue == kFormBackground.blue;
+    return palette_.color(isForm ? QPalette::Window : QPalette::WindowText);
+}
+
+// Fills in what a style leaves open.
+QString Look::Filled(QString style, const QColor& ground) const {
+    const bool high = HasHighContrast();
+    const std::array<std::pair<const char*, QString>, 8> values{{
+        {"{ground}", ground.name()},
+        {"{under}", (high ? ground : ground.darker(kHoverDarkening)).name()},
+        {"{pressed}", (high ? ground : ground.darker(kPressDarkening)).name()},
+        {"{text}", TextColour().name()},
+        {"{dimmed}", palette_.color(QPalette::Disabled, QPalette::ButtonText).name()},
+        {"{accent}", palette_.color(QPalette::Highlight).name()},
+        {"{line}", (high ? "2px solid " : "1px solid ") + palette_.color(QPalette::Mid).name()},
+        {"{dimmedline}", high ? "2px dashed" : "1px solid"},
+    }};
+    for (const auto& [place, value] : values)
+        style.replace(place, value);
+    return style;
+}
+
+QString Look::ButtonStyle(const Colour& background) const {
+    const QColor plain = HasHighContrast() ? palette_.color(QPalette::Button) : ColourOf(background);
+    return Filled(
+        "QPushButton { background: {ground}; color: {text}; border: {line}; border-radius: 5px; }"
+        "QPushButton:hover { background: {under}; border-color: {accent}; }"
+        "QPushButton:focus { border: 3px solid {accent}; }"
+        "QPushButton:pressed { background: {pressed}; }"
+        "QPushButton:disabled, QPushButton[dimmed=\"true\"]"
+        " { background: {ground}; color: {dimmed}; border: {dimmedline} {dimmed}; }",
+        plain);
+}
+
+QString Look::ListStyle() const {
+    return Filled(
+        "QListWidget { background: {ground}; color: {text}; border: {line}; border-radius: 3px; }"
+        "QListWidget:focus { border: 3px solid {accent}; }",
+        palette_.color(QPalette::Base));
+}
+
+QString Look::BarStyle() const {
+    return Filled(
+        "QProgressBar { background: {ground}; border: {line}; border-radius: 4px; }"
+        "QProgressBar::chunk { background: {accent}; border-radius: 3px; }",
+        HasHighContrast() ? palette_.color(QPalette::Base) : QColor(0xec, 0xee, 0xf1));
+}
+
+QString Look::HintStyle() const {
+    return Filled(
+        "QPushButton { background: {ground}; color: {text}; border: none; text-decoration: underline; }"
+        "QPushButton:hover { background: {under}; }"
+        "QPushButton:pressed { background: {pressed}; }",
+        palette_.color(QPalette::Base));
 }
 
 QString Text(std::string_view utf8) {
@@ -52,22 +194,9 @@ QString ShownLines(std::string_view utf8) {
     return Text(ShownText(utf8));
 }
 
-QColor ColourOf(const Colour& colour) {
-    return {colour.red, colour.green, colour.blue};
-}
-
-QFont FontOf(const Font& font) {
-    QFont result;
-    if (font.height == 0) return result;
-    result.setFamilies({Text(font.face), Text(font.fallback)});
-    result.setPixelSize(PixelsFromTwips(font.height, kDotsPerInch));
-    result.setBold(font.bold);
-    return result;
-}
-
-QRect PlaceOf(const Rectangle& twips) {
-    const Rectangle pixels = PixelsFromTwips(twips, kDotsPerInch);
-    return {pixels.left, pixels.top, pixels.width, pixels.height};
+QString ToolTip(std::string_view utf8) {
+    const QString text = ShownLines(utf8);
+    return text.isEmpty() ? text : "<p style='white-space:pre-wrap'>" + text.toHtmlEscaped() + "</p>";
 }
 
 QPixmap Drawing(const QString& name, int size, qreal pixelRatio) {
@@ -79,39 +208,6 @@ QPixmap Drawing(const QString& name, int size, qreal pixelRatio) {
     painter.end();
     pixmap.setDevicePixelRatio(pixelRatio);
     return pixmap;
-}
-
-QIcon ProgramIcon() {
-    QIcon icon;
-    for (const int size : std::array{16, 32, 48, 128})
-        icon.addPixmap(Drawing("vento.svg", size, 1));
-    return icon;
-}
-
-QString ButtonStyle(const Colour& background) {
-    const QColor plain = ColourOf(background);
-    return QStringLiteral(
-               "QPushButton { background: %1; color: %2; border: 1px solid %3; border-radius: 5px; }"
-               "QPushButton:hover { background: %4; }"
-               "QPushButton:focus { border: 2px solid %5; }"
-               "QPushButton:pressed { background: %6; }"
-               "QPushButton:disabled { background: #f4f4f4; color: %7; border-color: #d0d4d9; }")
-        .arg(plain.name(), ColourOf(kFormText).name(), Text(kBorder), plain.darker(kHoverDarkening).name(),
-             Text(kAccent), plain.darker(kPressDarkening).name(), Text(kDimmed));
-}
-
-QString ListStyle() {
-    return QStringLiteral(
-               "QListWidget { background: white; border: 1px solid %1; border-radius: 3px; }"
-               "QListWidget:focus { border: 2px solid %2; }")
-        .arg(Text(kBorder), Text(kAccent));
-}
-
-QString BarStyle() {
-    return QStringLiteral(
-               "QProgressBar { background: #eceef1; border: 1px solid %1; border-radius: 4px; }"
-               "QProgressBar::chunk { background: %2; border-radius: 3px; }")
-        .arg(Text(kBorder), Text(kAccent));
 }
 
 }  // namespace vento::desktop::qt

@@ -2,41 +2,74 @@
 
 #include <QFont>
 #include <QIcon>
+#include <QPalette>
 #include <QPixmap>
 #include <QPoint>
 #include <QRect>
 #include <QString>
+#include <cstdint>
 #include <string_view>
 
 #include "desktop/layout.h"
 #include "text/language.h"
 
-/// The shared layout in the toolkit's terms. The toolkit measures in pixels of 1/96 inch, whatever the
-/// screen.
 namespace vento::desktop::qt {
 
-inline constexpr int kDotsPerInch = 96;
+/// The toolkit's pixels are this many to an inch of every screen.
+inline constexpr int kScreenDotsPerInch = 96;
 
-/// Gives the whole program its look, light on every desktop because the form is white, and the toolkit's own
-/// words in `language`.
-void ApplyLook(Language language);
+/// How much contrast the desktop asks for.
+enum class Contrast : std::uint8_t { normal, highOnLight, highOnDark };
+
+/// The shared layout in the toolkit's terms. The toolkit measures in pixels of 1/96 inch whatever the screen,
+/// and a screen too small for the form makes an inch shorter.
+///
+/// The form is white on every desktop, light or dark, unless high contrast is asked for.
+class Look {
+  public:
+    /// Gives the whole program its style and its icon.
+    Look();
+
+    void SetContrast(Contrast contrast);
+    [[nodiscard]] bool HasHighContrast() const { return contrast_ != Contrast::normal; }
+
+    /// Has the form fit into an area of a screen, its title bar included. True if that changes anything.
+    bool FitInto(const QSize& area);
+
+    /// For whoever shows the layout: the length of an inch.
+    [[nodiscard]] int DotsPerInch() const { return dotsPerInch_; }
+
+    [[nodiscard]] QFont FontOf(const Font& font) const;
+    /// The same, made smaller until the text fits into `room`, where that is possible.
+    [[nodiscard]] QFont FittingFont(const Font& font, const QString& text, const QSize& room) const;
+    [[nodiscard]] QRect PlaceOf(const Rectangle& twips) const;
+    /// A colour of the form, or what stands for it in high contrast.
+    [[nodiscard]] QColor ColourOf(const Colour& colour) const;
+    [[nodiscard]] QColor TextColour() const { return palette_.color(QPalette::WindowText); }
+
+    /// The style of a button with this background: its border, and how it answers to mouse, keyboard and
+    /// disabling. The property "dimmed" gives it the colours of a disabled one.
+    [[nodiscard]] QString ButtonStyle(const Colour& background) const;
+    [[nodiscard]] QString ListStyle() const;
+    [[nodiscard]] QString BarStyle() const;
+    [[nodiscard]] QString HintStyle() const;
+
+  private:
+    [[nodiscard]] QString Filled(QString style, const QColor& ground) const;
+
+    QPalette palette_;
+    Contrast contrast_ = Contrast::normal;
+    int dotsPerInch_ = 0;
+};
 
 /// The toolkit's own words in `language`.
 void TranslateToolkit(Language language);
 
 [[nodiscard]] QString Text(std::string_view utf8);
 [[nodiscard]] QString ShownLines(std::string_view utf8);
-[[nodiscard]] QColor ColourOf(const Colour& colour);
-[[nodiscard]] QFont FontOf(const Font& font);
-[[nodiscard]] QRect PlaceOf(const Rectangle& twips);
+/// A plain text as a tool tip: what looks like markup stays as it is.
+[[nodiscard]] QString ToolTip(std::string_view utf8);
 /// A square drawing of the program's own, `size` wide on a screen with this ratio of device pixels to ours.
 [[nodiscard]] QPixmap Drawing(const QString& name, int size, qreal pixelRatio);
-[[nodiscard]] QIcon ProgramIcon();
-
-/// The style of a button with this background: its border, and how it answers to mouse, keyboard and
-/// disabling.
-[[nodiscard]] QString ButtonStyle(const Colour& background);
-[[nodiscard]] QString ListStyle();
-[[nodiscard]] QString BarStyle();
 
 }  // namespace vento::desktop::qt

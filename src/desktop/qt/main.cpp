@@ -11,6 +11,7 @@
 #include "desktop/qt/form_window.h"
 #include "desktop/qt/look.h"
 #include "desktop/qt/qt_desktop.h"
+#include "desktop/qt/session_bus.h"
 #include "desktop/qt/termination.h"
 #include "desktop/session.h"
 #include "panel/form_web.h"
@@ -42,13 +43,14 @@ StartFile StartFileOf(int argc, char** argv) {
 // No exception may pass through the toolkit: what a handler throws is told, and the program goes on.
 class Application : public QApplication {
   public:
-    Application(int& argc, char** argv, qt::QtDesktop& desktop)
-        : QApplication(argc, argv), desktop_(desktop) {}
+    using QApplication::QApplication;
+
+    void Use(qt::QtDesktop& desktop) { desktop_ = &desktop; }
 
     bool notify(QObject* receiver, QEvent* event) override {
         try {
-            if (event->type() == QEvent::MetaCall && receiver->inherits("AtSpiAdaptor"))
-                desktop_.CountQuestion();
+            const bool isQuestion = event->type() == QEvent::MetaCall && receiver->inherits("AtSpiAdaptor");
+            if (isQuestion && desktop_ != nullptr) desktop_->CountQuestion();
             return QApplication::notify(receiver, event);
         } catch (const std::exception& error) {
             Tell(error.what());
@@ -58,22 +60,29 @@ class Application : public QApplication {
 
   private:
     void Tell(const char* reason) {
-        if (telling_) return;
+        if (telling_ || desktop_ == nullptr) return;
         telling_ = true;
         const Notice notice = FailureNotice(reason, DesktopLanguage());
-        desktop_.ShowMessage(notice.text, notice.detail);
+        desktop_->ShowMessage(notice.text, notice.detail);
         telling_ = false;
     }
 
-    qt::QtDesktop& desktop_;
+    qt::QtDesktop* desktop_ = nullptr;
     bool telling_ = false;
 };
 
-int RunForm(Session& session, qt::QtDesktop& desktop, qt::Termination& termination, const StartFile& file) {
+int RunForm(Session& session, qt::QtDesktop& desktop, qt::Look& look, qt::Termination& termination,
+            const StartFile& file) {
     FormWeb form(session.MachineWith(desktop));
     form.Form_Load(file.text, file.kind);
-    qt::FormWindow window(form, qt::Text(session.Title(form.PanelLanguage())));
-    desktop.SetWindow(&window);
+    qt::FormWindow window(form, look, qt::Text(session.Title(form.PanelLanguage())));
+    desktop.SetWindow(&window, [&window] { window.Refresh(); });
+    const auto show = [&](qt::Contrast contrast) {
+        look.SetContrast(contrast);
+        window.ApplyLook();
+    };
+    const qt::ContrastWatch contrast(show);
+    show(contrast.Current());
     // However the event loop comes to its end, the form has been closed.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &window, [&form] { form.Form_Unload(); });
     const qt::Termination::Instead closing(termination, [&form] { form.Form_Unload(); });
@@ -83,8 +92,8 @@ int RunForm(Session& session, qt::QtDesktop& desktop, qt::Termination& terminati
 }
 
 // The exit status, and what the operator is to be told, if there is anything.
-int Run(qt::QtDesktop& desktop, qt::Termination& termination, const StartFile& file, Language language,
-        std::optional<Notice>& notice) {
+int Run(qt::QtDesktop& desktop, qt::Look& look, qt::Termination& termination, const StartFile& file,
+        Language language, std::optional<Notice>& notice) {
     const char* const variable = std::getenv("VENTO_SIMULATE");
     const std::string simulate = variable == nullptr ? "" : variable;
     std::optional<Session> session;
@@ -94,7 +103,7 @@ int Run(qt::QtDesktop& desktop, qt::Termination& termination, const StartFile& f
         notice = StartNotice(simulate, error, language);
         return EXIT_FAILURE;
     }
-    const int status = RunForm(*session, desktop, termination, file);
+    const int status = RunForm(*session, desktop, look, termination, file);
     notice = session->Finish(language);
     return notice ? EXIT_FAILURE : status;
 }
@@ -105,8 +114,7 @@ int main(int argc, char** argv) {
     const StartFile file = StartFileOf(argc, argv);
     qt::Termination termination;
     int ownArguments = 1;  // all others are the file's name and none of the toolkit's business
-    qt::QtDesktop desktop;
-    const Application application(ownArguments, argv, desktop);
+    Application application(ownArguments, argv);
     QApplication::setApplicationName(qt::Text(FormWeb::kTitle));
     QGuiApplication::setDesktopFileName("vento");
     QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -114,13 +122,16 @@ int main(int argc, char** argv) {
     QObject::connect(qApp, &QGuiApplication::saveStateRequest, qApp,
                      [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
     const Language language = DesktopLanguage();
-    qt::ApplyLook(language);
+    qt::TranslateToolkit(language);
+    qt::Look look;
+    qt::QtDesktop desktop(look);
+    application.Use(desktop);
 
     termination.Watch([&desktop] { desktop.EndProgram(); });
     int status = EXIT_FAILURE;
     std::optional<Notice> notice;
     try {
-        status = Run(desktop, termination, file, language, notice);
+        status = Run(desktop, look, termination, file, language, notice);
     } catch (const std::exception& error) {
         notice = FailureNotice(error.what(), language);
     }

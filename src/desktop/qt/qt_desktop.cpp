@@ -1,12 +1,14 @@
 #include "desktop/qt/qt_desktop.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QShortcut>
 #include <QThread>
 
 #include "desktop/layout.h"
@@ -25,12 +27,13 @@ constexpr unsigned long kListenMicroseconds = 300;
 
 // The toolkit gives the informative text no smaller type by itself, and takes what looks like markup in it
 // for markup, which a path may well contain.
-void StyleLabel(QMessageBox& box, const QString& name, const Font& font, int leastWidth) {
+void StyleLabel(QMessageBox& box, const QString& name, const Look& look, const Font& font, int leastWidth) {
     auto* const label = box.findChild<QLabel*>(name);
     if (label == nullptr) return;
-    label->setFont(FontOf(font));
-    label->setMinimumWidth(PixelsFromTwips(leastWidth, kDotsPerInch));
+    label->setFont(look.FontOf(font));
+    label->setMinimumWidth(PixelsFromTwips(leastWidth, look.DotsPerInch()));
     label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
 }
 
 }  // namespace
@@ -39,6 +42,7 @@ void StyleLabel(QMessageBox& box, const QString& name, const Font& font, int lea
 // With one of them to a turn it would fall silent for seconds, so a turn lasts while they come, but not
 // longer than the work since the last one, which so keeps half its speed.
 void QtDesktop::Yield() {
+    if (beforeTurn_) beforeTurn_();
     const qint64 longest = sinceTurn_.isValid() ? sinceTurn_.elapsed() : 0;
     QElapsedTimer turn;
     QElapsedTimer silence;
@@ -60,9 +64,14 @@ void QtDesktop::ShowMessage(std::string_view text, std::string_view detail) {
                     QMessageBox::Ok, window_);
     box.setIconPixmap(Drawing("warning.svg", kIconSize, box.devicePixelRatio()));
     box.setInformativeText(ShownLines(detail));
-    StyleLabel(box, "qt_msgbox_label", kTextFont, 0);
-    StyleLabel(box, "qt_msgbox_informativelabel", kDetailFont, kDetailWidth);
+    StyleLabel(box, "qt_msgbox_label", look_, kTextFont, 0);
+    StyleLabel(box, "qt_msgbox_informativelabel", look_, kDetailFont, kDetailWidth);
     box.button(QMessageBox::Ok)->setIcon({});
+    const QShortcut copy(QKeySequence(QKeySequence::Copy), &box);
+    QObject::connect(&copy, &QShortcut::activated, &box, [&box] {
+        QGuiApplication::clipboard()->setText((box.text() + "\n\n" + box.informativeText()).trimmed());
+    });
+    if (beforeTurn_) beforeTurn_();
     box.exec();
 }
 
@@ -79,7 +88,8 @@ std::optional<std::string> QtDesktop::ChooseFile(std::string_view title, std::st
 
 platform::TwipSize QtDesktop::ScreenSize() const {
     const QSize size = QGuiApplication::primaryScreen()->size();
-    return {TwipsFromPixels(size.width(), kDotsPerInch), TwipsFromPixels(size.height(), kDotsPerInch)};
+    return {TwipsFromPixels(size.width(), kScreenDotsPerInch),
+            TwipsFromPixels(size.height(), kScreenDotsPerInch)};
 }
 
 std::optional<std::string> QtDesktop::LanguageAbbreviation() {

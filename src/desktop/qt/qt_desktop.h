@@ -5,10 +5,13 @@
 #include <QString>
 #include <QWidget>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "desktop/qt/look.h"
 #include "platform/desktop.h"
 
 namespace vento::desktop::qt {
@@ -16,8 +19,16 @@ namespace vento::desktop::qt {
 /// The desktop as the panel asks for it, through the toolkit.
 class QtDesktop final : public platform::Desktop {
   public:
-    /// The window that boxes and dialogs belong to, for as long as it is there.
-    void SetWindow(QWidget* window) { window_ = window; }
+    explicit QtDesktop(const Look& look) : look_(look) {}
+
+    /// The window that boxes and dialogs belong to, for as long as it is there. `beforeTurn` is called before
+    /// the event loop has a turn in the middle of a handler, while the window is there.
+    void SetWindow(QWidget* window, std::function<void()> beforeTurn) {
+        window_ = window;
+        beforeTurn_ = [this, call = std::move(beforeTurn)] {
+            if (window_) call();
+        };
+    }
 
     /// Notes a question that came by the accessibility bus.
     void CountQuestion() { ++questions_; }
@@ -32,7 +43,9 @@ class QtDesktop final : public platform::Desktop {
     void EndProgram() override;
 
   private:
+    const Look& look_;
     QPointer<QWidget> window_;
+    std::function<void()> beforeTurn_;
     QString latestFile_;
     std::uint64_t questions_ = 0;
     QElapsedTimer sinceTurn_;

@@ -3,24 +3,17 @@
 #include <QAccessibleWidget>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QPicture>
 #include <QSvgRenderer>
+#include <QVariant>
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
-
-#include "desktop/qt/look.h"
 
 namespace vento::desktop::qt {
 namespace {
 
 constexpr int kButtonPadding = 6;  // pixels beside a caption
-
-void LayOut(QWidget& view, const ControlLayout& layout, Language language) {
-    view.setGeometry(PlaceOf(layout.place));
-    view.setFont(FontOf(layout.font));
-    view.setAccessibleName(Text(layout.name.In(language)));
-    view.setToolTip(Text(ToolTipOf(layout, language)));
-}
 
 // Breaks a text at its blanks into lines that are no wider than `width`, where that is possible.
 QString Wrapped(const QString& text, const QFontMetrics& metrics, int width) {
@@ -43,10 +36,8 @@ class Notification : public QAccessibleWidget {
   public:
     explicit Notification(LabelView& view) : QAccessibleWidget(&view, QAccessible::Notification) {}
 
-    // The tool tip, which would otherwise be spoken behind each text, is not part of it.
-    [[nodiscard]] QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Description ? QString() : QAccessibleWidget::text(kind);
-    }
+    [[nodiscard]] int childCount() const override { return 0; }
+    [[nodiscard]] QAccessibleInterface* child(int /*index*/) const override { return nullptr; }
 };
 
 QAccessibleInterface* NotificationOf(const QString& /*className*/, QObject* object) {
@@ -61,24 +52,52 @@ void Announce(QObject& view, QAccessible::Event what) {
 
 }  // namespace
 
-ButtonView::ButtonView(Button& button, ControlId id, Language language, std::function<void()> handler,
-                       QWidget* parent)
-    : QPushButton(parent), button_(button) {
-    const ControlLayout& layout = LayoutOf(id);
-    LayOut(*this, layout, language);
-    setStyleSheet(ButtonStyle(layout.background));
+View::View(QWidget& widget, ControlId id, const Look& look, Language language)
+    : widget_(widget), layout_(LayoutOf(id)), look_(look), name_(Text(layout_.name.In(language))) {}
+
+// Without a description of its own a widget has its tool tip for one, markup included.
+void View::SetGuidance(const std::string& text) {
+    if (text == guidance_) return;
+    guidance_ = text;
+    widget_.setToolTip(ToolTip(text));
+    widget_.setAccessibleDescription(Text(text).replace('\n', ". "));
+}
+
+void View::Apply() {
+    widget_.setGeometry(look_.PlaceOf(layout_.place));
+    widget_.setFont(look_.FontOf(layout_.font));
+    widget_.setStyleSheet(Style());
+    if (widget_.accessibleName().isEmpty()) widget_.setAccessibleName(name_);
+    Follow();
+}
+
+ButtonView::ButtonView(Button& button, ControlId id, const Look& look, Language language,
+                       std::function<void()> handler, QWidget* parent)
+    : QPushButton(parent),
+      View(*this, id, look, language),
+      button_(button),
+      mnemonic_(Text(Layout().mnemonic.In(language))) {
     setFocusPolicy(Qt::StrongFocus);
-    shortcut_ = QKeySequence("Alt+" + Text(layout.mnemonic.In(language)));
     connect(this, &QPushButton::clicked, this, std::move(handler));
     button.Observe([this] { Follow(); });
-    Follow();
+    Apply();
+}
+
+// With the letter underlined that presses the button.
+QString ButtonView::Marked(const QString& caption) const {
+    QString marked = caption;
+    marked.replace('&', "&&");
+    const qsizetype at = mnemonic_.isEmpty() ? -1 : marked.indexOf(mnemonic_);
+    return at < 0 ? marked : marked.insert(at, '&');
 }
 
 void ButtonView::Follow() {
     const QString caption = ShownLines(button_.Caption());
-    setText(Wrapped(caption, fontMetrics(), width() - 2 * kButtonPadding).replace('&', "&&"));
+    const QSize room(width() - 2 * kButtonPadding, height() - 2);
+    setFont(CurrentLook().FittingFont(Layout().font, caption, room));
+    setText(Marked(Wrapped(caption, fontMetrics(), room.width())));
+    setShortcut(QKeySequence("Alt+" + mnemonic_));  // a new text has taken it away
     setAccessibleName(caption);
-    setShortcut(shortcut_);  // a new text has taken it away
     setVisible(button_.Visible());
     if (isEnabled() == button_.Enabled()) return;
     // Disabled, a button would lose the focus to the next one, and Enter would then press that.
@@ -90,6 +109,12 @@ void ButtonView::Follow() {
     if (button_.Enabled() && focusWasTaken_ && window()->focusWidget() == nullptr) setFocus();
 }
 
+void ButtonView::SetDimmed(bool dimmed) {
+    if (property("dimmed").toBool() == dimmed) return;
+    setProperty("dimmed", dimmed);
+    setStyleSheet(Style());  // which looks at the property again
+}
+
 void ButtonView::keyPressEvent(QKeyEvent* event) {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (!isEnter) {
@@ -99,32 +124,38 @@ void ButtonView::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-LabelView::LabelView(Label& label, ControlId id, Language language, QWidget* parent)
-    : QLabel(parent), label_(label), name_(Text(LayoutOf(id).name.In(language))) {
+LabelView::LabelView(Label& label, ControlId id, const Look& look, Language language, QWidget* parent)
+    : QWidget(parent), View(*this, id, look, language), label_(label), text_(this) {
     QAccessible::installFactory(NotificationOf);
-    LayOut(*this, LayoutOf(id), language);
-    setTextFormat(Qt::PlainText);
-    setAlignment(Qt::AlignCenter);
-    setWordWrap(true);
+    text_.setTextFormat(Qt::PlainText);
+    text_.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    text_.setAlignment(Qt::AlignCenter);
+    text_.setWordWrap(true);
     label.Observe([this] { Follow(); });
-    Follow();
+    Apply();
 }
 
 // For a screen reader the text is the name, except that an empty one would have none.
 void LabelView::Follow() {
     const QString lines = ShownLines(label_.Caption());
     setVisible(label_.Visible());
-    if (lines == text() && !accessibleName().isEmpty()) return;
-    setText(lines);
-    setAccessibleName(lines.isEmpty() ? name_ : lines);
+    text_.setFont(CurrentLook().FittingFont(Layout().font, lines, size()));
+    const bool isNews = lines != text_.text();
+    text_.setText(lines);
+    const int needed = std::max(height(), text_.heightForWidth(width()));
+    text_.setGeometry(0, (height() - needed) / 2, width(), needed);
+    if (!isNews) return;
+    setAccessibleName(lines.isEmpty() ? Name() : lines);
     Announce(*this, QAccessible::ObjectHide);
     if (!lines.isEmpty()) Announce(*this, QAccessible::ObjectShow);
 }
 
-ItemsView::ItemsView(ListView& list, ControlId id, Language language, QWidget* parent)
-    : QListWidget(parent), list_(list), name_(Text(LayoutOf(id).name.In(language))) {
-    LayOut(*this, LayoutOf(id), language);
-    setStyleSheet(ListStyle());
+QString LabelView::TextToCopy() const {
+    return text_.hasSelectedText() ? text_.selectedText() : text_.text();
+}
+
+ItemsView::ItemsView(ListView& list, ControlId id, const Look& look, Language language, QWidget* parent)
+    : QListWidget(parent), View(*this, id, look, language), list_(list) {
     setSelectionMode(QAbstractItemView::NoSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -132,32 +163,27 @@ ItemsView::ItemsView(ListView& list, ControlId id, Language language, QWidget* p
     setTextElideMode(Qt::ElideRight);
     setWordWrap(true);
     list.Observe([this] { Follow(); });
-    Follow();
+    Apply();
 }
 
 void ItemsView::Follow() {
     clear();
-    QStringList names{name_};
-    const QSize room = contentsRect().size();
+    QStringList names{Name()};
     for (const std::string& each : list_.Items()) {
         addItem(ShownLines(each).replace('\n', ' '));
-        names.append(item(count() - 1)->text());
         QListWidgetItem& item = *this->item(count() - 1);
         item.setTextAlignment(Qt::AlignCenter);
-        item.setSizeHint(QSize(1, room.height()));
-        const QRect needed = fontMetrics().boundingRect(QRect(QPoint(), room), Qt::TextWordWrap, item.text());
-        if (needed.width() > room.width() || needed.height() > room.height()) item.setToolTip(item.text());
+        item.setSizeHint(QSize(1, contentsRect().height()));
+        names.append(item.text());
     }
     setAccessibleName(names.join(": "));
 }
 
-BarView::BarView(ProgressBar& bar, ControlId id, Language language, QWidget* parent)
-    : QProgressBar(parent), bar_(bar) {
-    LayOut(*this, LayoutOf(id), language);
-    setStyleSheet(BarStyle());
+BarView::BarView(ProgressBar& bar, ControlId id, const Look& look, Language language, QWidget* parent)
+    : QProgressBar(parent), View(*this, id, look, language), bar_(bar) {
     setTextVisible(false);
     bar.Observe([this] { Follow(); });
-    Follow();
+    Apply();
 }
 
 // Each new value is news to screen readers, so that it is given to the toolkit once a percent only.
@@ -171,14 +197,40 @@ void BarView::Follow() {
     setVisible(bar_.Visible());
 }
 
-LogoView::LogoView(ControlId id, Language language, QWidget* parent) : QLabel(parent) {
-    LayOut(*this, LayoutOf(id), language);
-    QPicture picture;
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QSvgRenderer(QStringLiteral(":/logo.svg")).render(&painter, rect());
-    painter.end();
-    setPicture(picture);
+HintView::HintView(const Look& look, Language language, std::function<void()> handler, QWidget* parent)
+    : QPushButton(parent), View(*this, ControlId::hint, look, language) {
+    setFocusPolicy(Qt::NoFocus);
+    setCursor(Qt::PointingHandCursor);
+    connect(this, &QPushButton::clicked, this, std::move(handler));
+    Apply();
+    hide();
+}
+
+void HintView::SetHint(const std::string& text) {
+    setText(Text(text));
+    setAccessibleName(Text(text));
+    setVisible(!text.empty());
+}
+
+LogoView::LogoView(ControlId id, const Look& look, Language language, QWidget* parent)
+    : QLabel(parent), View(*this, id, look, language) {
+    setPixmap(QPixmap(1, 1));  // makes it an image to screen readers
+    Apply();
+}
+
+// In high contrast it has the colour of a text, by its shape.
+void LogoView::paintEvent(QPaintEvent* /*event*/) {
+    QImage image(size() * devicePixelRatio(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter drawing(&image);
+    drawing.setRenderHint(QPainter::Antialiasing);
+    QSvgRenderer(QStringLiteral(":/logo.svg")).render(&drawing);
+    if (CurrentLook().HasHighContrast()) {
+        drawing.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        drawing.fillRect(image.rect(), CurrentLook().TextColour());
+    }
+    drawing.end();
+    QPainter(this).drawImage(rect(), image);
 }
 
 }  // namespace vento::desktop::qt

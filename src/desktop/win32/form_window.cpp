@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "desktop/guidance.h"
 #include "platform/windows/text.h"
 
 namespace vento::desktop::win32 {
@@ -18,13 +19,7 @@ constexpr wchar_t kFrameClass[] = L"FormWeb";
 constexpr int kCancelIndex = 3;
 constexpr int kLowestDensity = 48;
 
-// Where the bar will be.
-const ControlLayout kCancelLayout{.id = ControlId::ProgressBar1,
-                                  .place = LayoutOf(ControlId::ProgressBar1).place,
-                                  .font = LayoutOf(ControlId::Command2).font,
-                                  .background = LayoutOf(ControlId::Command2).background};
-constexpr Wording kCancelCaption{"Esc: annulla", "Esc: cancel"};
-constexpr Wording kUnfinished{
+constexpr Phrase kUnfinished{
     "Chiudendo adesso il telecomando resta programmato a metà: andrà programmato di nuovo.",
     "Closing now leaves the remote half programmed: it will have to be programmed again."};
 
@@ -122,7 +117,7 @@ FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring&
     // To the system, tab order is the order in which the windows are made.
     for (const ControlLayout& each : ControlLayouts())
         MakeView(each);
-    cancel_.SetCaption(kCancelCaption.In(form.PanelLanguage()));
+    cancel_.SetCaption(HintText(Help::cancel, form.PanelLanguage()));
     form.Command6(kCancelIndex).Observe([this] {
         cancel_.SetVisible(form_.Command6(kCancelIndex).Enabled());
     });
@@ -171,10 +166,10 @@ void FormWindow::MakeView(const ControlLayout& layout) {
         case ControlId::Label1:
             return make(std::in_place_type<LabelView>, form_.Label1);
         case ControlId::ProgressBar1:
-            make(std::in_place_type<BarView>, form_.ProgressBar1,
-                 [this](std::optional<int> percent) { ShowProgress(percent); });
-            views_.emplace_back(std::in_place_type<ButtonView>, parts_, kCancelLayout, cancel_, IDCANCEL);
-            return;
+            return make(std::in_place_type<BarView>, form_.ProgressBar1,
+                        [this](std::optional<int> percent) { ShowProgress(percent); });
+        case ControlId::hint:
+            return make(std::in_place_type<ButtonView>, cancel_, IDCANCEL);
     }
 }
 
