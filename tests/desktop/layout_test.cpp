@@ -42,6 +42,8 @@ TEST(ShownText, HasNoControlCharactersAndNoEmptyLineAtItsEnd) {
         {"Si \u00E8\u008F verificato", "Si \u00E8 verificato"},
         {"\tA\x7F\u0080\u009F\u00A0B", "A\u00A0B"},
         {"cut\xC2", "cut\xC2"},
+        {"VENTO-\u202Eblq.exe\u202C\u2069\u200F\u061C", "VENTO-blq.exe"},
+        {"a\u2027\u2028b\u202F\u2065\u200Dc\xE2\x80", "a\u2027b\u202F\u2065\u200Dc\xE2\x80"},
         {"\n\n", ""},
     };
     for (const auto& [text, shown] : cases)

@@ -55,6 +55,25 @@ QPalette HighContrastPalette(const QColor& ground, const QColor& ink, const QCol
     return palette;
 }
 
+/// Breaks a text at its blanks into lines that are no wider than `width`, where that is possible.
+QStringList Wrapped(const QString& text, const QFontMetrics& metrics, int width) {
+    QStringList lines;
+    for (const QString& paragraph : text.split('\n')) {
+        QString line;
+        for (const QString& word : paragraph.split(' ')) {
+            const QString longer = line.isEmpty() ? word : line + ' ' + word;
+            if (line.isEmpty() || metrics.horizontalAdvance(longer) <= width) {
+                line = longer;
+            } else {
+                lines.append(line);
+                line = word;
+            }
+        }
+        lines.append(line);
+    }
+    return lines;
+}
+
 QIcon ProgramIcon() {
     QIcon icon;
     for (const int size : std::array{16, 32, 48, 128})
@@ -84,6 +103,7 @@ void Look::SetContrast(Contrast contrast) {
             break;
     }
     QApplication::setPalette(palette_);
+    qApp->setStyleSheet(DialogStyle());
 }
 
 bool Look::FitInto(const QSize& area) {
@@ -108,18 +128,18 @@ QFont Look::FontOf(const Font& font) const {
     return result;
 }
 
-QFont Look::FittingFont(const Font& font, const QString& text, const QSize& room) const {
-    QFont result = FontOf(font);
-    const auto fits = [&] {
-        const QFontMetrics metrics(result);
-        const QRect taken = metrics.boundingRect(QRect(QPoint(), room), Qt::TextWordWrap, text);
-        const int unseen =
-            metrics.leading() + metrics.ascent() - metrics.capHeight();  // below and above the lines
-        return taken.width() <= room.width() && taken.height() - unseen <= room.height();
-    };
-    while (result.pixelSize() > kLeastFontSize && !fits())
-        result.setPixelSize(result.pixelSize() - 1);
-    return result;
+FittedText Look::Fit(const Font& font, const QString& text, const QSize& room) const {
+    FittedText result{FontOf(font), {}};
+    for (;;) {
+        const QFontMetrics metrics(result.font);
+        result.lines = Wrapped(text, metrics, room.width());
+        const bool isLow = result.lines.size() * metrics.height() <= room.height();
+        const bool isNarrow = std::ranges::all_of(result.lines, [&](const QString& line) {
+            return metrics.horizontalAdvance(line) <= room.width();
+        });
+        if ((isLow && isNarrow) || result.font.pixelSize() <= kLeastFontSize) return result;
+        result.font.setPixelSize(result.font.pixelSize() - 1);
+    }
 }
 
 QRect Look::PlaceOf(const Rectangle& twips) const {
@@ -155,7 +175,8 @@ QString Look::Filled(QString style, const QColor& ground) const {
 QString Look::ButtonStyle(const Colour& background) const {
     const QColor plain = HasHighContrast() ? palette_.color(QPalette::Button) : ColourOf(background);
     return Filled(
-        "QPushButton { background: {ground}; color: {text}; border: {line}; border-radius: 5px; }"
+        "QPushButton { background: {ground}; color: {text}; border: {line}; border-radius: 5px;"
+        " outline: none; }"
         "QPushButton:hover { background: {under}; border-color: {accent}; }"
         "QPushButton:focus { border: 3px solid {accent}; }"
         "QPushButton:pressed { background: {pressed}; }"
@@ -176,6 +197,23 @@ QString Look::BarStyle() const {
         "QProgressBar { background: {ground}; border: {line}; border-radius: 4px; }"
         "QProgressBar::chunk { background: {accent}; border-radius: 3px; }",
         HasHighContrast() ? palette_.color(QPalette::Base) : QColor(0xec, 0xee, 0xf1));
+}
+
+// In high contrast the style would draw edges in shades of the ground, which nobody could see there.
+QString Look::DialogStyle() const {
+    const QString style = QStringLiteral("QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }");
+    if (!HasHighContrast()) return style;
+    const QString edges = QStringLiteral(
+        "QDialog QPushButton, QDialog QLineEdit, QDialog QComboBox, QDialog QAbstractItemView, QDialog "
+        "QToolButton"
+        " { background: {ground}; color: {text}; border: {line}; padding: 4px 10px; }"
+        "QDialog QToolButton, QDialog QAbstractItemView { padding: 1px; }"
+        "QDialog *:focus { border: 3px solid {accent}; }"
+        "QDialog *:disabled { color: {dimmed}; border: {dimmedline} {dimmed}; }"
+        "QDialog QHeaderView { border: none; }"
+        "QMessageBox { border: {line}; }"
+        "QToolTip { background: {ground}; color: {text}; border: {line}; }");
+    return style + Filled(edges, palette_.color(QPalette::Window));
 }
 
 QString Look::HintStyle() const {

@@ -7,6 +7,7 @@
 #include <QPoint>
 #include <QRect>
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <string_view>
 
@@ -20,6 +21,11 @@ inline constexpr int kScreenDotsPerInch = 96;
 
 /// How much contrast the desktop asks for.
 enum class Contrast : std::uint8_t { normal, highOnLight, highOnDark };
+
+struct FittedText {
+    QFont font;
+    QStringList lines;
+};
 
 /// The shared layout in the toolkit's terms. The toolkit measures in pixels of 1/96 inch whatever the screen,
 /// and a screen too small for the form makes an inch shorter.
@@ -40,8 +46,9 @@ class Look {
     [[nodiscard]] int DotsPerInch() const { return dotsPerInch_; }
 
     [[nodiscard]] QFont FontOf(const Font& font) const;
-    /// The same, made smaller until the text fits into `room`, where that is possible.
-    [[nodiscard]] QFont FittingFont(const Font& font, const QString& text, const QSize& room) const;
+    /// Breaks a text into lines that fit into `room`, with the font made smaller until they do, where that is
+    /// possible. Lines stand as close as the font allows.
+    [[nodiscard]] FittedText Fit(const Font& font, const QString& text, const QSize& room) const;
     [[nodiscard]] QRect PlaceOf(const Rectangle& twips) const;
     /// A colour of the form, or what stands for it in high contrast.
     [[nodiscard]] QColor ColourOf(const Colour& colour) const;
@@ -55,6 +62,7 @@ class Look {
     [[nodiscard]] QString HintStyle() const;
 
   private:
+    [[nodiscard]] QString DialogStyle() const;
     [[nodiscard]] QString Filled(QString style, const QColor& ground) const;
 
     QPalette palette_;

@@ -1,9 +1,11 @@
 #include "desktop/qt/views.h"
 
 #include <QAccessibleWidget>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QSvgRenderer>
+#include <QToolTip>
 #include <QVariant>
 #include <algorithm>
 #include <cmath>
@@ -15,20 +17,16 @@ namespace {
 
 constexpr int kButtonPadding = 6;  // pixels beside a caption
 
-// Breaks a text at its blanks into lines that are no wider than `width`, where that is possible.
-QString Wrapped(const QString& text, const QFontMetrics& metrics, int width) {
-    QString lines;
-    QString line;
-    for (const QString& word : text.split(' ')) {
-        const QString longer = line.isEmpty() ? word : line + ' ' + word;
-        if (line.isEmpty() || metrics.horizontalAdvance(longer) <= width) {
-            line = longer;
-        } else {
-            lines += line + '\n';
-            line = word;
-        }
-    }
-    return lines + line;
+// Lines as near to each other as the font allows: the toolkit would leave room between them for a fourth.
+QString Dense(const FittedText& text) {
+    QStringList lines;
+    for (const QString& line : text.lines)
+        lines.append(line.toHtmlEscaped());
+    return QString(
+               "<p align='center' style='white-space:pre; line-height:%1px; "
+               "-qt-line-height-type:fixed'>%2</p>")
+        .arg(QFontMetrics(text.font).height())
+        .arg(lines.join("<br>"));
 }
 
 // What a screen reader says of its own accord when it appears: a label that changes its text is not spoken.
@@ -61,6 +59,8 @@ void View::SetGuidance(const std::string& text) {
     guidance_ = text;
     widget_.setToolTip(ToolTip(text));
     widget_.setAccessibleDescription(Text(text).replace('\n', ". "));
+    if (QToolTip::isVisible() && widget_.underMouse())
+        QToolTip::showText(QCursor::pos(), widget_.toolTip(), &widget_);
 }
 
 void View::Apply() {
@@ -94,8 +94,9 @@ QString ButtonView::Marked(const QString& caption) const {
 void ButtonView::Follow() {
     const QString caption = ShownLines(button_.Caption());
     const QSize room(width() - 2 * kButtonPadding, height() - 2);
-    setFont(CurrentLook().FittingFont(Layout().font, caption, room));
-    setText(Marked(Wrapped(caption, fontMetrics(), room.width())));
+    const FittedText fitted = CurrentLook().Fit(Layout().font, caption, room);
+    setFont(fitted.font);
+    setText(Marked(fitted.lines.join('\n')));
     setShortcut(QKeySequence("Alt+" + mnemonic_));  // a new text has taken it away
     setAccessibleName(caption);
     setVisible(button_.Visible());
@@ -127,10 +128,9 @@ void ButtonView::keyPressEvent(QKeyEvent* event) {
 LabelView::LabelView(Label& label, ControlId id, const Look& look, Language language, QWidget* parent)
     : QWidget(parent), View(*this, id, look, language), label_(label), text_(this) {
     QAccessible::installFactory(NotificationOf);
-    text_.setTextFormat(Qt::PlainText);
+    text_.setTextFormat(Qt::RichText);
     text_.setTextInteractionFlags(Qt::TextSelectableByMouse);
     text_.setAlignment(Qt::AlignCenter);
-    text_.setWordWrap(true);
     label.Observe([this] { Follow(); });
     Apply();
 }
@@ -139,11 +139,11 @@ LabelView::LabelView(Label& label, ControlId id, const Look& look, Language lang
 void LabelView::Follow() {
     const QString lines = ShownLines(label_.Caption());
     setVisible(label_.Visible());
-    text_.setFont(CurrentLook().FittingFont(Layout().font, lines, size()));
-    const bool isNews = lines != text_.text();
-    text_.setText(lines);
-    const int needed = std::max(height(), text_.heightForWidth(width()));
-    text_.setGeometry(0, (height() - needed) / 2, width(), needed);
+    const FittedText fitted = CurrentLook().Fit(Layout().font, lines, size());
+    text_.setFont(fitted.font);
+    text_.setText(Dense(fitted));
+    text_.setGeometry(rect());
+    const bool isNews = lines != std::exchange(shown_, lines);
     if (!isNews) return;
     setAccessibleName(lines.isEmpty() ? Name() : lines);
     Announce(*this, QAccessible::ObjectHide);
@@ -151,7 +151,7 @@ void LabelView::Follow() {
 }
 
 QString LabelView::TextToCopy() const {
-    return text_.hasSelectedText() ? text_.selectedText() : text_.text();
+    return text_.hasSelectedText() ? text_.selectedText().replace(QChar::ParagraphSeparator, '\n') : shown_;
 }
 
 ItemsView::ItemsView(ListView& list, ControlId id, const Look& look, Language language, QWidget* parent)

@@ -87,7 +87,8 @@ class LabelView : public QWidget, public View {
 
   private:
     Label& label_;
-    QLabel text_;  ///< taller than the view where the room above and below its lines makes it so
+    QLabel text_;
+    QString shown_;
 };
 
 /// A list. An item that does not fit is cut short.
