@@ -59,6 +59,6 @@ packages_window_test=(appstream at-spi2-core dbus-daemon desktop-file-utils gir1
     shared-mime-info xvfb)
 packages_vm=(busybox-static cpio kmod qemu-system-x86 udev python3)
 packages_windows=(fonts-crosextra-carlito fonts-liberation fonts-wine g++-mingw-w64-x86-64-posix googletest icoutils
-    librsvg2-bin nsis wine wine64)
+    librsvg2-bin nsis openssl osslsigncode wine wine64)
 packages_mutate=(ccache lld python3)
 packages_bench=(libbenchmark-dev libdeflate-dev libzstd-dev zlib1g-dev util-linux)
