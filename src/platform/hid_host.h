@@ -55,6 +55,14 @@ struct ReportTransfer {
     std::size_t bytes = 0;  ///< that crossed
 };
 
+/// How many bytes the longest report of an interface has, its id not counted; a transmitter's have 64.
+struct ReportLengths {
+    std::size_t input = 0;
+    std::size_t output = 0;
+
+    friend bool operator==(const ReportLengths&, const ReportLengths&) = default;
+};
+
 /// What a host keeps from the first search of an operation to the operation's end; it lets go of it when the
 /// last owner does.
 class Conversation {
@@ -91,7 +99,10 @@ class HidHost {
     /// that can tell the identity beforehand leaves foreign devices unopened.
     [[nodiscard]] virtual OpenAnswer Open(std::string_view path, Wanted wanted) = 0;
 
-    /// Sends one report.
+    /// How long the reports of an open device are; nothing where that can't be told.
+    [[nodiscard]] virtual std::optional<ReportLengths> Lengths(HidHandle /*device*/) { return std::nullopt; }
+
+    /// Sends one report, in 1 second at the most. One that is given up may still reach the device.
     virtual ReportTransfer Write(HidHandle device, const Report& report) = 0;
 
     /// Waits for one report, 1 second at the most. If it is whole, `report` holds it, with byte 0 of no
@@ -113,6 +124,9 @@ class ForwardingHidHost : public HidHost {
     void Search(const std::function<bool(std::string_view path)>& visit) override { host_.Search(visit); }
     [[nodiscard]] OpenAnswer Open(std::string_view path, Wanted wanted) override {
         return host_.Open(path, wanted);
+    }
+    [[nodiscard]] std::optional<ReportLengths> Lengths(HidHandle device) override {
+        return host_.Lengths(device);
     }
     ReportTransfer Write(HidHandle device, const Report& report) override {
         return host_.Write(device, report);

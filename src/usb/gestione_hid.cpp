@@ -21,7 +21,9 @@ TransmitterSearch OpenTransmitter(Link& link, HidDevice& device) {
             search.result = {.found = true, .obstacle = std::nullopt};
             return false;
         }
-        if (answer.identity && way.isTransmitter(*answer.identity) && !search.result.obstacle) {
+        const bool isObstacle =
+            answer.outcome != OpenOutcome::foreign && answer.identity && way.isTransmitter(*answer.identity);
+        if (isObstacle && !search.result.obstacle) {
             search.result.obstacle = answer.outcome;
         }
         return true;

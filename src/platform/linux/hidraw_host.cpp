@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <linux/hidraw.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -12,7 +13,9 @@
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <span>
 
+#include "platform/linux/report_descriptor.h"
 #include "platform/posix/file_descriptor.h"
 
 namespace vento::platform {
@@ -21,8 +24,9 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kReadBound{1};
-/// How long a node may refuse a report for want of room; the transfer itself is bounded by the kernel.
 constexpr std::chrono::seconds kWriteBound{1};
+/// How long an open waits for a write that was given up and is still in the kernel.
+constexpr std::chrono::seconds kOpenBound{1};
 
 /// The numbers of hidraw nodes; the kernel hands out those from 0 to 63.
 using HidrawNumbers = std::bitset<256>;
@@ -77,13 +81,6 @@ std::optional<HidIdentity> IdentityInPath(std::string_view path) {
     return HidIdentity{*vendorId, *productId};
 }
 
-FileDescriptor OpenNode(const char* path) {
-    for (;;) {
-        FileDescriptor node(::open(path, O_RDWR | O_CLOEXEC | O_NONBLOCK));
-        if (node.IsOpen() || errno != EINTR) return node;
-    }
-}
-
 OpenOutcome OutcomeFor(int error) {
     switch (error) {
         case EACCES:
@@ -91,6 +88,8 @@ OpenOutcome OutcomeFor(int error) {
             return OpenOutcome::forbidden;
         case EBUSY:
             return OpenOutcome::busy;
+        case EWOULDBLOCK:  // of the lock
+            return OpenOutcome::held;
         case ENOSPC:
             return OpenOutcome::noBandwidth;
         default:
@@ -152,31 +151,82 @@ void HidrawHost::Search(const std::function<bool(std::string_view path)>& visit)
     }
 }
 
+std::shared_ptr<Conversation> HidrawHost::Converse() {
+    std::shared_ptr<HidrawHold> hold = hold_.lock();
+    if (!hold) {
+        hold = std::make_shared<HidrawHold>(writer_);
+        hold_ = hold;
+    }
+    return hold;
+}
+
 OpenAnswer HidrawHost::Open(std::string_view path, Wanted wanted) {
     if (!path.starts_with(nodePrefix_)) return {};
-    const std::optional<HidIdentity> listed = ListedIdentity(path.substr(nodePrefix_.size()));
+    const std::string_view number = path.substr(nodePrefix_.size());
+    const std::optional<HidIdentity> listed = ListedIdentity(number);
     if (!listed) return {};
     if (!wanted(*listed)) return {.outcome = OpenOutcome::foreign, .identity = listed};
+    const auto fail = [&](int error) {
+        return OpenAnswer{.outcome = OutcomeFor(error), .identity = listed, .error = error};
+    };
 
+    if (!writer_->AwaitKernel(SteadyClock::now() + kOpenBound)) return fail(ETIMEDOUT);
+    const std::shared_ptr<HidrawHold> hold = hold_.lock();
+    if (!hold || !hold->Holds(path)) {
+        if (IsSystemInput(number)) return {.outcome = OpenOutcome::foreign, .identity = listed};
+        if (hold) {
+            if (const int error = hold->Take(path); error != 0) return fail(error);
+        }
+    }
     FileDescriptor node = OpenNode(std::string(path).c_str());
-    if (!node.IsOpen()) return {.outcome = OutcomeFor(errno), .identity = listed, .error = errno};
+    if (!node.IsOpen()) return fail(errno);
     if (IdentityOf(node) != listed) return {.outcome = OpenOutcome::failed, .identity = listed};
+    // Who only looks asks whether the lock could be had, and lets others look at the same time.
+    if (!hold) {
+        if (const int error = TryToLock(node, LOCK_SH); error != 0) return fail(error);
+    }
     return {.outcome = OpenOutcome::opened, .identity = listed, .handle = node.Release()};
+}
+
+void HidrawHost::SetClassPath(std::string_view number, std::string_view rest) {
+    classPath_.assign(classFolder_).append("/hidraw").append(number).append("/device").append(rest);
 }
 
 /// The ids that sysfs has for a node, in the name of the device that its entry leads to.
 std::optional<HidIdentity> HidrawHost::ListedIdentity(std::string_view number) {
-    classPath_.assign(classFolder_).append("/hidraw").append(number).append("/device");
+    SetClassPath(number, "");
     std::array<char, 512> target{};
     const ssize_t length = ::readlink(classPath_.c_str(), target.data(), target.size());
     if (length <= 0) return std::nullopt;
     return IdentityInPath({target.data(), static_cast<std::size_t>(length)});
 }
 
+/// Told without an open, which would wake the device and let its keystrokes in.
+bool HidrawHost::IsSystemInput(std::string_view number) {
+    SetClassPath(number, "/report_descriptor");
+    const FileDescriptor file(::open(classPath_.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.IsOpen()) return false;
+    std::array<std::uint8_t, HID_MAX_DESCRIPTOR_SIZE> bytes{};
+    const ssize_t size = ::read(file.Number(), bytes.data(), bytes.size());
+    return size > 0 &&
+           ParseReportDescriptor(std::span(bytes).first(static_cast<std::size_t>(size))).isSystemInput;
+}
+
+std::optional<ReportLengths> HidrawHost::Lengths(HidHandle device) {
+    const auto node = static_cast<int>(device);
+    hidraw_report_descriptor descriptor{};
+    int size = 0;
+    if (::ioctl(node, HIDIOCGRDESCSIZE, &size) < 0 || size < 0) return std::nullopt;
+    descriptor.size = static_cast<__u32>(size);
+    if (::ioctl(node, HIDIOCGRDESC, &descriptor) < 0) return std::nullopt;
+    return ParseReportDescriptor(std::span(descriptor.value).first(descriptor.size)).lengths;
+}
+
 ReportTransfer HidrawHost::Write(HidHandle device, const Report& report) {
     const auto node = static_cast<int>(device);
-    return Repeat(node, POLLOUT, SteadyClock::now() + kWriteBound, report.size(),
-                  [&] { return ::write(node, report.data(), report.size()); });
+    const auto deadline = SteadyClock::now() + kWriteBound;
+    return Repeat(node, POLLOUT, deadline, report.size(),
+                  [&] { return writer_->Write(node, report, deadline); });
 }
 
 ReportTransfer HidrawHost::Read(HidHandle device, Report& report) {
@@ -197,7 +247,7 @@ ReportTransfer HidrawHost::Read(HidHandle device, Report& report) {
 void HidrawHost::Cancel(HidHandle /*device*/) {}
 
 void HidrawHost::Close(HidHandle device) {
-    const FileDescriptor closing(static_cast<int>(device));
+    writer_->Close(static_cast<int>(device));
 }
 
 }  // namespace vento::platform
