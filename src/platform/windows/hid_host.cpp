@@ -1,24 +1,18 @@
 #include "platform/windows/hid_host.h"
 
 #include "platform/windows/system.h"
-// These need that before them.
+// It needs that before it.
 #include <setupapi.h>
-extern "C" {
-#include <hidsdi.h>
-}
 
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace vento::platform {
 namespace {
-
-constexpr DWORD kBoundInMilliseconds = 1000;
 
 HANDLE HandleOf(HidHandle device) {
     return reinterpret_cast<HANDLE>(device);
@@ -65,32 +59,20 @@ std::optional<std::uint16_t> NumberBehind(std::string_view key, std::string path
     return read.ec == std::errc{} && isWhole ? std::optional(value) : std::nullopt;
 }
 
-/// Waits for the end of a transfer that `begun`, the result of WriteFile or ReadFile, tells of.
-ReportTransfer Complete(HANDLE device, OVERLAPPED& transfer, BOOL begun) {
-    DWORD error = begun == 0 ? ::GetLastError() : ERROR_SUCCESS;
-    if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) return {.error = static_cast<int>(error)};
-    const bool pending = error == ERROR_IO_PENDING;
-    if (pending && ::WaitForSingleObject(transfer.hEvent, kBoundInMilliseconds) != WAIT_OBJECT_0) {
-        ::CancelIo(device);
-    }
-    DWORD count = 0;
-    error = ::GetOverlappedResult(device, &transfer, &count, TRUE) == 0 ? ::GetLastError() : ERROR_SUCCESS;
-    return {.whole = error == ERROR_SUCCESS && count == sizeof(Report),
-            .error = static_cast<int>(error),
-            .bytes = count};
-}
-
 }  // namespace
 
-WindowsHidHost::WindowsHidHost() : completed_(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
-    if (!completed_) {
-        throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), "CreateEvent");
+std::shared_ptr<Conversation> WindowsHidHost::Converse() {
+    std::shared_ptr<WindowsHidHold> hold = hold_.lock();
+    if (!hold) {
+        hold = std::make_shared<WindowsHidHold>();
+        hold_ = hold;
     }
+    return hold;
 }
 
 void WindowsHidHost::Search(const std::function<bool(std::string_view path)>& visit) {
     GUID hidClass{};
-    ::HidD_GetHidGuid(&hidClass);
+    hid_.getHidGuid(&hidClass);
     const std::unique_ptr<void, decltype(&::SetupDiDestroyDeviceInfoList)> present(
         ::SetupDiGetClassDevsA(&hidClass, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE),
         &::SetupDiDestroyDeviceInfoList);
@@ -105,6 +87,11 @@ void WindowsHidHost::Search(const std::function<bool(std::string_view path)>& vi
 }
 
 OpenAnswer WindowsHidHost::Open(std::string_view path, Wanted wanted) {
+    // A device that is asleep stays so, and one that another program has for itself is not disturbed.
+    const std::optional<HidIdentity> named = IdentityInPath(path);
+    if (named && (!wanted(*named) || IsKeyboardPath(path))) {
+        return {.outcome = OpenOutcome::foreign, .identity = named};
+    }
     SECURITY_ATTRIBUTES inherited{
         .nLength = sizeof inherited, .lpSecurityDescriptor = nullptr, .bInheritHandle = TRUE};
     OwnedHandle device(::CreateFileA(std::string(path).c_str(), GENERIC_READ | GENERIC_WRITE,
@@ -112,41 +99,43 @@ OpenAnswer WindowsHidHost::Open(std::string_view path, Wanted wanted) {
                                      FILE_FLAG_OVERLAPPED, nullptr));
     if (!device) {
         const DWORD error = ::GetLastError();
-        return {
-            .outcome = OutcomeFor(error), .identity = IdentityInPath(path), .error = static_cast<int>(error)};
+        return {.outcome = OutcomeFor(error), .identity = named, .error = static_cast<int>(error)};
     }
     HIDD_ATTRIBUTES attributes{};
     attributes.Size = sizeof attributes;
-    if (::HidD_GetAttributes(device.Get(), &attributes) == 0) {
-        return {.outcome = OpenOutcome::failed,
-                .identity = IdentityInPath(path),
-                .error = static_cast<int>(::GetLastError())};
+    if (hid_.getAttributes(device.Get(), &attributes) == 0) {
+        return {
+            .outcome = OpenOutcome::failed, .identity = named, .error = static_cast<int>(::GetLastError())};
     }
     const HidIdentity identity{attributes.VendorID, attributes.ProductID};
     if (!wanted(identity)) return {.outcome = OpenOutcome::foreign, .identity = identity};
+    const std::shared_ptr<WindowsHidHold> hold = hold_.lock();
+    const bool free = hold ? hold->Holds(path) || hold->Take(path) : static_cast<bool>(LockInterface(path));
+    if (!free) return {.outcome = OpenOutcome::held, .identity = identity};
     return {.outcome = OpenOutcome::opened,
             .identity = identity,
             .handle = reinterpret_cast<HidHandle>(device.Release())};
 }
 
+std::optional<ReportLengths> WindowsHidHost::Lengths(HidHandle device) {
+    PHIDP_PREPARSED_DATA data = nullptr;
+    if (hid_.getPreparsedData(HandleOf(device), &data) == 0) return std::nullopt;
+    HIDP_CAPS caps{};
+    const bool good = hid_.getCaps(data, &caps) == HIDP_STATUS_SUCCESS;
+    hid_.freePreparsedData(data);
+    if (!good) return std::nullopt;
+    // Windows counts the byte of the id, whether there is one or not, but not where there is no report.
+    const auto payload = [](std::size_t length) { return length > 0 ? length - 1 : 0; };
+    return ReportLengths{.input = payload(caps.InputReportByteLength),
+                         .output = payload(caps.OutputReportByteLength)};
+}
+
 ReportTransfer WindowsHidHost::Write(HidHandle device, const Report& report) {
-    OVERLAPPED transfer{};
-    transfer.hEvent = completed_.Get();
-    return Complete(
-        HandleOf(device), transfer,
-        ::WriteFile(HandleOf(device), report.data(), static_cast<DWORD>(report.size()), nullptr, &transfer));
+    return transfers_.Write(HandleOf(device), report);
 }
 
 ReportTransfer WindowsHidHost::Read(HidHandle device, Report& report) {
-    OVERLAPPED transfer{};
-    transfer.hEvent = completed_.Get();
-    Report incoming{};
-    const ReportTransfer result =
-        Complete(HandleOf(device), transfer,
-                 ::ReadFile(HandleOf(device), incoming.data(), static_cast<DWORD>(incoming.size()), nullptr,
-                            &transfer));
-    if (result.whole) report = incoming;
-    return result;
+    return transfers_.Read(HandleOf(device), report);
 }
 
 void WindowsHidHost::Cancel(HidHandle device) {
@@ -155,6 +144,12 @@ void WindowsHidHost::Cancel(HidHandle device) {
 
 void WindowsHidHost::Close(HidHandle device) {
     const OwnedHandle closing(HandleOf(device));
+}
+
+bool IsKeyboardPath(std::string_view path) {
+    constexpr std::string_view kEnd = "\\kbd";
+    return path.size() >= kEnd.size() &&
+           std::ranges::equal(path.substr(path.size() - kEnd.size()), kEnd, {}, Lower);
 }
 
 std::optional<HidIdentity> IdentityInPath(std::string_view path) {
