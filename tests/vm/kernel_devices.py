@@ -13,6 +13,9 @@ from collections.abc import Callable, Iterable
 BOUND = 120  # seconds until something that is to come is given up
 
 
+DESCRIPTOR = bytes.fromhex("0600ff0901a101150026ff007508954009018102090191 02c0")  # reports of 64 bytes, a vendor's own
+
+
 def wait_for(get: Callable):
     deadline = time.monotonic() + BOUND
     while not (got := get()):
@@ -29,15 +32,16 @@ def hidraw_nodes() -> list[str]:
 class Simulator:
     """vento-simulator at work on a scenario, from when its devices are there."""
 
-    def __init__(self, program: pathlib.Path, scenario: dict):
+    def __init__(self, program: pathlib.Path, scenario: dict, *options: str):
         self._file = tempfile.NamedTemporaryFile("w", suffix=".json")
         json.dump(scenario, self._file)
         self._file.flush()
-        self._process = subprocess.Popen([program, self._file.name], stdout=subprocess.PIPE, text=True)
+        self._process = subprocess.Popen([program, *options, self._file.name], stdout=subprocess.PIPE, text=True)
         self.lines: list[str] = []
         self._reader = threading.Thread(target=lambda: self.lines.extend(map(str.strip, self._process.stdout)))
         self._reader.start()
         self.wait_for_line("ready")
+        wait_for(lambda: len(hidraw_nodes()) >= len(scenario["interfaces"]) + ("--keyboard" in options))
 
     def wait_for_line(self, start: str, times: int = 1) -> None:
         wait_for(lambda: sum(line.startswith(start) for line in self.lines) >= times or self._process.poll() is not None)
@@ -61,15 +65,14 @@ class BentTransmitter:
     """A transmitter whose replies are made by `reply`: it takes a frame and gives the reports to be sent back."""
 
     _CREATE, _OUTPUT, _INPUT = 11, 6, 12
-    _DESCRIPTOR = bytes.fromhex("0600ff0901a101150026ff007508954009018102090191 02c0")
 
     def __init__(self, reply: Callable[[bytes], Iterable[bytes]]):
         before = hidraw_nodes()
         self._reply = reply
         self._kernel = os.open("/dev/uhid", os.O_RDWR)
-        identity = struct.pack("<HHIIII", len(self._DESCRIPTOR), 3, 1240, 1, 0, 0)
+        identity = struct.pack("<HHIIII", len(DESCRIPTOR), 3, 1240, 1, 0, 0)
         names = b"bent transmitter".ljust(128, b"\0") + bytes(64) + bytes(64)
-        os.write(self._kernel, struct.pack("<I", self._CREATE) + names + identity + self._DESCRIPTOR)
+        os.write(self._kernel, struct.pack("<I", self._CREATE) + names + identity + DESCRIPTOR)
         wait_for(lambda: hidraw_nodes() != before)
         threading.Thread(target=self._serve, daemon=True).start()
 
@@ -88,6 +91,99 @@ class BentTransmitter:
     def __exit__(self, *_):
         os.write(self._kernel, struct.pack("<I", 1))  # UHID_DESTROY
         wait_for(lambda: not hidraw_nodes())
+
+
+class UsbTransmitter:
+    """The same on USB. `reply` may take its time; without it the device takes no report."""
+
+    _GADGET = pathlib.Path("/sys/kernel/config/usb_gadget/bent")
+
+    def __init__(self, reply: Callable[[bytes], Iterable[bytes]] | None):
+        self._reply = reply
+        self._create("hid.bent")
+        self._plug_in()
+        if reply:
+            threading.Thread(target=self._serve, daemon=True).start()
+
+    def _create(self, function: str) -> None:
+        configuration = self._GADGET / "configs/c.1"
+        configuration.mkdir(parents=True)
+        (self._GADGET / "idVendor").write_text("1240")
+        (self._GADGET / "idProduct").write_text("1")
+        self._function = self._GADGET / "functions" / function
+        self._function.mkdir()
+        if function.startswith("hid"):
+            (self._function / "report_length").write_text("64")
+            (self._function / "report_desc").write_bytes(DESCRIPTOR)
+        (configuration / function).symlink_to(self._function)
+
+    def _plug_in(self) -> None:
+        (self._GADGET / "UDC").write_text("dummy_udc.0")
+        wait_for(hidraw_nodes)
+
+    def _serve(self) -> None:
+        try:
+            with open("/dev/hidg0", "r+b", buffering=0) as reports:
+                while payload := reports.read(64):
+                    for report in self._reply(payload[: payload[0]]):
+                        reports.write(report)
+        except OSError:
+            pass  # it was unplugged
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        (self._GADGET / "UDC").write_text("\n")
+        wait_for(lambda: not hidraw_nodes())
+        (self._GADGET / "configs/c.1" / self._function.name).unlink()
+        for folder in (self._GADGET / "configs/c.1", self._function, self._GADGET):
+            folder.rmdir()
+
+
+class StallingTransmitter(UsbTransmitter):
+    """One whose output endpoint is halted, through the kernel's function file system."""
+
+    _PLACE = pathlib.Path("/run/stalling")
+
+    def __init__(self):
+        self._create("ffs.bent")
+        self._PLACE.mkdir(exist_ok=True)
+        subprocess.run(["mount", "-t", "functionfs", "bent", self._PLACE], check=True)
+        self._control = os.open(self._PLACE / "ep0", os.O_RDWR)
+        interface = struct.pack("<BBBBBBBBB", 9, 4, 0, 0, 2, 3, 0, 0, 0)
+        hid = struct.pack("<BBHBBBH", 9, 0x21, 0x0111, 0, 1, 0x22, len(DESCRIPTOR))
+        endpoints = b"".join(struct.pack("<BBBBHB", 7, 5, address, 3, 64, 4) for address in (0x81, 0x02))
+        speeds = 2 * (interface + hid + endpoints)  # full and high
+        os.write(self._control, struct.pack("<IIIII", 3, 20 + len(speeds), 3, 4, 4) + speeds)
+        os.write(self._control, struct.pack("<IIII", 2, 16, 0, 0))  # no strings
+        threading.Thread(target=self._answer, daemon=True).start()
+        self._plug_in()
+        endpoint = os.open(self._PLACE / "ep2", os.O_RDWR)
+        try:
+            os.write(endpoint, b"against its direction, which halts it")
+        except OSError:
+            pass
+        os.close(endpoint)
+
+    def _answer(self) -> None:
+        while True:
+            event = os.read(self._control, 12)
+            kind, request = event[8], struct.unpack_from("<BBHHH", event)
+            if kind != 4:  # not a request of the host
+                continue
+            try:
+                if request[0] & 0x80:
+                    os.write(self._control, DESCRIPTOR[: request[4]])
+                else:
+                    os.read(self._control, 0)
+            except OSError:
+                pass  # the host has given it up
+
+    def __exit__(self, *_):
+        super().__exit__()
+        os.close(self._control)
+        subprocess.run(["umount", "-l", self._PLACE], check=True)
 
 
 def good_reply(frame: bytes) -> list[bytes]:

@@ -15,7 +15,9 @@ import tempfile
 import time
 import unittest
 
-from kernel_devices import BentTransmitter, Simulator, good_reply, hidraw_nodes, is_poll, wait_for
+from kernel_devices import (
+    BentTransmitter, Simulator, StallingTransmitter, UsbTransmitter, good_reply, hidraw_nodes, is_poll, wait_for,
+)
 
 WORK = pathlib.Path(tempfile.mkdtemp())
 CTL = WORK / "ventoctl"
@@ -28,6 +30,8 @@ KEYBOARD = {"vendorId": 0x046D, "productId": 0xC31C}
 FIRST_KIND = {"vendorId": 1240, "productId": 83}
 SECOND_KIND = {"vendorId": 11025, "productId": 1}
 QUICK = {"reportMicroseconds": 0}
+USB = "--gadget"
+COMPOSITE = (USB, "--keyboard")  # a keyboard of the same vendor is the transmitter's first interface
 
 
 def start(*arguments, user: int = 0) -> subprocess.Popen:
@@ -53,18 +57,46 @@ def access(user: int = 0) -> list[str]:
     return [each["access"] for each in run("devices", user=user).json["interfaces"]]
 
 
+def let_usb_devices_sleep() -> None:
+    for device in pathlib.Path("/sys/bus/usb/devices").glob("*/power/autosuspend_delay_ms"):
+        device.write_text("0")
+        (device.parent / "control").write_text("auto")
+
+
 class Programming(unittest.TestCase):
     def test_either_kind_behind_foreign_devices_keeps_what_it_is_given(self):
         for kind in (FIRST_KIND, SECOND_KIND):
             image = WORK / f"image-{kind['vendorId']}.json"
-            scenario = {"interfaces": [KEYBOARD, KEYBOARD, kind], "image": str(image), **QUICK}
-            with self.subTest(kind=kind):
-                with Simulator(SIMULATOR, scenario):
-                    self.assertEqual(run("program", PROGRAMME).result, 0)
-                    self.assertEqual(access(), ["unknown", "unknown", "ok"])
-                self.assertEqual(json.loads(image.read_text())["free"], 0)
-                with Simulator(SIMULATOR, scenario):
-                    self.assertIn("PROVA 2B", run("read").json["message"])
+            for options, others in (((), [KEYBOARD, KEYBOARD]), (COMPOSITE, [KEYBOARD])):
+                scenario = {"interfaces": [*others, kind], "image": str(image), **QUICK}
+                image.unlink(missing_ok=True)
+                with self.subTest(kind=kind, options=options):
+                    with Simulator(SIMULATOR, scenario, *options):
+                        let_usb_devices_sleep()
+                        self.assertEqual(run("program", PROGRAMME).result, 0)
+                        self.assertEqual(access(), ["unknown", "unknown", "ok"])
+                    self.assertEqual(json.loads(image.read_text())["free"], 0)
+                    with Simulator(SIMULATOR, scenario, *options):
+                        self.assertIn("PROVA 2B", run("read").json["message"])
+
+
+class TwoPrograms(unittest.TestCase):
+    def test_the_second_one_is_told_and_the_first_one_is_not_disturbed(self):
+        trace = WORK / "trace-first.jsonl"
+        for end in (signal.SIGINT, signal.SIGKILL):
+            trace.write_text("")
+            with Simulator(SIMULATOR, {"interfaces": [FIRST_KIND], "remote": None, **QUICK}, USB):
+                first = start("program", PROGRAMME, "--trace", trace)
+                wait_for(lambda: trace.read_text().count("close") > 3)
+                self.assertEqual(access(), ["busy"])
+                second = run("read")
+                self.assertEqual(second.status, 2)
+                self.assertIn("another VENTO", second.stderr)
+                self.assertIsNone(first.poll())
+                first.send_signal(end)
+                first.communicate()
+                self.assertNotRegex(trace.read_text(), '"(ok|found)":false')
+                self.assertEqual(access(), ["ok"], "its lock ends with a process, however that ends")
 
 
 class Access(unittest.TestCase):
@@ -84,8 +116,9 @@ class Access(unittest.TestCase):
         self.addCleanup(daemon.terminate)
         ping = ["udevadm", "control", "--ping"]
         wait_for(lambda: subprocess.run(ping, stderr=subprocess.DEVNULL).returncode == 0)
-        for kind in (FIRST_KIND, SECOND_KIND):
-            with self.subTest(kind=kind), Simulator(SIMULATOR, {"interfaces": [KEYBOARD, kind], **QUICK}):
+        for interfaces, options in (([KEYBOARD, FIRST_KIND], ()), ([SECOND_KIND], COMPOSITE)):
+            scenario = {"interfaces": interfaces, **QUICK}
+            with self.subTest(options=options), Simulator(SIMULATOR, scenario, *options):
                 keyboard, transmitter = hidraw_nodes()
                 subprocess.run(["udevadm", "settle"], check=True)
                 wait_for(lambda: self.is_marked(transmitter))
@@ -114,14 +147,19 @@ class Unplugging(unittest.TestCase):
     STATUSES = {0, 2, 3, 5, 6, 9, 10, 11, 12, 18, 19, 21}
 
     def test_at_any_point_it_fails_cleanly_and_the_next_run_succeeds(self):
-        for cycle, when in ((1, "read"), (3, "write"), (8, "open"), (8, "read"), (20, "write")):
+        for cycle, when, *options in (
+            (1, "read"), (3, "write"), (8, "open"), (8, "read"), (20, "write"),
+            (1, "open", USB), (8, "read", USB), (20, "write", USB),
+        ):
             fault = {"cycle": cycle, "kind": "unplugged", "when": when, "forMilliseconds": 200}
             scenario = {"interfaces": [KEYBOARD, FIRST_KIND], "faults": [fault], **QUICK}
-            with self.subTest(cycle=cycle, when=when), Simulator(SIMULATOR, scenario) as simulator:
+            subtest = self.subTest(cycle=cycle, when=when, options=options)
+            with subtest, Simulator(SIMULATOR, scenario, *options) as simulator:
                 outcome = run("program", PROGRAMME)
                 self.assertIn(outcome.status, self.STATUSES)
                 self.assertFalse(outcome.json["progressBar"]["visible"])
-                simulator.wait_for_line("/dev/hidraw", times=3)
+                simulator.wait_for_line("dummy_udc" if options else "/dev/hidraw", times=3)
+                wait_for(lambda: access() == ["unknown", "ok"])
                 self.assertIn(f"unplugged at frame {cycle}", simulator.lines)
                 self.assertEqual(run("program", PROGRAMME).result, 0)
 
@@ -162,6 +200,32 @@ class Misbehaviour(unittest.TestCase):
 
             with BentTransmitter(reply):
                 self.assertEqual(run("read").result, self.VERSION_UNREAD)
+
+
+class UsbMisbehaviour(unittest.TestCase):
+    VERSION_UNREAD, CANCELLED = Misbehaviour.VERSION_UNREAD, Misbehaviour.CANCELLED
+
+    def test_a_transmitter_that_takes_no_report_is_given_a_second_at_each(self):
+        trace = WORK / "trace-stuck.jsonl"
+        trace.touch()
+        for make, needed in ((lambda: UsbTransmitter(None), 1), (StallingTransmitter, 20)):
+            with self.subTest(failures=needed), make():
+                process, started = start("read", "--trace", trace), time.monotonic()
+                failed = lambda: [line for line in trace.read_text().splitlines() if '"write","ok":false' in line]
+                wait_for(lambda: len(failed()) >= needed)
+                process.send_signal(signal.SIGINT)
+                self.assertEqual(Outcome(process).result, self.CANCELLED)
+                self.assertLess(time.monotonic() - started, 60)
+                trace.write_text("")
+
+    def test_a_reply_that_comes_too_late_is_no_reply(self):
+        def reply(frame):
+            if not is_poll(frame):
+                time.sleep(1.5)
+            return good_reply(frame)
+
+        with UsbTransmitter(reply):
+            self.assertEqual(run("read").result, self.VERSION_UNREAD)
 
 
 def prepare(programs: pathlib.Path) -> None:
