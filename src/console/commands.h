@@ -84,14 +84,16 @@ extern const CommandEntry kProgramCommand;
 extern const CommandEntry kReadCommand;
 extern const CommandEntry kCheckCommand;
 extern const CommandEntry kDevicesCommand;
+extern const CommandEntry kExplainCommand;
 extern const CommandEntry kEncodeCommand;
 extern const CommandEntry kDecodeCommand;
 extern const CommandEntry kHelpCommand;
 extern const CommandEntry kVersionCommand;
 
 /// All commands, in the order in which the help names them.
-inline constexpr std::array kCommands{&kProgramCommand, &kReadCommand,   &kCheckCommand, &kDevicesCommand,
-                                      &kEncodeCommand,  &kDecodeCommand, &kHelpCommand,  &kVersionCommand};
+inline constexpr std::array kCommands{&kProgramCommand, &kReadCommand,    &kCheckCommand,
+                                      &kDevicesCommand, &kExplainCommand, &kEncodeCommand,
+                                      &kDecodeCommand,  &kHelpCommand,    &kVersionCommand};
 
 /// The options that every command has.
 [[nodiscard]] std::span<const OptionEntry> CommonOptions();

@@ -1,6 +1,7 @@
 #include "console/console_machine.h"
 
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 #include "console/failure.h"
@@ -12,6 +13,8 @@
 
 namespace vento::console {
 namespace {
+
+constexpr std::size_t kTraceBeginning = 256;  // bytes in which it shows itself to be one
 
 simulator::Scenario ScenarioFor(const std::string& path) {
     return path.empty() ? simulator::Scenario{} : simulator::LoadScenario(path);
@@ -25,6 +28,20 @@ void RequireOther(const std::string& trace, const std::filesystem::path& input) 
                       Fill({"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."},
                            {Utf8FromPath(input)}));
     }
+}
+
+// What `--simulate` names may be a trace, too.
+std::unique_ptr<RecordedHidHost> MakeRecordedHost(const Console& console) {
+    const auto& simulate = console.options.simulate;
+    if (!simulate || simulate->empty()) return nullptr;
+    std::error_code unknown;
+    const auto path = PathFromUtf8(*simulate);
+    if (!std::filesystem::is_regular_file(path, unknown)) return nullptr;
+    std::string beginning(kTraceBeginning, '\0');
+    std::ifstream(path, std::ios::binary)
+        .read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
+    if (!LooksLikeTrace(beginning)) return nullptr;
+    return std::make_unique<RecordedHidHost>(LoadTrace(*simulate, console.terminal), *simulate);
 }
 
 std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& options,
@@ -72,12 +89,18 @@ std::optional<std::string> ConsoleDesktop::LanguageAbbreviation() {
 ConsoleMachine::ConsoleMachine(const Console& console)
     : files_(platform::MakeNativeFiles()),
       clock_(platform::MakeNativeClock()),
-      simulated_(MakeSimulatedHost(console.options, *clock_)),
-      native_(simulated_ ? nullptr : platform::MakeNativeHidHost()),
+      recorded_(MakeRecordedHost(console)),
+      simulated_(recorded_ ? nullptr : MakeSimulatedHost(console.options, *clock_)),
+      native_(recorded_ || simulated_ ? nullptr : platform::MakeNativeHidHost()),
       trace_(MakeTrace(console.options)),
-      hid_(simulated_ ? static_cast<platform::HidHost&>(*simulated_) : *native_, console.terminal,
-           trace_ ? &*trace_ : nullptr),
+      hid_(Host(), console.terminal, trace_ ? &*trace_ : nullptr),
       desktop_(console.terminal, console.notices, console.language) {}
+
+platform::HidHost& ConsoleMachine::Host() {
+    if (recorded_) return *recorded_;
+    if (simulated_) return *simulated_;
+    return *native_;
+}
 
 void ConsoleMachine::Finish() {
     if (simulated_) {

@@ -9,6 +9,7 @@
 
 #include "console/commands.h"
 #include "console/notices.h"
+#include "console/recorded_host.h"
 #include "console/trace.h"
 #include "console/traced_hid_host.h"
 #include "panel/run_operation.h"
@@ -57,8 +58,8 @@ class ConsoleDesktop final : public platform::Desktop {
     std::string latestDetail_;
 };
 
-/// The machine that the options ask for: this one, or one with a simulated transmitter and remote; traced if
-/// they say so.
+/// The machine that the options ask for: this one, one with a simulated transmitter and remote, or one with
+/// those that a trace has recorded; traced if they say so.
 class ConsoleMachine {
   public:
     /// Throws Failure if the scenario can't be used or the trace can't be written.
@@ -66,7 +67,7 @@ class ConsoleMachine {
 
     [[nodiscard]] Machine ForPanel() { return {hid_, desktop_, *files_, *clock_, BackEnd()}; }
     [[nodiscard]] platform::HidBackEnd BackEnd() const {
-        return simulated_ ? platform::HidBackEnd::simulation : platform::NativeHidBackEnd();
+        return simulated_ || recorded_ ? platform::HidBackEnd::simulation : platform::NativeHidBackEnd();
     }
     [[nodiscard]] TracedHidHost& Hid() { return hid_; }
     [[nodiscard]] ConsoleDesktop& Desktop() { return desktop_; }
@@ -77,8 +78,11 @@ class ConsoleMachine {
     void Finish();
 
   private:
+    [[nodiscard]] platform::HidHost& Host();
+
     std::unique_ptr<platform::Files> files_;
     std::unique_ptr<platform::Clock> clock_;
+    std::unique_ptr<RecordedHidHost> recorded_;               ///< this,
     std::unique_ptr<simulator::SimulatedHidHost> simulated_;  ///< this or
     std::unique_ptr<platform::HidHost> native_;               ///< this
     std::optional<Trace> trace_;

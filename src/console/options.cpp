@@ -17,17 +17,19 @@ constexpr Phrase kNoName{"", ""};
 constexpr Phrase kFile{"FILE", "FILE"};
 
 constexpr std::array kCommonOptions{
-    OptionEntry{
-        "simulate",
-        '\0',
-        Value::behindEquals,
-        {"SCENARIO", "SCENARIO"},
-        {"Lavora con un trasmettitore e un telecomando simulati, semplici o come dice il file SCENARIO",
-         "Work on a simulated transmitter and remote, plain or as the file SCENARIO says"},
-        [](Options& options, std::string_view value) {
-            options.simulate = value;
-            return true;
-        }},
+    OptionEntry{"simulate",
+                '\0',
+                Value::behindEquals,
+                {"SCENARIO", "SCENARIO"},
+                {"Lavora con un trasmettitore e un telecomando simulati, semplici o come dice il file "
+                 "SCENARIO, che può "
+                 "essere una traccia",
+                 "Work on a simulated transmitter and remote, plain or as the file SCENARIO says, which may "
+                 "be a trace"},
+                [](Options& options, std::string_view value) {
+                    options.simulate = value;
+                    return true;
+                }},
     OptionEntry{"language",
                 '\0',
                 Value::required,

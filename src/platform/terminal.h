@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,10 @@ class Terminal {
 
     /// How often the operator has pressed Ctrl-C.
     [[nodiscard]] virtual int Interrupts() const = 0;
+
+    /// Waits for bytes on standard input and puts as many as there are into `buffer`. Their number; 0 at the
+    /// end of the input, and when the operator has pressed Ctrl-C or an end is demanded. Throws FileError.
+    [[nodiscard]] virtual std::size_t ReadInput(std::span<char> buffer) const = 0;
 
     /// The exit status to end with at once: 130 when the operator has pressed Ctrl-C twice, 128 and the
     /// signal's number when the system wants the program gone. Nothing as long as it may go on.

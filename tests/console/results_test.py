@@ -39,7 +39,7 @@ class Usage(ConsoleTest):
         general, err = self.run_console(0, "--help")
         self.assertEqual((general, err), self.run_console(0, "help"))
         self.assertTrue("--simulate[=SCENARIO]" in general and "18   Error 19: " in general and err == "", general)
-        for command in ("program", "read", "check", "devices", "encode", "decode", "help", "version"):
+        for command in ("program", "read", "check", "devices", "explain", "encode", "decode", "help", "version"):
             self.assertIn(f"\n  {command} ", general)
             own = self.run_console(0, "help", command)[0]
             self.assertEqual(own, self.run_console(0, command, "-h", "--language=en")[0])

@@ -1,13 +1,17 @@
 #include "platform/terminal.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <string_view>
+
+#include "platform/file_error.h"
 
 namespace vento::platform {
 namespace {
@@ -73,6 +77,20 @@ class PosixTerminal final : public Terminal {
         winsize size{};
         if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
         return size.ws_col;
+    }
+
+    // A signal that comes in just before the wait is seen at the next look.
+    [[nodiscard]] std::size_t ReadInput(std::span<char> buffer) const override {
+        constexpr int kLookMilliseconds = 200;
+        while (interrupts == 0 && endStatus == 0) {
+            pollfd input{STDIN_FILENO, POLLIN, 0};
+            const int ready = ::poll(&input, 1, kLookMilliseconds);
+            const ssize_t count = ready > 0 ? ::read(STDIN_FILENO, buffer.data(), buffer.size()) : ready;
+            if (ready > 0 && count >= 0) return static_cast<std::size_t>(count);
+            if (count < 0 && errno != EINTR && errno != EAGAIN)
+                throw FileError(std::error_code(errno, std::generic_category()));
+        }
+        return 0;
     }
 
     [[nodiscard]] int Interrupts() const override { return interrupts; }

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <span>
 
+#include "platform/file_error.h"
 #include "platform/windows/system.h"
 #include "platform/windows/text.h"
 
@@ -77,6 +78,17 @@ class WindowsTerminal final : public Terminal {
         if (::GetConsoleScreenBufferInfo(StandardError(), &info) == 0) return kUsualColumns;
         const int columns = info.srWindow.Right - info.srWindow.Left + 1;
         return static_cast<std::size_t>(columns);
+    }
+
+    [[nodiscard]] std::size_t ReadInput(std::span<char> buffer) const override {
+        DWORD count = 0;
+        if (::ReadFile(::GetStdHandle(STD_INPUT_HANDLE), buffer.data(), static_cast<DWORD>(buffer.size()),
+                       &count, nullptr) != 0) {
+            return count;
+        }
+        const DWORD error = ::GetLastError();  // whoever wrote into the pipe is gone; Ctrl-C
+        if (error == ERROR_BROKEN_PIPE || error == ERROR_OPERATION_ABORTED) return 0;
+        throw FileError(SystemError(error));
     }
 
     [[nodiscard]] int Interrupts() const override { return interrupts; }

@@ -1,0 +1,37 @@
+#include "console/input.h"
+
+#include <vector>
+
+#include "console/failure.h"
+#include "platform/native.h"
+
+namespace vento::console {
+namespace {
+
+constexpr std::size_t kLargestInput = std::size_t{1} << 30U;
+
+}  // namespace
+
+std::string ReadStandardInput(const platform::Terminal& terminal) {
+    constexpr std::size_t kPiece = 65536;
+    std::string bytes;
+    std::vector<char> piece(kPiece);
+    while (const std::size_t count = terminal.ReadInput(piece)) {
+        if (count > kLargestInput - bytes.size()) throw platform::FileTooLarge();
+        bytes.append(piece.data(), count);
+    }
+    EndIfDemanded(terminal);
+    if (terminal.Interrupts() > 0) throw EndedAtOnce{kInterrupted};
+    return bytes;
+}
+
+std::string ReadInput(const std::string& path, const platform::Terminal& terminal) {
+    try {
+        return path == kStandardStream ? ReadStandardInput(terminal)
+                                       : platform::MakeNativeFiles()->ReadAll(path, kLargestInput);
+    } catch (const platform::FileError& error) {
+        throw Failure(kMissingInput, About(path, error));
+    }
+}
+
+}  // namespace vento::console

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "platform/terminal.h"
+
+namespace vento::console {
+
+/// The name that stands for standard input among the files to read, and for standard output among those to
+/// write.
+inline constexpr const char* kStandardStream = "-";
+
+/// All bytes of a regular file, or of standard input for "-"; 1 GiB at the most. Throws Failure with
+/// `kMissingInput`, and EndedAtOnce after Ctrl-C while it waits for standard input.
+[[nodiscard]] std::string ReadInput(const std::string& path, const platform::Terminal& terminal);
+
+/// The same of standard input alone; throws platform::FileError in place of Failure.
+[[nodiscard]] std::string ReadStandardInput(const platform::Terminal& terminal);
+
+}  // namespace vento::console
