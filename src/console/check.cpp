@@ -10,7 +10,7 @@
 #include "console/text_layout.h"
 #include "console/warnings.h"
 #include "panel/form_web.h"
-#include "programme/blanks.h"
+#include "programme/fields.h"
 #include "protocol/code_lists.h"
 #include "protocol/commands.h"
 #include "protocol/read_back.h"

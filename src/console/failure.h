@@ -45,7 +45,7 @@ struct EndedAtOnce {
 
 /// Throws EndedAtOnce if termination was requested.
 inline void EndIfDemanded(const platform::Terminal& terminal) {
-    if (const auto status = terminal.EndDemanded()) throw EndedAtOnce{*status};
+    if (const auto status = terminal.TerminationRequested()) throw EndedAtOnce{*status};
 }
 
 }  // namespace vento::console

@@ -6,7 +6,7 @@
 #include "console/failure.h"
 #include "console/notices.h"
 #include "console/text_layout.h"
-#include "programme/blanks.h"
+#include "programme/fields.h"
 #include "text/language.h"
 
 namespace vento::console {

@@ -7,8 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "programme/blanks.h"
-#include "programme/decimal.h"
+#include "programme/fields.h"
 #include "protocol/commands.h"
 
 namespace vento::console {

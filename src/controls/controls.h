@@ -6,25 +6,23 @@
 #include <utility>
 #include <vector>
 
-/// The controls of a form as plain values. Each tells one observer, at most, when something about it has
-/// changed.
+/// The controls of a form as plain values. Each notifies one observer, at most, after a change.
 namespace vento {
 
-/// Tells whoever looks at a control that it is not what it was. The observer is called after the change, on
-/// the thread that made it.
+/// Notifies the observer of a control after a change, on the thread that made it.
 class ChangeSignal {
   public:
     void Observe(std::function<void()> observer) { observer_ = std::move(observer); }
 
-    /// Gives `value` to `field`, and tells of it if that makes a difference.
+    /// Assigns `value` to `field`, and notifies if that makes a difference.
     template <class Field, class Value>
     void Assign(Field& field, Value&& value) const {
         if (field == value) return;
         field = std::forward<Value>(value);
-        Tell();
+        Notify();
     }
 
-    void Tell() const {
+    void Notify() const {
         if (observer_) observer_();
     }
 
@@ -96,11 +94,11 @@ class ListView {
     void Clear() {
         if (items_.empty()) return;
         items_.clear();
-        changed_.Tell();
+        changed_.Notify();
     }
     void Add(std::string_view text) {
         items_.emplace_back(text);
-        changed_.Tell();
+        changed_.Notify();
     }
     void Observe(std::function<void()> observer) { changed_.Observe(std::move(observer)); }
 

@@ -5,7 +5,7 @@
 
 #include "panel/advice.h"
 #include "panel/message_table.h"
-#include "programme/blanks.h"
+#include "programme/fields.h"
 
 namespace vento {
 namespace {

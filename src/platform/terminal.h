@@ -34,12 +34,12 @@ class Terminal {
     [[nodiscard]] virtual std::size_t ReadInput(std::span<char> buffer) const = 0;
 
     /// The exit status to end with at once: 130 when the operator has pressed Ctrl-C twice, 128 and the
-    /// signal's number when the system wants the program gone. Nothing as long as it may go on.
-    [[nodiscard]] virtual std::optional<int> EndDemanded() const = 0;
+    /// signal's number when a signal has requested termination. Nothing as long as it may go on.
+    [[nodiscard]] virtual std::optional<int> TerminationRequested() const = 0;
 };
 
-/// Takes charge of the process's interrupts and standard streams; there is one of it, made first of all. A
-/// demand to end is answered by the program itself, the next of the same kind by the system.
+/// Takes charge of the process's interrupts and standard streams; there is one of it, made first of all. The
+/// first request to terminate is answered by the program itself, the next of the same kind by the system.
 [[nodiscard]] std::unique_ptr<Terminal> MakeNativeTerminal();
 
 /// What stands behind the program's name on its command line, as UTF-8.

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <vector>
 
-#include "programme/decimal.h"
+#include "programme/fields.h"
 #include "text/encoding.h"
 
 namespace vento {
@@ -111,7 +111,7 @@ Sentence DescribeLoadProblem(const LoadProblem& problem) {
     const Sentence reason = DescribeLoadReason(problem);
     if (problem.line == 0) return reason;
     return Fill({"Riga {0}, campo {1}: {2}", "Line {0}, field {1}: {2}"},
-                {std::to_string(problem.line), std::to_string(problem.field), reason});
+                {std::to_string(problem.line), std::to_string(problem.field + 1), reason});
 }
 
 Sentence DescribeLoadReason(const LoadProblem& problem) {

@@ -38,11 +38,11 @@ struct LoadProblem {
     };
     Reason reason = Reason::empty;
     std::size_t line = 0;   ///< counted from 1; with `missingField` and `badColumn` only
-    std::size_t field = 0;  ///< counted from 0, like the columns of the format; with the same two
+    std::size_t field = 0;  ///< counted from 0; with the same two
     Sentence systemReason;
 };
 
-/// Why a programme file did not load, in a sentence or two, behind the line and the field.
+/// Why a programme file did not load, in a sentence or two, behind the line and the field, counted from 1.
 [[nodiscard]] Sentence DescribeLoadProblem(const LoadProblem& problem);
 
 /// The same without the line and the field.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "programme/decimal.h"
+#include "programme/fields.h"
 #include "protocol/commands.h"
 
 namespace vento {

@@ -48,7 +48,7 @@ struct Reply {
     Payload payload{};
 };
 
-/// These bits of one byte of a report, counted from the status, are the other way round.
+/// Inverts these bits in one byte of a report, counted from the status.
 struct Flip {
     std::uint8_t byte = 0;  ///< 0 to 63
     std::uint8_t mask = 0;

@@ -5,7 +5,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "simulator/word_runs_json.h"
+#include "simulator/image.h"
 #include "storage/json.h"
 #include "storage/text_file.h"
 #include "text/encoding.h"

@@ -82,7 +82,7 @@ class Program(ConsoleTest):
             (15, 15, unusable, {}, "Attention an error occurred! Repeat programming", "value 3"),
             (2, None, EXAMPLE, {"interfaces": []}, "Transmitter not connected"),
             (2, None, EXAMPLE, refused, "Transmitter not connected", "does not let"),
-            (65, None, unloadable, {}, "Line 2, field 1: missing"),
+            (65, None, unloadable, {}, "Line 2, field 2: missing"),
             (66, None, "none.qlb", {}, "none.qlb"),
         ):
             arguments = ["program", path, self.simulate(**scenario), "--language", "eng"]

@@ -71,9 +71,9 @@ TEST(Open, LoadsOrSaysWhyNot) {
     // The file, if there is one, and what is said in Italian and in English.
     const std::vector<std::tuple<std::optional<std::string>, std::string, std::string>> cases{
         {Line(2, "Beta", "1"), "", ""},
-        {"1;a;1;;\n1\n", "Riga 2, campo 1: " + fields, "Line 2, field 1: " + needed},
-        {"1;a;1;;\n4;b;1;;\n", "Riga 2, campo 0: il numero della colonna deve essere 1, 2 o 3.",
-         "Line 2, field 0: the column number has to be 1, 2 or 3."},
+        {"1;a;1;;\n1\n", "Riga 2, campo 2: " + fields, "Line 2, field 2: " + needed},
+        {"1;a;1;;\n4;b;1;;\n", "Riga 2, campo 1: il numero della colonna deve essere 1, 2 o 3.",
+         "Line 2, field 1: the column number has to be 1, 2 or 3."},
         {"", "Il file \u00E8 vuoto.", "The file is empty."},
         {std::string((64UL << 20) + 1, '\n'),
          "Il file \u00E8 troppo grande per essere un file di programmazione.",

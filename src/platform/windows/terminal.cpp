@@ -93,7 +93,7 @@ class WindowsTerminal final : public Terminal {
 
     [[nodiscard]] int Interrupts() const override { return interrupts; }
 
-    [[nodiscard]] std::optional<int> EndDemanded() const override {
+    [[nodiscard]] std::optional<int> TerminationRequested() const override {
         const int status = endStatus;
         return status != 0 ? std::optional(status) : std::nullopt;
     }

@@ -4,9 +4,15 @@
 #include <optional>
 #include <string_view>
 
-#include "programme/blanks.h"
-
+/// The pieces of a programme file as texts and numbers.
 namespace vento {
+
+/// `text` without the blanks (U+0020, and no other white space) around it.
+[[nodiscard]] constexpr std::string_view TrimBlanks(std::string_view text) {
+    const auto first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
 
 /// The value of a run of decimal digits with blanks around it, leading zeros included; nothing if `text` is
 /// anything else or the value is above `maximum`, which is at most 65535.
