@@ -15,7 +15,8 @@ from common import eventually
 KEYS = {"Tab": 9, "Return": 13, "Escape": 27, "space": 32}
 WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_KEYDOWN, WM_KEYUP, WM_SYSCHAR, WM_SYSCOMMAND, WM_DROPFILES, WM_DPICHANGED = (
     0x10, 0x16, 0xF5, 0x100, 0x101, 0x106, 0x112, 0x233, 0x2E0)
-ACCESSIBLE_NAME = "608d3df8-8128-4aa7-a428-f55e49267291"
+CLASSES = {"list": "ListBox", "progress bar": "msctls_progress32"}
+ACCESSIBLE_NAME, ACCESSIBLE_DESCRIPTION = "608d3df8-8128-4aa7-a428-f55e49267291", "4d48dfe4-bd3f-491f-a648-492d6f20c588"
 SC_HOLD_CAPTION, SC_KEYMENU = 0xF012, 0xF100
 
 
@@ -45,12 +46,26 @@ class Window(common.Window):
             self.drive("lend", self.form()["handle"], WM_DPICHANGED, 0x10001 * int(96 * each),
                        *struct.pack("<4i", 10, 10, 400, 400))
 
+    def told(self, what, controls):
+        """What screen readers are told of these controls. Wine cuts off what is long."""
+        pattern = rf'SetHwndPropStr \((\w+) \d+ 0 {{{what}}} L"(.*)"(?:\.\.\.)?\)'
+        log = pathlib.Path(self.log.name).read_text(errors="replace")
+        texts = {str(int(handle, 16)): text for handle, text in re.findall(pattern, log)}
+        letter = re.compile(r"\\([0-9a-f]{4}|.)")
+
+        def plain(escaped):
+            code = escaped[1]
+            return chr(int(code, 16)) if len(code) == 4 else {"n": "\n"}.get(code, code)
+        return [letter.sub(plain, texts.get(each["handle"], "")) for each in controls]
+
     def names(self, role):
-        """The names that screen readers are told of."""
-        told = pathlib.Path(self.log.name).read_text(errors="replace")
-        pattern = rf'SetHwndPropStr \((\w+) \d+ 0 {{{ACCESSIBLE_NAME}}} L"(.*)"\)'
-        names = {str(int(handle, 16)): name for handle, name in re.findall(pattern, told)}
-        return [names.get(each["handle"]) for each in self.controls({"list": "ListBox"}[role])]
+        return self.told(ACCESSIBLE_NAME, self.controls(CLASSES[role]))
+
+    def descriptions(self, role):
+        return self.told(ACCESSIBLE_DESCRIPTION, self.controls(CLASSES[role]))
+
+    def description(self, caption):
+        return self.told(ACCESSIBLE_DESCRIPTION, [self.buttons()[caption]])[0]
 
     @contextlib.contextmanager
     def spoken(self):

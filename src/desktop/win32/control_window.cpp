@@ -37,9 +37,11 @@ void ToolTips::SetText(HWND window, const std::wstring& text) const {
     tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
     tool.hwnd = form_;
     tool.uId = reinterpret_cast<UINT_PTR>(window);
+    // A tip that is up stays so while its text changes.
+    const bool isKnown = ::SendMessageW(tips_, TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&tool)) != 0;
     tool.lpszText = copy.data();
-    ::SendMessageW(tips_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-    if (!text.empty()) ::SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    const UINT change = text.empty() ? TTM_DELTOOLW : isKnown ? TTM_UPDATETIPTEXTW : TTM_ADDTOOLW;
+    ::SendMessageW(tips_, change, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
 void ToolTips::Scale(int dotsPerInch) const {
@@ -89,8 +91,6 @@ ControlWindow::ControlWindow(FormParts& parts, const ControlLayout& layout, cons
     }
     // Without one, screen readers take the text before a list or a bar for its name.
     if (!name.empty()) parts_.accessibility.SetName(handle_, name);
-    const std::string tip = ToolTipOf(layout_, parts_.language);
-    if (!tip.empty()) SetTip(platform::Wide(tip));
 }
 
 ControlWindow::~ControlWindow() {
@@ -129,7 +129,9 @@ void ControlWindow::Enable(bool enabled) {
     if (::GetFocus() == parts_.refuge) ::SetFocus(handle_);
 }
 
-void ControlWindow::SetTip(const std::wstring& text) const {
+void ControlWindow::SetTip(const std::wstring& text) {
+    if (text == tip_) return;
+    tip_ = text;
     parts_.toolTips.SetText(handle_, text);
     parts_.accessibility.SetDescription(handle_, text);
 }

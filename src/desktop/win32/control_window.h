@@ -92,13 +92,14 @@ class ControlWindow {
     void Enable(bool enabled);
 
     /// Tool tip and accessible description.
-    void SetTip(const std::wstring& text) const;
+    void SetTip(const std::wstring& text);
 
   private:
     FormParts& parts_;
     const ControlLayout& layout_;
     HWND handle_ = nullptr;
     OwnedFont font_;
+    std::wstring tip_;
 };
 
 }  // namespace vento::desktop::win32

@@ -19,9 +19,7 @@ constexpr wchar_t kFrameClass[] = L"FormWeb";
 constexpr int kCancelIndex = 3;
 constexpr int kLowestDensity = 48;
 
-constexpr Phrase kUnfinished{
-    "Chiudendo adesso il telecomando resta programmato a metà: andrà programmato di nuovo.",
-    "Closing now leaves the remote half programmed: it will have to be programmed again."};
+constexpr UINT kRefresh = WM_APP;
 
 HICON LoadIconOfSize(int metric) {
     const int size = ::GetSystemMetrics(metric);
@@ -120,9 +118,9 @@ FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring&
     cancel_.SetCaption(HintText(Help::cancel, form.PanelLanguage()));
     form.Command6(kCancelIndex).Observe([this] {
         cancel_.SetVisible(form_.Command6(kCancelIndex).Enabled());
+        RefreshSoon();
     });
-    form.Label2.Observe([this] { ShowPath(); });
-    ShowPath();
+    Refresh();
     desktop.ObserveOperation([this] { ShowOperation(); });
     ::DragAcceptFiles(Handle(), TRUE);
     ::SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL), 0);
@@ -135,7 +133,6 @@ FormWindow::~FormWindow() {
     ::SetWindowLongPtrW(Handle(), GWLP_USERDATA, 0);
     desktop_.ObserveOperation({});
     form_.Command6(kCancelIndex).Observe({});
-    form_.Label2.Observe({});
     views_.clear();
     frame_.Destroy();
 }
@@ -218,6 +215,9 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
             return 0;
         case WM_DROPFILES:
             DropFiles(reinterpret_cast<HDROP>(wParam));
+            return 0;
+        case kRefresh:
+            Refresh();
             return 0;
         case WM_COPY:
             CopyStatus();
@@ -302,6 +302,7 @@ void FormWindow::Command(int control, int notification) {
     } else if (control >= kFirstControl && (notification == BN_CLICKED || notification == BN_DBLCLK)) {
         Press(static_cast<ControlId>(control - kFirstControl));
     }
+    RefreshSoon();
 }
 
 void FormWindow::Press(ControlId id) {
@@ -336,6 +337,7 @@ void FormWindow::DropFiles(HDROP drop) {
     if (!IsProgrammeFile(path)) return;
     ::SetForegroundWindow(Handle());
     form_.DropFile(platform::Utf8(path));
+    RefreshSoon();
 }
 
 bool FormWindow::Draw(const DRAWITEMSTRUCT& state) {
@@ -364,15 +366,25 @@ void FormWindow::Paint() const {
     ::EndPaint(Handle(), &paint);
 }
 
+// Once for all that changes in a turn.
+void FormWindow::RefreshSoon() {
+    if (!std::exchange(refreshIsDue_, true)) ::PostMessageW(Handle(), kRefresh, 0, 0);
+}
+
 // The controls' own state is not touched: what would do nothing now looks like it, that is all.
+void FormWindow::Refresh() {
+    refreshIsDue_ = false;
+    for (View& each : views_) {
+        ControlWindow& window = std::visit([](auto& view) -> ControlWindow& { return view.Window(); }, each);
+        const ControlId id = window.Layout().id;
+        if (auto* const button = std::get_if<ButtonView>(&each)) button->SetDimmed(IsDimmed(id, form_));
+        window.SetTip(platform::Wide(GuidanceFor(id, form_)));
+    }
+}
+
 void FormWindow::ShowOperation() {
     const bool operating = desktop_.Operating();
-    for (View& each : views_) {
-        auto* const button = std::get_if<ButtonView>(&each);
-        if (button == nullptr) continue;
-        const ControlId id = button->Window().Layout().id;
-        if (id == ControlId::Command2 || id == ControlId::Command4) button->SetDimmed(operating);
-    }
+    Refresh();
     ::DragAcceptFiles(Handle(), operating ? FALSE : TRUE);
     ::PostMessageW(Handle(), WM_SETCURSOR, reinterpret_cast<WPARAM>(Handle()),
                    MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
@@ -392,24 +404,10 @@ void FormWindow::CallForAttention() const {
 }
 
 void FormWindow::ShowProgress(std::optional<int> percent) {
-    const ControlWindow& bar = WindowOf(ControlId::ProgressBar1);
-    const ControlWindow& close = WindowOf(ControlId::Command3);
-    bar.SetTip(percent ? std::to_wstring(*percent) + L"%" : std::wstring());
-    ShowPath();
-    if (percent) close.SetTip(platform::Wide(kUnfinished.In(form_.PanelLanguage())));
+    RefreshSoon();
     if (!taskbar_) return;
     taskbar_->SetProgressState(Handle(), percent ? TBPF_NORMAL : TBPF_NOPROGRESS);
     if (percent) taskbar_->SetProgressValue(Handle(), static_cast<ULONGLONG>(*percent), 100);
-}
-
-// The file that is loaded, and that closing deletes.
-void FormWindow::ShowPath() {
-    const std::wstring path = ShownLines(form_.Label2.Caption());
-    for (const ControlId id : {ControlId::Command3, ControlId::Command4}) {
-        const ControlWindow& window = WindowOf(id);
-        const std::wstring tip = platform::Wide(ToolTipOf(window.Layout(), form_.PanelLanguage()));
-        window.SetTip(path.empty() ? tip : std::wstring(tip).append(L"\n").append(path));
-    }
 }
 
 void FormWindow::CopyStatus() const {

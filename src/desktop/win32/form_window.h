@@ -76,9 +76,10 @@ class FormWindow {
     void DropFiles(HDROP drop);
     [[nodiscard]] bool Draw(const DRAWITEMSTRUCT& state);
     void Paint() const;
+    void RefreshSoon();
+    void Refresh();
     void ShowOperation();
     void ShowProgress(std::optional<int> percent);
-    void ShowPath();
     void CallForAttention() const;
     void CopyStatus() const;
 
@@ -86,6 +87,7 @@ class FormWindow {
     Win32Desktop& desktop_;
     int areaDotsPerInch_ = USER_DEFAULT_SCREEN_DPI;
     HWND focused_ = nullptr;  ///< the control that is to have the focus when the window gets it
+    bool refreshIsDue_ = false;
     HWND pressed_ = nullptr;  ///< the button that began the latest operation
     std::exception_ptr failure_;
     Palette palette_;

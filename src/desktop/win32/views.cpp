@@ -21,15 +21,6 @@ Colour Shaded(const Colour& colour, int percent) {
     return {shade(colour.red), shade(colour.green), shade(colour.blue)};
 }
 
-bool IsSystemGrey(const Colour& colour) {
-    return colour.red == kSystemGrey.red && colour.green == kSystemGrey.green &&
-           colour.blue == kSystemGrey.blue;
-}
-
-DWORD ButtonStyle(const ControlLayout& layout) {
-    return WS_TABSTOP | BS_MULTILINE | (IsSystemGrey(layout.background) ? BS_PUSHBUTTON : BS_OWNERDRAW);
-}
-
 }  // namespace
 
 PictureView::PictureView(FormParts& parts, const ControlLayout& layout)
@@ -37,7 +28,7 @@ PictureView::PictureView(FormParts& parts, const ControlLayout& layout)
 
 ButtonView::ButtonView(FormParts& parts, const ControlLayout& layout, Button& button,
                        std::optional<int> number)
-    : button_(button), window_(parts, layout, WC_BUTTONW, ButtonStyle(layout), number) {
+    : button_(button), window_(parts, layout, WC_BUTTONW, WS_TABSTOP | BS_OWNERDRAW, number) {
     ::SetWindowSubclass(window_.Handle(), FollowMouse, 0, reinterpret_cast<DWORD_PTR>(this));
     button.Observe([this] { Follow(); });
     Follow();
@@ -52,8 +43,7 @@ void ButtonView::Scale(int dotsPerInch) {
 }
 
 void ButtonView::SetDimmed(bool dimmed) {
-    dimmed_ = dimmed;
-    Follow();
+    if (std::exchange(dimmed_, dimmed) != dimmed) Follow();
 }
 
 void ButtonView::Follow() {
@@ -148,13 +138,10 @@ ItemsView::ItemsView(FormParts& parts, const ControlLayout& layout, ListView& li
 
 void ItemsView::Follow() {
     ::SendMessageW(window_.Handle(), LB_RESETCONTENT, 0, 0);
-    std::wstring tip = platform::Wide(window_.Layout().name.In(window_.Parts().language));
     for (const std::string& each : list_.Items()) {
         const std::wstring text = ShownLines(each);
         ::SendMessageW(window_.Handle(), LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
-        tip.append(L"\n").append(text);
     }
-    window_.SetTip(tip);
 }
 
 void ItemsView::Scale(int dotsPerInch) {

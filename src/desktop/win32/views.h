@@ -27,8 +27,7 @@ class PictureView {
     Logo logo_;
 };
 
-/// A button of the system's. One whose background is not the system's grey is drawn here and behaves like the
-/// others.
+/// A button of the system's, drawn here: the system's own border is too faint on white.
 class ButtonView {
   public:
     /// `number` is by what the form knows it; that of its control unless it says otherwise.
