@@ -38,6 +38,15 @@ enum class OpenOutcome : std::uint8_t {
     failed,       ///< there, but not to be opened for another reason (it may just have gone)
 };
 
+/// Whether a device is there to be used, as far as that can be told without opening one.
+enum class Presence : std::uint8_t {
+    unknown,    ///< the host can't tell
+    absent,     ///< there is none
+    forbidden,  ///< there, but this user may not open it
+    inUse,      ///< there, but another program works with it
+    ready,      ///< there
+};
+
 /// The number by which a host knows an open device.
 using HidHandle = std::intptr_t;
 
@@ -102,6 +111,10 @@ class HidHost {
     /// How long the reports of an open device are; nothing where that can't be told.
     [[nodiscard]] virtual std::optional<ReportLengths> Lengths(HidHandle /*device*/) { return std::nullopt; }
 
+    /// Looks whether an interface with a `wanted` identity is there, without opening any and without anything
+    /// that a search or an open would notice. Of several, one that is ready counts, else the first.
+    [[nodiscard]] virtual Presence Detect(Wanted /*wanted*/) { return Presence::unknown; }
+
     /// Sends one report, in 1 second at the most. One that is given up may still reach the device.
     virtual ReportTransfer Write(HidHandle device, const Report& report) = 0;
 
@@ -128,6 +141,7 @@ class ForwardingHidHost : public HidHost {
     [[nodiscard]] std::optional<ReportLengths> Lengths(HidHandle device) override {
         return host_.Lengths(device);
     }
+    [[nodiscard]] Presence Detect(Wanted wanted) override { return host_.Detect(wanted); }
     ReportTransfer Write(HidHandle device, const Report& report) override {
         return host_.Write(device, report);
     }

@@ -78,6 +78,19 @@ OpenAnswer SimulatedHidHost::Open(std::string_view path, platform::Wanted wanted
     return answer;
 }
 
+platform::Presence SimulatedHidHost::Detect(platform::Wanted wanted) {
+    using platform::Presence;
+    const bool isAway = awayUntil_ && clock_.Now() < *awayUntil_;
+    if (isAway || faults_.Unplugs(cycle_ + 1, UnplugMoment::open)) return Presence::absent;
+    Presence found = Presence::absent;
+    for (const Device& device : devices_) {
+        if (!device.transmitter || !wanted(device.identity)) continue;
+        if (device.opens && !faults_.Refuses(cycle_ + 1)) return Presence::ready;
+        found = Presence::forbidden;
+    }
+    return found;
+}
+
 SimulatedHidHost::Device* SimulatedHidHost::OpenDevice(HidHandle handle) {
     if (handle < 0) return nullptr;
     const auto index = static_cast<std::size_t>(handle);

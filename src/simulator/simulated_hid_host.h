@@ -29,6 +29,8 @@ class SimulatedHidHost final : public platform::HidHost {
 
     void Search(const std::function<bool(std::string_view path)>& visit) override;
     [[nodiscard]] platform::OpenAnswer Open(std::string_view path, platform::Wanted wanted) override;
+    /// By the faults of the next search.
+    [[nodiscard]] platform::Presence Detect(platform::Wanted wanted) override;
     platform::ReportTransfer Write(platform::HidHandle handle, const platform::Report& report) override;
     platform::ReportTransfer Read(platform::HidHandle handle, platform::Report& report) override;
     void Cancel(platform::HidHandle) override {}

@@ -1,5 +1,9 @@
 /// What Linux alone has: names in sysfs, the language in the environment.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -47,6 +51,35 @@ TEST(HidrawHost, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
                                       {"hidraw3", failed, std::nullopt},
                                       {"hidraw9", foreign, HidIdentity{0x046D, 0xC52B}},
                                       {"hidraw10", failed, transmitter}}));
+}
+
+TEST(HidrawHost, TellsWithoutOpeningWhetherADeviceIsThere) {
+    const test::ScratchFolder folder;
+    HidrawHost host((folder / "dev").string(), (folder / "class").string());
+    const auto detect = [&] { return host.Detect([](HidIdentity each) { return each.vendorId == 0x2B11; }); };
+    const auto add = [&](const std::string& node, const std::string& device) {
+        fs::create_directories(folder / ("class/" + node));
+        fs::create_directories(folder / "dev");
+        fs::create_symlink("../../../" + device, folder / ("class/" + node + "/device"));
+    };
+    using enum Presence;
+    EXPECT_EQ(detect(), absent);
+    add("hidraw0", "0003:046D:C52B.0001");
+    add("hidraw1", "0003:2B11:0001.0002");
+    EXPECT_EQ(detect(), absent) << "its node has yet to come";
+    // Were it opened, this would wait for a writer.
+    const std::string node = (folder / "dev/hidraw1").string();
+    ASSERT_EQ(::mkfifo(node.c_str(), 0600), 0);
+    EXPECT_EQ(detect(), ready);
+    const int file = ::open(node.c_str(), O_RDWR | O_CLOEXEC);
+    EXPECT_EQ(detect(), ready) << "open somewhere, but not locked";
+    ASSERT_EQ(::flock(file, LOCK_EX), 0);
+    EXPECT_EQ(detect(), inUse);
+    add("hidraw2", "0003:2B11:0001.0003");
+    (void)folder.Write("dev/hidraw2", "");
+    EXPECT_EQ(detect(), ready) << "one of two is";
+    ::close(file);
+    EXPECT_EQ(detect(), ready);
 }
 
 TEST(NativeReplacement, HasThePermissionsFromTheStartAndGoesToTheFileBehindALink) {

@@ -15,6 +15,7 @@
 #include <chrono>
 #include <span>
 
+#include "platform/linux/node_presence.h"
 #include "platform/linux/report_descriptor.h"
 #include "platform/posix/file_descriptor.h"
 
@@ -190,6 +191,19 @@ OpenAnswer HidrawHost::Open(std::string_view path, Wanted wanted) {
 
 void HidrawHost::SetClassPath(std::string_view number, std::string_view rest) {
     classPath_.assign(classFolder_).append("/hidraw").append(number).append("/device").append(rest);
+}
+
+Presence HidrawHost::Detect(Wanted wanted) {
+    Presence found = Presence::absent;
+    Search([&](std::string_view path) {
+        const std::string_view number = path.substr(nodePrefix_.size());
+        const std::optional<HidIdentity> listed = ListedIdentity(number);
+        if (!listed || !wanted(*listed) || IsSystemInput(number)) return true;
+        const Presence one = PresenceOfNode(std::string(path).c_str());
+        if (found == Presence::absent || one == Presence::ready) found = one;
+        return found != Presence::ready;
+    });
+    return found;
 }
 
 /// The ids that sysfs has for a node, in the name of the device that its entry leads to.

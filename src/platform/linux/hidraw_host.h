@@ -30,6 +30,7 @@ class HidrawHost final : public HidHost {
     void Search(const std::function<bool(std::string_view path)>& visit) override;
     [[nodiscard]] OpenAnswer Open(std::string_view path, Wanted wanted) override;
     [[nodiscard]] std::optional<ReportLengths> Lengths(HidHandle device) override;
+    [[nodiscard]] Presence Detect(Wanted wanted) override;
     ReportTransfer Write(HidHandle device, const Report& report) override;
     ReportTransfer Read(HidHandle device, Report& report) override;
     /// Does nothing: no transfer of this program outlives the call that began it.
