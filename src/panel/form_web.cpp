@@ -19,18 +19,20 @@ constexpr std::int16_t kSecondEntryIndex = 10;
 constexpr std::string_view kDialogTitle = "Seleziona il file da aprire";
 constexpr std::string_view kDialogFilter = "File VENTO (*.qlb)|VENTO*.qlb|";
 
-// A flag that is up for as long as this lives.
-class Raised {
+// Sets a value for as long as this lives.
+template <class Value>
+class During {
   public:
-    explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
-    Raised(const Raised&) = delete;
-    Raised& operator=(const Raised&) = delete;
-    Raised(Raised&&) = delete;
-    Raised& operator=(Raised&&) = delete;
-    ~Raised() { flag_ = false; }
+    During(Value& place, Value value) : place_(place), before_(std::exchange(place, value)) {}
+    During(const During&) = delete;
+    During& operator=(const During&) = delete;
+    During(During&&) = delete;
+    During& operator=(During&&) = delete;
+    ~During() { place_ = before_; }
 
   private:
-    bool& flag_;
+    Value& place_;
+    Value before_;
 };
 
 // Leaves whatever runs when a handler, in a turn of the event loop, has ended the program.
@@ -102,7 +104,7 @@ void FormWeb::End() {
 template <class Body>
 void FormWeb::Begin(Body body) {
     if (busy_ || ended_) return;
-    const Raised busy(busy_);
+    const During busy(busy_, true);
     try {
         body();
     } catch (const ProgramEnded&) {
@@ -200,11 +202,13 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
     const std::string_view waitingText = PanelTextFor(PanelText::waitingForRemote, PanelLanguage());
     const OperationContext context{Label1,      Command6(kCancelIndex), ProgressBar1,
                                    waitingText, machine_.clock,         yield};
+    OperationOutcome outcome;
     {
-        const Raised operating(operating_);
-        latestOutcome_ = RunOperation(operation, programme, KindFor(link.vendorId), context, link,
-                                      {Text1, machine_, PanelLanguage()});
+        const During<const OperationOutcome*> running(running_, &outcome);
+        RunOperation(operation, programme, KindFor(link.vendorId), context, link,
+                     {Text1, machine_, PanelLanguage()}, outcome);
     }
+    latestOutcome_ = std::move(outcome);
     Label1.SetCaption(latestOutcome_->message);
     if (operation != kProgramOperation || latestOutcome_->code != ResultCode::success) return;
     const Sentence losses = DescribeLosses(latestOutcome_->programming);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,7 +10,9 @@
 #include "controls/controls.h"
 #include "panel/run_operation.h"
 #include "panel/version_ctrl.h"
+#include "platform/hid_host.h"
 #include "programme/loader.h"
+#include "protocol/transmitter_kinds.h"
 
 namespace vento {
 
@@ -81,10 +84,18 @@ class FormWeb {
     [[nodiscard]] const std::optional<OperationOutcome>& LatestOutcome() const { return latestOutcome_; }
 
     /// Whether the conversation with a remote is under way, its waits included.
-    [[nodiscard]] bool Operating() const { return operating_; }
+    [[nodiscard]] bool Operating() const { return running_ != nullptr; }
+
+    /// The column that is being written into a remote now.
+    [[nodiscard]] std::optional<std::size_t> ColumnInWork() const {
+        return Operating() ? running_->programming.ColumnInWork() : std::nullopt;
+    }
 
     /// Why the file that was named to the loader last did not load; nothing if it did, and without a file.
     [[nodiscard]] const std::optional<LoadProblem>& LatestLoadProblem() const { return latestLoadProblem_; }
+
+    /// Whether a transmitter is there for the next operation. Opens nothing.
+    [[nodiscard]] platform::Presence Transmitter() const { return machine_.hid.Detect(IsTransmitter); }
 
     [[nodiscard]] bool Ended() const { return ended_; }
 
@@ -103,7 +114,7 @@ class FormWeb {
     std::optional<OperationOutcome> latestOutcome_;
     std::optional<LoadProblem> latestLoadProblem_;
     bool busy_ = false;
-    bool operating_ = false;
+    const OperationOutcome* running_ = nullptr;  ///< what is known so far of the operation that runs
     bool ended_ = false;
 };
 

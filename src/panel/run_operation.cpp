@@ -47,13 +47,13 @@ SequenceResult DescribeAbsence(const TransmitterSearch& search, platform::HidBac
 
 }  // namespace
 
-OperationOutcome RunOperation(std::int16_t operation, const Programme& programme, const TransmitterKind& kind,
-                              const OperationContext& context, Link& link, const OperationPanel& panel) {
+void RunOperation(std::int16_t operation, const Programme& programme, const TransmitterKind& kind,
+                  const OperationContext& context, Link& link, const OperationPanel& panel,
+                  OperationOutcome& outcome) {
     // Technicians' settings: read each time, though no text or step depends on an entry today.
     static_cast<void>(ReadSettingsSection(panel.machine.files, "message"));
     const bool formIsActive = panel.machine.desktop.ActiveFormName() == kFormName;
 
-    OperationOutcome outcome;
     const TransmitterSearch search = LocateTransmitter(link);
     SequenceResult result = search.found ? Converse(operation, programme, kind, context, link, outcome)
                                          : DescribeAbsence(search, panel.machine.backEnd);
@@ -76,7 +76,6 @@ OperationOutcome RunOperation(std::int16_t operation, const Programme& programme
         }
     }
     context.progressBar.SetVisible(false);
-    return outcome;
 }
 
 std::vector<std::string> ReadSettingsSection(platform::Files& files, std::string_view section) {

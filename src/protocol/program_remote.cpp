@@ -111,6 +111,15 @@ void DescribeColumns(const Programme& programme, const CodeSet& codeSet, const S
 
 }  // namespace
 
+std::optional<std::size_t> ProgrammingOutcome::ColumnInWork() const {
+    if (!writing) return std::nullopt;
+    const auto* const found = std::ranges::find_if(columns, [](const ColumnOutcome& column) {
+        return column.selected && column.offset && !column.verified && column.problem.Empty();
+    });
+    if (found == columns.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - columns.begin());
+}
+
 bool ProgrammingOutcome::Incomplete() const {
     const bool anySelected = std::ranges::any_of(columns, &ColumnOutcome::selected);
     return std::ranges::any_of(columns, &ColumnOutcome::Lost) || (anySelected && !closed);

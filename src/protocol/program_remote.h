@@ -37,6 +37,10 @@ struct ProgrammingOutcome {
     bool closed = false;   ///< the remote acknowledged the flags that close the run
     bool writing = false;  ///< a section has been announced, so that the remote is not what it was
 
+    /// The column whose section is being written or verified now; nothing before the first and after the
+    /// last.
+    [[nodiscard]] std::optional<std::size_t> ColumnInWork() const;
+
     /// Something of the programme did not arrive, whatever the result code.
     [[nodiscard]] bool Incomplete() const;
 };

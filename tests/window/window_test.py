@@ -196,6 +196,9 @@ class WindowTest(unittest.TestCase):
                 ("it", "Programmatore non collegato", "PROGRAMMA", []),
                 ("en", "Transmitter not connected", "PROGRAM", [{"vendorId": 1240, "productId": 1, "opens": False}])):
             window = self.open(self.programme(), language=language, simulate=self.scenario(interfaces=interfaces))
+            state = {"it": "Trasmettitore: non collegato", "en": "Transmitter: connected, but you are not allowed"}[language]
+            for caption in (CAPTIONS[language][0], program) if not WINDOWS else ():
+                self.assertIn(state, window.description(caption))
             window.press(CAPTIONS[language][0])
             texts = window.box()
             window.picture(f"box-{language}")
@@ -331,7 +334,7 @@ class WindowTest(unittest.TestCase):
         window.key("Escape")
         eventually(lambda: "Programmazione annullata" in spoken(), "that it was cancelled")
         self.close(window)
-        window = self.open_slowly()
+        window = self.open_slowly(remote={"arrivesAtPoll": 200})
         window.press("PROGRAMMA")
         eventually(lambda: SUCCESS in spoken(), "the success", 90)
         values = [each for each in spoken() if isinstance(each, int)]
@@ -358,6 +361,7 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(window.descriptions("list"), ["Colonna TV: <b>B</b>", "Colonna DTT: C", "Colonna SAT: D"])
         self.assertIn(f"Elimina il file {self.file}", window.description("CHIUDI"))
         self.assertIn(f"File aperto: {self.file}", window.description("APRI"))
+        self.assertRegex(window.description("PROGRAMMA"), r"Trasmettitore: collegato$")
         window.press("PROGRAMMA")
         window.await_status(WAITING)
         window.press("Esc: annulla")
@@ -367,13 +371,30 @@ class WindowTest(unittest.TestCase):
         eventually(window.bar, "the bar")
         self.assertIn("lascia nel telecomando una sezione incompleta", window.description("CHIUDI"))
         self.assertIn("un'operazione è in corso", window.description("APRI"))
-        self.assertRegex("".join(window.descriptions("progress bar")), r"\d %$")
+        self.assertRegex("".join(window.descriptions("progress bar")), r"^Colonna (TV|DTT|SAT), \d+ %$")
         window.await_status(SUCCESS, 60)
         self.assertIn(f"File aperto: {self.file}", window.description("APRI"))
         shares = [told["progress"] for _, told in desktop.told if "progress" in told]
         self.assertEqual((shares, len(set(shares))), (sorted(shares), len(shares)))
         eventually(lambda: not desktop.told[-1][1]["progress-visible"], "the end of the bar on the icon")
         self.assertGreater(len(shares), 10)
+
+    @unittest.skipIf(WINDOWS, "the hint of the other system")
+    def test_tells_the_details_of_a_failure_on_demand(self):
+        for programme, cycle, expected in (([[" "]] * 3, 1000, "Nel telecomando non è stato scritto nulla"),
+                                           (LABELS, 58, "TV: scritta, ma non verificata")):
+            faults = [{"cycle": cycle, "kind": "readFails"}]
+            window = self.open(self.programme(labels=programme), simulate=self.scenario(faults=faults))
+            self.assertNotIn("F1: dettagli", window.buttons())
+            window.press("PROGRAMMA")
+            window.await_status("Errore")
+            for ask in (lambda: window.press("F1: dettagli"), lambda: window.key("F1")):
+                ask()
+                status, details = [each for each in window.box() if each][:2]
+                self.assertIn("Errore", status)
+                self.assertIn(expected, details)
+                window.answer()
+            self.close(window)
 
     @unittest.skipIf(WINDOWS, "the settings of the other system")
     def test_follows_the_contrast_of_the_desktop_and_fits_a_small_screen(self):

@@ -21,6 +21,10 @@
 namespace vento::desktop::qt {
 namespace {
 
+// A look takes a fraction of a millisecond and opens nothing. It also sees what no event tells of: rights,
+// and other programs that begin to use the transmitter.
+constexpr int kLookMilliseconds = 2000;
+
 // The programme file that is being dragged: a single file of this machine with the right extension.
 std::optional<QString> ProgrammeFileIn(const QMimeData& data) {
     const QList<QUrl> urls = data.urls();
@@ -32,8 +36,9 @@ std::optional<QString> ProgrammeFileIn(const QMimeData& data) {
 
 }  // namespace
 
-FormWindow::FormWindow(FormWeb& form, Look& look, const QString& title)
+FormWindow::FormWindow(FormWeb& form, platform::Desktop& desktop, Look& look, const QString& title)
     : form_(form),
+      desktop_(desktop),
       look_(look),
       image1_(ControlId::Image1, look, form.PanelLanguage(), this),
       listView1_{ItemsView(form.ListView1[0], ControlId::ListView1_0, look, form.PanelLanguage(), this),
@@ -54,9 +59,13 @@ FormWindow::FormWindow(FormWeb& form, Look& look, const QString& title)
           this),
       label1_(form.Label1, ControlId::Label1, look, form.PanelLanguage(), this),
       progressBar1_(form.ProgressBar1, ControlId::ProgressBar1, look, form.PanelLanguage(), this),
-      hint_(look, form.PanelLanguage(), Pressing(&FormWeb::Cancel), this),
+      hint_(
+          look, form.PanelLanguage(), [this] { DoHint(); }, this),
       escape_(QKeySequence(Qt::Key_Escape), this),
-      copy_(QKeySequence(QKeySequence::Copy), this) {
+      copy_(QKeySequence(QKeySequence::Copy), this),
+      details_(QKeySequence(Qt::Key_F1), this) {
+    connect(&looking_, &QTimer::timeout, this, [this] { LookForTransmitter(); });
+    looking_.start(kLookMilliseconds);
     loading_.setSingleShot(true);
     connect(&loading_, &QTimer::timeout, this, [this] {
         form_.DropFile(dropped_);
@@ -64,6 +73,7 @@ FormWindow::FormWindow(FormWeb& form, Look& look, const QString& title)
     });
     connect(&escape_, &QShortcut::activated, this, Pressing(&FormWeb::Cancel));
     connect(&copy_, &QShortcut::activated, this, [this] { CopyStatus(); });
+    connect(&details_, &QShortcut::activated, this, [this] { ShowDetails(); });
     setWindowTitle(title);
     setAcceptDrops(true);
     const QScreen& screen = *QGuiApplication::primaryScreen();
@@ -76,7 +86,7 @@ FormWindow::FormWindow(FormWeb& form, Look& look, const QString& title)
     move(screen.geometry().topLeft() + QPoint(pixels.left + less.width(), pixels.top + less.height()));
     KeepOnScreen();
     SetTabOrder();
-    Refresh();
+    LookForTransmitter();
 }
 
 std::function<void()> FormWindow::Pressing(void (FormWeb::*handler)()) {
@@ -146,10 +156,17 @@ void FormWindow::Refresh() {
     command4_.SetDimmed(IsDimmed(ControlId::Command4, form_));
     hint_.SetHint(HintText(HelpFor(form_), form_.PanelLanguage()));
     for (const ControlLayout& each : ControlLayouts()) {
-        if (View* const view = ViewOf(each.id)) view->SetGuidance(GuidanceFor(each.id, form_));
+        if (View* const view = ViewOf(each.id)) view->SetGuidance(GuidanceFor(each.id, form_, transmitter_));
     }
     if (form_.ProgressBar1.Visible())
         launcher_.ShowProgress(form_.ProgressBar1.Value() / form_.ProgressBar1.Maximum());
+}
+
+// An operation is not to be disturbed, and has the transmitter anyway.
+void FormWindow::LookForTransmitter() {
+    if (form_.Operating() || form_.Ended()) return;
+    transmitter_ = form_.Transmitter();
+    Refresh();
 }
 
 // At the end of an operation hands and eyes are at the remote.
@@ -164,6 +181,22 @@ void FormWindow::ShowOperation(bool operating) {
     if (isActiveWindow()) return;
     QApplication::alert(this);
     QApplication::beep();
+}
+
+// What the key does that the hint names.
+void FormWindow::DoHint() {
+    if (HelpFor(form_) == Help::cancel) {
+        form_.Cancel();
+        Refresh();
+    } else {
+        ShowDetails();
+    }
+}
+
+void FormWindow::ShowDetails() {
+    const std::string details = DetailsOf(form_);
+    if (form_.Operating() || details.empty()) return;
+    desktop_.ShowMessage(form_.Label1.Caption(), details);
 }
 
 void FormWindow::CopyStatus() {

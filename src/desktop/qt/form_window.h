@@ -16,10 +16,10 @@
 namespace vento::desktop::qt {
 
 /// FormWeb on the screen: it shows the form's controls and takes what the operator does to its handlers. The
-/// form has been through `Form_Load` and outlives the window, and so does the look.
+/// form has been through `Form_Load`. It outlives the window, and so do the desktop and the look.
 class FormWindow : public QMainWindow {
   public:
-    FormWindow(FormWeb& form, Look& look, const QString& title);
+    FormWindow(FormWeb& form, platform::Desktop& desktop, Look& look, const QString& title);
 
     /// Takes place, fonts and colours from the look, which has changed.
     void ApplyLook();
@@ -44,8 +44,12 @@ class FormWindow : public QMainWindow {
     void KeepOnScreen();
     void ShowOperation(bool operating);
     void CopyStatus();
+    void DoHint();
+    void ShowDetails();
+    void LookForTransmitter();
 
     FormWeb& form_;
+    platform::Desktop& desktop_;
     Look& look_;
     LogoView image1_;
     std::array<ItemsView, kColumns> listView1_;
@@ -58,6 +62,9 @@ class FormWindow : public QMainWindow {
     HintView hint_;
     QShortcut escape_;
     QShortcut copy_;
+    QShortcut details_;
+    QTimer looking_;
+    platform::Presence transmitter_ = platform::Presence::unknown;
     QTimer loading_;
     std::string dropped_;  ///< the file that `loading_` is about to load
     Launcher launcher_;

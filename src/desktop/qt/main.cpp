@@ -75,7 +75,7 @@ int RunForm(Session& session, qt::QtDesktop& desktop, qt::Look& look, qt::Termin
             const StartFile& file) {
     FormWeb form(session.MachineWith(desktop));
     form.Form_Load(file.text, file.kind);
-    qt::FormWindow window(form, look, qt::Text(session.Title(form.PanelLanguage())));
+    qt::FormWindow window(form, desktop, look, qt::Text(session.Title(form.PanelLanguage())));
     desktop.SetWindow(&window, [&window] { window.Refresh(); });
     const auto show = [&](qt::Contrast contrast) {
         look.SetContrast(contrast);
