@@ -201,7 +201,7 @@ QString Look::BarStyle() const {
 
 // In high contrast the style would draw edges in shades of the ground, which nobody could see there.
 QString Look::DialogStyle() const {
-    const QString style = QStringLiteral("QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }");
+    QString style = QStringLiteral("QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }");
     if (!HasHighContrast()) return style;
     const QString edges = QStringLiteral(
         "QDialog QPushButton, QDialog QLineEdit, QDialog QComboBox, QDialog QAbstractItemView, QDialog "
