@@ -9,7 +9,7 @@
 namespace vento::console {
 
 /// Exit statuses besides those of operations, which are their `ResultCode`; the numbers of sysexits.h.
-inline constexpr int kNotWhole = 1;  ///< with `--strict`: there are warnings
+inline constexpr int kNotWhole = 1;  ///< with `--strict`: there are warnings, or something was lost
 inline constexpr int kWrongUsage = 64;
 inline constexpr int kUnusableInput =
     65;  ///< a programme, scenario, key or container that can't be worked with

@@ -19,7 +19,9 @@ constexpr std::size_t kWidestTerm = 22;  // a longer term has its text in the ne
 
 constexpr std::array kStatuses{
     StatusEntry{"0", {"fatto", "done"}},
-    StatusEntry{"1", {"con check --strict: c'è un avvertimento", "with check --strict: there is a warning"}},
+    StatusEntry{"1",
+                {"con --strict: un avvertimento di check, o una colonna che program ha perso",
+                 "with --strict: a warning of check, or a column that program has lost"}},
     StatusEntry{
         "2",
         {"nessun trasmettitore, o nessuno che si possa aprire", "no transmitter, or none that may be opened"},

@@ -5,6 +5,7 @@
 
 #include "console/failure.h"
 #include "console/notices.h"
+#include "console/outcome_report.h"
 #include "console/text_layout.h"
 #include "programme/fields.h"
 #include "text/language.h"
@@ -15,6 +16,10 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr int kCancelHolder = 3;  // index in Command6
+
+constexpr Phrase kHalfProgrammed{
+    "Interrotto durante la programmazione: il telecomando è programmato a metà e va programmato di nuovo.",
+    "Ended in the middle of programming: the remote is half-programmed and has to be programmed again."};
 
 ordered_json ItemOf(const ListView& view) {
     return view.Items().empty() ? ordered_json(nullptr) : ordered_json(view.Items().front());
@@ -161,7 +166,12 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
     const auto begin = machine.Clock().Now();
     {
         const Shown shown(form, machine.Desktop(), console.notices);
-        click();
+        try {
+            click();
+        } catch (const EndedAtOnce&) {
+            if (form.HalfProgrammed()) console.notices.Error(kHalfProgrammed);
+            throw;
+        }
     }
     const std::chrono::duration<double> seconds = machine.Clock().Now() - begin;
     answer.fields["seconds"] = seconds.count();
@@ -170,6 +180,36 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
         Fill({"Codice {0}, {1} cicli sul collegamento, {2} ms", "Code {0}, {1} cycles on the link, {2} ms"},
              {std::to_string(answer.status), std::to_string(machine.Hid().Cycles()),
               std::to_string(std::chrono::round<std::chrono::milliseconds>(seconds).count())}));
+}
+
+void ReportProgramming(const FormWeb& form, const Console& console, Answer& answer) {
+    const auto& outcome = form.LatestOutcome();
+    if (!outcome) return;
+    const ProgrammingOutcome& programming = outcome->programming;
+    const bool succeeded = outcome->code == ResultCode::success;
+    answer.fields["version"] = VersionFields(programming.version);
+    answer.fields["complete"] = succeeded && !programming.Incomplete();
+    for (std::size_t c = 0; c < kColumns; ++c)
+        answer.fields["columns"][c]["outcome"] = OutcomeFields(programming, c, form.PanelLanguage());
+    if (succeeded || programming.writing) {
+        const Sentence lines = DescribeProgramming(programming, form.Label2.Caption());
+        answer.text += LinesOf(lines.In(form.PanelLanguage()));
+    }
+    if (succeeded && programming.Incomplete() && console.options.strict) answer.status = kNotWhole;
+}
+
+void ReportReading(const FormWeb& form, Answer& answer) {
+    const auto& outcome = form.LatestOutcome();
+    if (!outcome) return;
+    const RemoteReading& reading = outcome->reading;
+    answer.fields["version"] = VersionFields(reading.version);
+    if (reading.flags) answer.fields["free"] = *reading.flags;
+    answer.fields["sections"] = SectionFields(reading);
+    if (outcome->code != ResultCode::success) return;
+    if (const Sentence reason = ExplainEmptyReading(reading); !reason.Empty()) {
+        answer.text = LinesOf(reason.In(form.PanelLanguage()));
+        answer.Diagnose(reason.In(Language::english));
+    }
 }
 
 void RefuseProgramme(const Console& console, const LoadProblem& problem, Language language, Answer& answer) {

@@ -23,6 +23,13 @@ void ReportPanel(FormWeb& form, ConsoleMachine& machine, Answer& answer);
 void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer,
              const std::function<void()>& click);
 
+/// Puts what became of each column, and the remote's version, into `answer`, after the rest of the panel; and
+/// with `--strict` the status of what was lost.
+void ReportProgramming(const FormWeb& form, const Console& console, Answer& answer);
+
+/// Puts what a read has found into `answer`, and why there is nothing to show if it has found nothing.
+void ReportReading(const FormWeb& form, Answer& answer);
+
 /// A programme file did not load: says why, and puts it into `answer`.
 void RefuseProgramme(const Console& console, const LoadProblem& problem, Language language, Answer& answer);
 

@@ -11,13 +11,21 @@ namespace {
 constexpr std::array kArguments{
     ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
 
-constexpr std::array kOptions{OptionEntry{
-    "consume",
-    '\0',
-    OptionEntry::Value::none,
-    {"", ""},
-    {"Alla fine elimina FILE, qualunque sia l'esito", "Delete FILE at the end, whatever came of it"},
-    [](Options& options, std::string_view) { return options.consume = true; }}};
+constexpr std::array kOptions{
+    OptionEntry{
+        "consume",
+        '\0',
+        OptionEntry::Value::none,
+        {"", ""},
+        {"Alla fine elimina FILE, qualunque sia l'esito", "Delete FILE at the end, whatever came of it"},
+        [](Options& options, std::string_view) { return options.consume = true; }},
+    OptionEntry{"strict",
+                '\0',
+                OptionEntry::Value::none,
+                {"", ""},
+                {"Se una colonna è andata persa termina con lo stato 1, anche se il resto è riuscito",
+                 "End with status 1 if a column was lost, even if the rest has succeeded"},
+                [](Options& options, std::string_view) { return options.strict = true; }}};
 
 constexpr std::array kExamples{
     Example{"program VENTO-casa.qlb --consume",
@@ -46,6 +54,9 @@ class Closing {
 
 void Run(const Console& console, Answer& answer) {
     answer.fields = BlankPanelFields(console.language);
+    answer.fields.update({{"version", nullptr}, {"complete", false}});
+    for (auto& column : answer.fields["columns"])
+        column["outcome"] = nullptr;
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     const Closing closing(form, console.options.consume);
@@ -57,6 +68,7 @@ void Run(const Console& console, Answer& answer) {
         Operate(console, machine, form, answer, [&] { form.Command6_Click(0); });
     }
     ReportPanel(form, machine, answer);
+    ReportProgramming(form, console, answer);
     machine.Finish();
 }
 

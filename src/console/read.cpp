@@ -8,11 +8,14 @@ namespace {
 
 void Run(const Console& console, Answer& answer) {
     answer.fields = BlankPanelFields(console.language);
+    answer.fields.update(
+        {{"version", nullptr}, {"free", nullptr}, {"sections", nlohmann::ordered_json::array()}});
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     form.Form_Load("");
     Operate(console, machine, form, answer, [&] { form.Command2_Click(); });
     ReportPanel(form, machine, answer);
+    ReportReading(form, answer);
     machine.Finish();
 }
 

@@ -96,14 +96,15 @@ Sentence AdviseOn(OpenOutcome outcome, HidBackEnd backEnd) {
     return {};
 }
 
+Sentence DescribeColumnOutcome(const ColumnOutcome& column) {
+    if (Sentence complaint = Complaint(column); !complaint.Empty()) return complaint;
+    return column.selected ? Phrase{"scritta e verificata", "written and verified"}
+                           : Phrase{"non selezionata", "not selected"};
+}
+
 Sentence DescribeColumn(const ProgrammingOutcome& outcome, std::size_t column) {
-    const ColumnOutcome& each = outcome.columns.at(column);
-    Sentence text = Complaint(each);
-    if (text.Empty()) {
-        text = each.selected ? Phrase{"scritta e verificata", "written and verified"}
-                             : Phrase{"non selezionata", "not selected"};
-    }
-    return Fill({"{0}: {1}", "{0}: {1}"}, {kSections.at(column).name, text});
+    return Fill({"{0}: {1}", "{0}: {1}"},
+                {kSections.at(column).name, DescribeColumnOutcome(outcome.columns.at(column))});
 }
 
 Sentence DescribeLosses(const ProgrammingOutcome& outcome) {

@@ -20,6 +20,9 @@ inline constexpr Phrase kIncompleteProgramming{"Il telecomando non è completo. 
 /// What such a run has lost: a line for each column, by name. Empty if nothing is lost.
 [[nodiscard]] Sentence DescribeLosses(const ProgrammingOutcome& outcome);
 
+/// What became of a column, without its name: "written and verified".
+[[nodiscard]] Sentence DescribeColumnOutcome(const ColumnOutcome& column);
+
 /// What became of one column, in a line: "TV: written and verified".
 [[nodiscard]] Sentence DescribeColumn(const ProgrammingOutcome& outcome, std::size_t column);
 

@@ -202,13 +202,13 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
     const std::string_view waitingText = PanelTextFor(PanelText::waitingForRemote, PanelLanguage());
     const OperationContext context{Label1,      Command6(kCancelIndex), ProgressBar1,
                                    waitingText, machine_.clock,         yield};
-    OperationOutcome outcome;
+    ongoing_ = {};
     {
-        const During<const OperationOutcome*> running(running_, &outcome);
+        const During<const OperationOutcome*> running(running_, &ongoing_);
         RunOperation(operation, programme, KindFor(link.vendorId), context, link,
-                     {Text1, machine_, PanelLanguage()}, outcome);
+                     {Text1, machine_, PanelLanguage()}, ongoing_);
     }
-    latestOutcome_ = std::move(outcome);
+    latestOutcome_ = std::exchange(ongoing_, {});
     Label1.SetCaption(latestOutcome_->message);
     if (operation != kProgramOperation || latestOutcome_->code != ResultCode::success) return;
     const Sentence losses = DescribeLosses(latestOutcome_->programming);

@@ -97,6 +97,10 @@ class FormWeb {
     /// Whether a transmitter is there for the next operation. Opens nothing.
     [[nodiscard]] platform::Presence Transmitter() const { return machine_.hid.Detect(IsTransmitter); }
 
+    /// A programming run has begun to change the remote and has not come to its end: it is at it, or was left
+    /// there.
+    [[nodiscard]] bool HalfProgrammed() const { return ongoing_.programming.writing; }
+
     [[nodiscard]] bool Ended() const { return ended_; }
 
   private:
@@ -113,6 +117,7 @@ class FormWeb {
     std::array<Button, 3> command6_{Button{false, true}, Button{false, false}, Button{false, true}};
     std::optional<OperationOutcome> latestOutcome_;
     std::optional<LoadProblem> latestLoadProblem_;
+    OperationOutcome ongoing_;  ///< of the operation that runs
     bool busy_ = false;
     const OperationOutcome* running_ = nullptr;  ///< what is known so far of the operation that runs
     bool ended_ = false;

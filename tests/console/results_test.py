@@ -11,6 +11,7 @@ PANEL_KEYS = [
     "operation", "diagnostic", "result", "message", "text1", "messageBox", "language", "label2",
     "programButton", "progressBar", "columns", "cycles", "seconds",
 ]  # fmt: skip
+PROGRAM_KEYS, READ_KEYS = PANEL_KEYS + ["version", "complete"], PANEL_KEYS + ["version", "free", "sections"]
 EXAMPLE = str(EXAMPLES / "VENTO-esempio.qlb")
 EXAMPLE_BYTES = (EXAMPLES / "VENTO-esempio.qlb").read_bytes()
 FULL = "/dev/full"
@@ -53,7 +54,7 @@ class Program(ConsoleTest):
         simulate = self.simulate(image="remote-image.json")
         arguments = [simulate, "--language", "ita", "program", EXAMPLE]
         answer = self.run_json(0, *arguments)
-        self.assertEqual(list(answer), PANEL_KEYS)
+        self.assertEqual(list(answer), PROGRAM_KEYS)
         self.assertGreater(answer.pop("cycles"), 100)
         self.assertGreater(answer.pop("seconds"), 0)
         columns = answer.pop("columns")
@@ -61,13 +62,22 @@ class Program(ConsoleTest):
         self.assertTrue(columns[2]["listB"].startswith("199,193,205,205,193,160,179,194,"))
         bar = {"minimum": 0, "maximum": 1009, "value": answer["progressBar"]["value"], "visible": False}
         button = {"visible": True, "enabled": True}
-        self.assertEqual(list(answer.values()), ["program", None, 0, DONE, "0", None, "ITA", EXAMPLE, button, bar])
-        self.assertEqual(self.run_console(0, *arguments), (DONE + "\n", WAITING + "\n"))
-        self.assertEqual(self.run_console(0, *arguments, "--quiet"), (DONE + "\n", ""))
+        build = {"major": 3, "minor": 0, "build": 4}
+        self.assertEqual(
+            list(answer.values()), ["program", None, 0, DONE, "0", None, "ITA", EXAMPLE, button, bar, build, True]
+        )
+        text = DONE + "\n" + EXAMPLE + ", telecomando di versione 3.0.4\n" + "".join(
+            f"{name} (lista B, {size} byte dalla parola {offset}): scritta e verificata\n"
+            for name, size, offset in (("TV", 328, 256), ("DTT", 264, 4352), ("SAT", 417, 8448))
+        )
+        self.assertEqual(self.run_console(0, *arguments), (text, WAITING + "\n"))
+        self.assertEqual(self.run_console(0, *arguments, "--quiet", "--strict"), (text, ""))
         self.assertRegex(self.run_console(0, *arguments, "-qv")[1], r"^Codice 0, \d+ cicli sul collegamento, \d+ ms\n$")
 
         answer = self.run_json(0, "read", simulate)
-        self.assertEqual(list(answer), PANEL_KEYS)
+        self.assertEqual(list(answer), READ_KEYS)
+        section = {"column": "DTT", "offset": 4352, "free": False, "name": "BETA  2B"}
+        self.assertEqual([answer[key] for key in ("version", "free")] + answer["sections"][1:2], [build, 0, section])
         self.assertEqual(answer["message"], "TV CITTA 1B\r\nDTT BETA  2B\r\nSAT GAMMA 3B\r\n")
         self.assertEqual(answer["columns"], [{"label": None, "listA": None, "listB": None}] * 3)
         self.assertEqual(self.run_console(0, "read", simulate)[0], "TV CITTA 1B\nDTT BETA  2B\nSAT GAMMA 3B\n")
@@ -87,11 +97,42 @@ class Program(ConsoleTest):
         ):
             arguments = ["program", path, self.simulate(**scenario), "--language", "eng"]
             answer = self.run_json(status, *arguments)
-            self.assertEqual((list(answer), answer["result"]), (PANEL_KEYS, result))
+            self.assertEqual((list(answer), answer["result"]), (PROGRAM_KEYS, result))
             out, err = self.run_console(status, *arguments, "--quiet")
             self.assertTrue(out == "" and err.startswith("ventoctl: "), (out, err))
             for told in (*words, answer["messageBox"], result and answer["message"]):
                 self.assertIn(told or "", err)
+
+    def test_each_column_is_told_with_what_became_of_it(self):
+        path = self.file("VENTO-x.qlb", "1;A;1,2;;\n1;A;3,4,5;;\n3; ;6;;\n3;;7;;\n2;B;8;;\n2;B;9;;\n")
+        two = {"remote": {"sections": [0, 2, 9], "version": 67}}
+        refused = {"faults": [{"kind": "status", "value": 1, "cycle": 19}]}
+        not_verified = {"faults": [{"kind": "flip", "byte": 1, "mask": 1, "cycle": 23}]}
+        for scenario, status, complete, tv, dtt, words in (
+            ({}, 0, True, (True, True, None), (True, True), "SAT: not selected"),
+            (two, 1, False, (True, True, "DTT"), (True, True), "TV (list B, 3 bytes from word 0): overwritten by"),
+            ({"remote": {"sections": [5]}}, 1, False, (True, True, None), (False, False), "DTT: not written: this remote"),
+            (refused, 1, False, (False, False, None), (True, True), "TV (list B, 3 bytes from word 256): not written"),
+            (not_verified, 18, False, (True, False, None), (False, False), "word 256): written, but not verified"),
+        ):
+            arguments = ["program", path, self.simulate(**scenario)]
+            answer = self.run_json(status, *arguments, "--strict")
+            self.assertEqual((answer["result"], answer["complete"]), (0 if status == 1 else status, complete))
+            first, second, third = (column["outcome"] for column in answer["columns"])
+            self.assertEqual((first["written"], first["verified"], first["overwrittenBy"]), tv)
+            self.assertEqual((second["written"], second["verified"]), dtt)
+            self.assertEqual((first["selected"], third["selected"], third["lost"]), (True, False, False))
+            self.assertEqual((first["list"], first["bytes"], first["lost"]), ("B", 3, tv != (True, True, None)))
+            self.assertIn(words, self.run_console(0 if status == 1 else status, *arguments)[0])
+
+    def test_a_remote_that_cannot_be_read_is_not_called_done(self):
+        for scenario, words in (
+            ({"remote": {"version": 64}}, "of version 1.0.0, can't be read back"),
+            ({"faults": [{"kind": "status", "value": 1, "cycle": 17}]}, "did not acknowledge the end"),
+        ):
+            out, _ = self.run_console(0, "read", self.simulate(**scenario))
+            self.assertIn(words, out)
+            self.assertNotIn("ompleted", out)
 
     def test_only_consume_deletes_the_file_and_does_so_whatever_comes(self):
         nothing = {"interfaces": []}

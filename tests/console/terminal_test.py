@@ -72,7 +72,7 @@ class Terminal(ConsoleTest):
             with self.subTest(columns):
                 self.open(*self.slow_programme(), columns=columns)
                 out, (*drawn, left) = self.finish(0)
-                self.assertEqual((out, left), ("Programmazione eseguita con successo\n", ""))
+                self.assertEqual((out.splitlines()[0], left), ("Programmazione eseguita con successo", ""))
                 for picture, climb in zip(drawn[::2], drawn[1::2]):
                     rows = picture.split("\r\n")
                     self.assertEqual(int(climb or 0), len(rows) - 1)
@@ -93,6 +93,7 @@ class Terminal(ConsoleTest):
             self.wait_for(shown, CTRL_C)
         self.assertEqual(self.finish(130)[0], "")
         self.assertEqual(self.raw.decode().count("nulla da annullare"), 1)
+        self.assertEqual(self.raw.decode().count("Interrotto durante la programmazione"), 1)
         words = json.loads((self.folder / "image.json").read_text())["memory"]
         self.assertGreater(sum(map(len, words.values())), 1500)
 
