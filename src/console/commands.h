@@ -81,6 +81,8 @@ struct CommandEntry {
 };
 
 extern const CommandEntry kProgramCommand;
+extern const CommandEntry kVerifyCommand;
+extern const CommandEntry kPlanCommand;
 extern const CommandEntry kReadCommand;
 extern const CommandEntry kCheckCommand;
 extern const CommandEntry kDevicesCommand;
@@ -91,8 +93,8 @@ extern const CommandEntry kHelpCommand;
 extern const CommandEntry kVersionCommand;
 
 /// All commands, in the order in which the help names them.
-inline constexpr std::array kCommands{&kProgramCommand, &kReadCommand,    &kCheckCommand,
-                                      &kDevicesCommand, &kExplainCommand, &kEncodeCommand,
+inline constexpr std::array kCommands{&kProgramCommand, &kVerifyCommand,  &kPlanCommand,    &kReadCommand,
+                                      &kCheckCommand,   &kDevicesCommand, &kExplainCommand, &kEncodeCommand,
                                       &kDecodeCommand,  &kHelpCommand,    &kVersionCommand};
 
 /// The options that every command has.

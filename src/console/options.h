@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "protocol/commands.h"
 #include "text/language.h"
 
 namespace vento::console {
@@ -17,6 +18,9 @@ struct Options {
     std::vector<std::string> arguments;     ///< behind the command: as many as it takes
     bool consume = false;
     bool strict = false;
+    bool verify = false;
+    std::optional<RemoteVersion> remoteVersion;
+    std::optional<SectionOffsets> sections;
     std::optional<std::string> key;       ///< the file with the key of the codec
     std::optional<std::string> simulate;  ///< the scenario; empty for the plain simulation
     std::optional<Language> language;

@@ -19,13 +19,14 @@ ordered_json OrNull(const std::optional<Value>& value) {
 }
 
 // "TV (list B, 328 bytes from word 256): written and verified"
-Sentence DescribeLine(const ProgrammingOutcome& outcome, std::size_t column) {
+Sentence DescribeLine(const ProgrammingOutcome& outcome, std::size_t column, const Sentence& fate) {
     const ColumnOutcome& each = outcome.columns.at(column);
-    if (!each.selected || !each.offset || !outcome.list) return DescribeColumn(outcome, column);
+    if (!each.selected || !each.offset || !outcome.list)
+        return Fill({"{0}: {1}", "{0}: {1}"}, {NameOf(column), fate});
     return Fill(
         {"{0} (lista {1}, {2} byte dalla parola {3}): {4}", "{0} (list {1}, {2} bytes from word {3}): {4}"},
         {NameOf(column), std::string(1, *outcome.list), std::to_string(each.bytes),
-         std::to_string(*each.offset), DescribeColumnOutcome(each)});
+         std::to_string(*each.offset), fate});
 }
 
 }  // namespace
@@ -53,13 +54,14 @@ ordered_json OutcomeFields(const ProgrammingOutcome& outcome, std::size_t column
     return fields;
 }
 
-Sentence DescribeProgramming(const ProgrammingOutcome& outcome, const std::string& file) {
+Sentence DescribeColumns(const ProgrammingOutcome& outcome, const std::string& file,
+                         Sentence (*describe)(const ColumnOutcome&)) {
     if (!outcome.version) return {};
     Sentence text = Fill({"{0}, telecomando di versione {1}", "{0}, remote of version {1}"},
                          {file, VersionText(*outcome.version)});
     for (std::size_t c = 0; c < kColumns; ++c) {
         text += "\n";
-        text += DescribeLine(outcome, c);
+        text += DescribeLine(outcome, c, describe(outcome.columns.at(c)));
     }
     return text;
 }

@@ -21,9 +21,10 @@ namespace vento::console {
 [[nodiscard]] nlohmann::ordered_json OutcomeFields(const ProgrammingOutcome& outcome, std::size_t column,
                                                    Language language);
 
-/// The remote of a programming run and a line for each column. `file` is the programme's path. Empty if no
-/// remote was met.
-[[nodiscard]] Sentence DescribeProgramming(const ProgrammingOutcome& outcome, const std::string& file);
+/// The remote that an operation with a programme has met, and a line for each column, of which `describe`
+/// says what became. `file` is the programme's path. Empty if no remote was met.
+[[nodiscard]] Sentence DescribeColumns(const ProgrammingOutcome& outcome, const std::string& file,
+                                       Sentence (*describe)(const ColumnOutcome&));
 
 /// The sections of a remote that was read.
 [[nodiscard]] nlohmann::ordered_json SectionFields(const RemoteReading& reading);

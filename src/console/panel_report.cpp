@@ -113,7 +113,7 @@ void Conclude(FormWeb& form, const ConsoleDesktop& desktop, Notices& notices, An
         notices.Error(outcome->message, outcome->diagnostic.In(form.PanelLanguage()));
         return;
     }
-    answer.text = LinesOf(outcome->message);
+    answer.text += LinesOf(outcome->message);
 }
 
 }  // namespace
@@ -131,6 +131,14 @@ ordered_json BlankPanelFields(Language language) {
             {"columns", {column, column, column}},
             {"cycles", 0},
             {"seconds", 0}};
+}
+
+ordered_json BlankProgrammingFields(Language language) {
+    ordered_json fields = BlankPanelFields(language);
+    fields.update({{"version", nullptr}, {"complete", false}});
+    for (ordered_json& column : fields["columns"])
+        column["outcome"] = nullptr;
+    return fields;
 }
 
 ordered_json ColumnFields(const FormWeb& form) {
@@ -164,6 +172,7 @@ void ReportPanel(FormWeb& form, ConsoleMachine& machine, Answer& answer) {
 void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer,
              const std::function<void()>& click) {
     const auto begin = machine.Clock().Now();
+    form.Label1.SetCaption("");  // what an earlier operation came to is none of this one's progress
     {
         const Shown shown(form, machine.Desktop(), console.notices);
         try {
@@ -174,7 +183,7 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
         }
     }
     const std::chrono::duration<double> seconds = machine.Clock().Now() - begin;
-    answer.fields["seconds"] = seconds.count();
+    answer.fields["seconds"] = answer.fields["seconds"].get<double>() + seconds.count();
     Conclude(form, machine.Desktop(), console.notices, answer);
     console.notices.Detail(
         Fill({"Codice {0}, {1} cicli sul collegamento, {2} ms", "Code {0}, {1} cycles on the link, {2} ms"},
@@ -182,20 +191,23 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
               std::to_string(std::chrono::round<std::chrono::milliseconds>(seconds).count())}));
 }
 
-void ReportProgramming(const FormWeb& form, const Console& console, Answer& answer) {
-    const auto& outcome = form.LatestOutcome();
-    if (!outcome) return;
-    const ProgrammingOutcome& programming = outcome->programming;
-    const bool succeeded = outcome->code == ResultCode::success;
-    answer.fields["version"] = VersionFields(programming.version);
-    answer.fields["complete"] = succeeded && !programming.Incomplete();
+void ReportColumns(const FormWeb& form, const ProgrammingOutcome& outcome, std::string_view key,
+                   Answer& answer) {
+    answer.fields["version"] = VersionFields(outcome.version);
     for (std::size_t c = 0; c < kColumns; ++c)
-        answer.fields["columns"][c]["outcome"] = OutcomeFields(programming, c, form.PanelLanguage());
-    if (succeeded || programming.writing) {
-        const Sentence lines = DescribeProgramming(programming, form.Label2.Caption());
-        answer.text += LinesOf(lines.In(form.PanelLanguage()));
-    }
-    if (succeeded && programming.Incomplete() && console.options.strict) answer.status = kNotWhole;
+        answer.fields["columns"][c][key] = OutcomeFields(outcome, c, form.PanelLanguage());
+}
+
+void TellColumns(const FormWeb& form, const ProgrammingOutcome& outcome,
+                 Sentence (*describe)(const ColumnOutcome&), Answer& answer) {
+    const Sentence lines = DescribeColumns(outcome, form.Label2.Caption(), describe);
+    answer.text += LinesOf(lines.In(form.PanelLanguage()));
+}
+
+bool LoadProgramme(const Console& console, FormWeb& form, Answer& answer) {
+    const LoadResult load = form.Aprifilevento(console.options.Argument(0));
+    if (load.problem) RefuseProgramme(console, *load.problem, form.PanelLanguage(), answer);
+    return !load.problem;
 }
 
 void ReportReading(const FormWeb& form, Answer& answer) {

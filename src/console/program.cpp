@@ -1,8 +1,11 @@
 #include <array>
+#include <optional>
 
 #include "console/commands.h"
 #include "console/console_machine.h"
+#include "console/failure.h"
 #include "console/panel_report.h"
+#include "panel/advice.h"
 #include "panel/form_web.h"
 
 namespace vento::console {
@@ -25,7 +28,14 @@ constexpr std::array kOptions{
                 {"", ""},
                 {"Se una colonna è andata persa termina con lo stato 1, anche se il resto è riuscito",
                  "End with status 1 if a column was lost, even if the rest has succeeded"},
-                [](Options& options, std::string_view) { return options.strict = true; }}};
+                [](Options& options, std::string_view) { return options.strict = true; }},
+    OptionEntry{"verify",
+                '\0',
+                OptionEntry::Value::none,
+                {"", ""},
+                {"Dopo la programmazione prova che cosa contiene il telecomando, come fa verify",
+                 "Prove what the remote holds after programming, as verify does"},
+                [](Options& options, std::string_view) { return options.verify = true; }}};
 
 constexpr std::array kExamples{
     Example{"program VENTO-casa.qlb --consume",
@@ -52,23 +62,50 @@ class Closing {
     bool consume_;
 };
 
+void Report(const Console& console, const FormWeb& form, const OperationOutcome& programming,
+            const std::optional<OperationOutcome>& verification, Answer& answer) {
+    const bool lost = programming.programming.Incomplete();
+    const bool succeeded = programming.code == ResultCode::success;
+    ReportColumns(form, programming.programming, "outcome", answer);
+    if (verification) ReportColumns(form, verification->programming, "verification", answer);
+    answer.fields["complete"] = succeeded && !lost && answer.status == 0;
+    if (succeeded && lost && console.options.strict && answer.status == 0) answer.status = kNotWhole;
+}
+
+// Programmes one remote, and proves it if that is asked for.
+void ProgramOne(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer) {
+    Operate(console, machine, form, answer, [&] { form.Command6_Click(0); });
+    const auto programming = form.LatestOutcome();
+    std::optional<OperationOutcome> verification;
+    if (programming) {
+        const bool succeeded = programming->code == ResultCode::success;
+        if (succeeded || programming->programming.writing)
+            TellColumns(form, programming->programming, DescribeColumnOutcome, answer);
+        if (succeeded && console.options.verify) {
+            Operate(console, machine, form, answer, [&] { form.Verify(); });
+            verification = form.LatestOutcome();
+            if (verification) TellColumns(form, verification->programming, DescribeVerification, answer);
+        }
+    }
+    ReportPanel(form, machine, answer);
+    if (programming) Report(console, form, *programming, verification, answer);
+}
+
 void Run(const Console& console, Answer& answer) {
-    answer.fields = BlankPanelFields(console.language);
-    answer.fields.update({{"version", nullptr}, {"complete", false}});
-    for (auto& column : answer.fields["columns"])
-        column["outcome"] = nullptr;
+    answer.fields = BlankProgrammingFields(console.language);
+    if (console.options.verify) {
+        for (auto& column : answer.fields["columns"])
+            column["verification"] = nullptr;
+    }
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     const Closing closing(form, console.options.consume);
     form.Form_Load("");
-    const LoadResult load = form.Aprifilevento(console.options.Argument(0));
-    if (load.problem) {
-        RefuseProgramme(console, *load.problem, form.PanelLanguage(), answer);
+    if (LoadProgramme(console, form, answer)) {
+        ProgramOne(console, machine, form, answer);
     } else {
-        Operate(console, machine, form, answer, [&] { form.Command6_Click(0); });
+        ReportPanel(form, machine, answer);
     }
-    ReportPanel(form, machine, answer);
-    ReportProgramming(form, console, answer);
     machine.Finish();
 }
 

@@ -102,6 +102,15 @@ Sentence DescribeColumnOutcome(const ColumnOutcome& column) {
                            : Phrase{"non selezionata", "not selected"};
 }
 
+Sentence DescribeVerification(const ColumnOutcome& column) {
+    if (!column.selected) return Phrase{"non selezionata", "not selected"};
+    if (column.verified) return Phrase{"è nel telecomando", "is in the remote"};
+    return Fill({"non è nel telecomando: {0}", "is not in the remote: {0}"},
+                {column.problem.Empty() ? Sentence(Phrase{"la verifica si è fermata prima.",
+                                                          "the verification ended before it."})
+                                        : column.problem});
+}
+
 Sentence DescribeColumn(const ProgrammingOutcome& outcome, std::size_t column) {
     return Fill({"{0}: {1}", "{0}: {1}"},
                 {kSections.at(column).name, DescribeColumnOutcome(outcome.columns.at(column))});

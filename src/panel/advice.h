@@ -23,6 +23,9 @@ inline constexpr Phrase kIncompleteProgramming{"Il telecomando non è completo. 
 /// What became of a column, without its name: "written and verified".
 [[nodiscard]] Sentence DescribeColumnOutcome(const ColumnOutcome& column);
 
+/// What a verification has found of a column, without its name: "is in the remote".
+[[nodiscard]] Sentence DescribeVerification(const ColumnOutcome& column);
+
 /// What became of one column, in a line: "TV: written and verified".
 [[nodiscard]] Sentence DescribeColumn(const ProgrammingOutcome& outcome, std::size_t column);
 

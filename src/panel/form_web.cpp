@@ -112,14 +112,26 @@ void FormWeb::Begin(Body body) {
     }
 }
 
-void FormWeb::Command2_Click() {
-    Begin([this] {
+void FormWeb::BeginOperation(std::int16_t operation, const Programme& programme) {
+    Begin([&] {
         latestOutcome_.reset();
         Command6(kProgramIndex).SetEnabled(false);
         Link link(machine_.hid, IsTransmitter);
-        if (FindTransmitter(link)) Operate(kReadOperation, {}, link);
+        if (FindTransmitter(link)) Operate(operation, programme, link);
         Command6(kProgramIndex).SetEnabled(true);
     });
+}
+
+void FormWeb::Command2_Click() {
+    BeginOperation(kReadOperation, {});
+}
+
+void FormWeb::Verify() {
+    BeginOperation(kVerifyOperation, GatherProgramme());
+}
+
+void FormWeb::Inspect() {
+    BeginOperation(kInspectOperation, {});
 }
 
 void FormWeb::Command4_Click() {

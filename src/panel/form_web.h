@@ -70,6 +70,14 @@ class FormWeb {
     void Command4_Click();
     void Command6_Click(std::int16_t index);
 
+    /// Proves the loaded programme against a remote, and asks a remote what a programme would meet there. No
+    /// button of the form does these: they are for front ends without one.
+    void Verify();
+    void Inspect();
+
+    /// What the views hold.
+    [[nodiscard]] Programme GatherProgramme() const;
+
     /// A file was dropped on the form: it loads as if it had been chosen in the file dialog.
     void DropFile(const std::string& path);
 
@@ -80,7 +88,7 @@ class FormWeb {
     /// to know more in the result.
     LoadResult Aprifilevento(const std::string& nnfilevento);
 
-    /// What the latest click on `Command2` or `Command6(0)` came to; nothing if it ran no operation.
+    /// What the latest operation that was begun here came to; nothing if it ran no operation.
     [[nodiscard]] const std::optional<OperationOutcome>& LatestOutcome() const { return latestOutcome_; }
 
     /// Whether the conversation with a remote is under way, its waits included.
@@ -106,11 +114,11 @@ class FormWeb {
   private:
     template <class Body>
     void Begin(Body body);
+    void BeginOperation(std::int16_t operation, const Programme& programme);
     void Act(std::int16_t index);
     void Operate(std::int16_t operation, const Programme& programme, Link& link);
     void OpenOrExplain(const std::string& path);
     [[nodiscard]] bool FindTransmitter(Link& link);
-    [[nodiscard]] Programme GatherProgramme() const;
     void End();
 
     Machine machine_;

@@ -16,16 +16,43 @@ bool CanBeReadBack(const RemoteReading& reading) {
     return reading.version && reading.version->VersionBuild >= 1;
 }
 
+SequenceResult Read(const OperationContext& context, Link& link, RemoteReading& reading) {
+    SequenceResult info = ReadRemoteInfo(context, link, reading);
+    if (info.Failed() || !CanBeReadBack(reading)) return info;
+    return ReadRemoteCodes(context, link, reading);
+}
+
 SequenceResult RunSequence(std::int16_t operation, const Programme& programme,
                            const OperationContext& context, Link& link, OperationOutcome& outcome) {
-    if (operation == kProgramOperation) return ProgramRemote(context, link, programme, outcome.programming);
-    if (operation != kReadOperation) {
-        return {ResultCode::notStarted, Fill({"L'operazione {0} non esiste.", "There is no operation {0}."},
-                                             {std::to_string(operation)})};
+    switch (operation) {
+        case kProgramOperation:
+            return ProgramRemote(context, link, programme, outcome.programming);
+        case kReadOperation:
+            return Read(context, link, outcome.reading);
+        case kVerifyOperation:
+            return VerifyRemote(context, link, programme, outcome.programming);
+        case kInspectOperation:
+            return InspectRemote(context, link, outcome.reading);
+        default:
+            return {ResultCode::notStarted,
+                    Fill({"L'operazione {0} non esiste.", "There is no operation {0}."},
+                         {std::to_string(operation)})};
     }
-    SequenceResult info = ReadRemoteInfo(context, link, outcome.reading);
-    if (info.Failed() || !CanBeReadBack(outcome.reading)) return info;
-    return ReadRemoteCodes(context, link, outcome.reading);
+}
+
+// The rows of the table for success and for a verification that failed are those of programming.
+std::string MessageOf(std::int16_t operation, ResultCode code, Language language) {
+    if (operation == kVerifyOperation && code == ResultCode::success) {
+        return Phrase{"Il telecomando contiene questo programma", "The remote holds this programme"}.In(
+            language);
+    }
+    if (operation == kVerifyOperation && code == ResultCode::verificationFailed) {
+        return Phrase{"Il telecomando non contiene questo programma",
+                      "The remote does not hold this programme"}
+            .In(language);
+    }
+    if (operation == kInspectOperation && code == ResultCode::success) return {};
+    return std::string(MessageFor(code, language));
 }
 
 SequenceResult Converse(std::int16_t operation, const Programme& programme, const TransmitterKind& kind,
@@ -64,7 +91,7 @@ void RunOperation(std::int16_t operation, const Programme& programme, const Tran
     }
     const auto number = static_cast<std::uint8_t>(outcome.code);
     if (number < kFirstCodeWithoutMessage) {
-        outcome.message = MessageFor(outcome.code, panel.language);
+        outcome.message = MessageOf(operation, outcome.code, panel.language);
         if (formIsActive) panel.outcome.SetText(std::to_string(number));
         const std::string& readText = outcome.reading.readText;
         if (outcome.code == ResultCode::success && !readText.empty()) {

@@ -16,6 +16,7 @@
 #include "protocol/read_back.h"
 #include "protocol/sequence.h"
 #include "protocol/transmitter_kinds.h"
+#include "protocol/verify_remote.h"
 
 namespace vento {
 
@@ -31,13 +32,15 @@ struct Machine {
 /// What `RunOperation` can do; other numbers end with `notStarted`.
 inline constexpr std::int16_t kProgramOperation = 0;
 inline constexpr std::int16_t kReadOperation = 2;
+inline constexpr std::int16_t kVerifyOperation = 4;
+inline constexpr std::int16_t kInspectOperation = 6;
 
 struct OperationOutcome {
     ResultCode code = ResultCode::noTransmitter;
     std::string message;             ///< for the status line
     Sentence diagnostic;             ///< what the message does not say; empty if all is well
-    ProgrammingOutcome programming;  ///< of a programming run
-    RemoteReading reading;           ///< of a read
+    ProgrammingOutcome programming;  ///< of a programming run, or of a verification
+    RemoteReading reading;           ///< of a read, or of an inspection
 };
 
 /// What `RunOperation` needs of the panel beside what its sequences do.

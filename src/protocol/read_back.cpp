@@ -15,6 +15,18 @@ std::string DecodeName(std::span<const std::uint8_t> memory) {
     return name;
 }
 
+SequenceResult InspectRemote(const OperationContext& context, Link& link, RemoteReading& reading) {
+    if (SequenceResult wait = WaitForRemote(context, link); wait.Failed()) return wait;
+    RemoteVersion version;
+    if (SequenceResult read = ReadRemoteVersion(link, version); read.Failed()) return read;
+    if (SequenceResult read = ReadSectionOffsets(link, reading.offsets); read.Failed()) return read;
+    std::uint8_t flags = 0;
+    if (SequenceResult read = ReadSectionFlags(link, flags); read.Failed()) return read;
+    reading.version = version;
+    reading.flags = flags;
+    return ReleaseRemote(link);
+}
+
 SequenceResult ReadRemoteInfo(const OperationContext& context, Link& link, RemoteReading& reading) {
     if (SequenceResult wait = WaitForRemote(context, link); wait.Failed()) return wait;
     RemoteVersion version;

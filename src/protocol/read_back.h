@@ -31,6 +31,9 @@ struct RemoteReading {
     std::string readText;  ///< a line for each section that could be read
 };
 
+/// Waits for the remote and reads what a programme would meet: version, section offsets, section flags.
+SequenceResult InspectRemote(const OperationContext& context, Link& link, RemoteReading& reading);
+
 /// Waits for the remote and reads its version and section flags. `version` stays empty, and the result is
 /// success all the same, if the remote does not acknowledge the end of the conversation.
 SequenceResult ReadRemoteInfo(const OperationContext& context, Link& link, RemoteReading& reading);

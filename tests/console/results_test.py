@@ -29,6 +29,8 @@ class Usage(ConsoleTest):
             (["read", "--language", "deu"], "--language can't be 'deu'"), (["help", "raed"], "did you mean 'read'?"),
             (["read", "--consume"], "read has no option '--consume'"), (["read", "--trace"], "--trace needs a value"),
             (["read", "--simulate="], "--simulate needs a value"), (["read", "--json=1"], "--json takes no value"),
+            (["plan", "a", "--sections", "1"], "wants --remote-version"), (["plan", "a", "--sections=1,x"], "can't be '1,x'"),
+            (["plan", "a", "--remote-version", "4.0.0"], "--remote-version can't be '4.0.0'"),
             (["read", "--trace", "a", "--trace=b"], "--trace is given twice"),
         ):  # fmt: skip
             out, err = self.run_console(64, *arguments)
@@ -40,7 +42,9 @@ class Usage(ConsoleTest):
         general, err = self.run_console(0, "--help")
         self.assertEqual((general, err), self.run_console(0, "help"))
         self.assertTrue("--simulate[=SCENARIO]" in general and "18   Error 19: " in general and err == "", general)
-        for command in ("program", "read", "check", "devices", "explain", "encode", "decode", "help", "version"):
+        for command in (
+            "program", "verify", "plan", "read", "check", "devices", "explain", "encode", "decode", "help", "version",
+        ):  # fmt: skip
             self.assertIn(f"\n  {command} ", general)
             own = self.run_console(0, "help", command)[0]
             self.assertEqual(own, self.run_console(0, command, "-h", "--language=en")[0])
@@ -124,6 +128,76 @@ class Program(ConsoleTest):
             self.assertEqual((first["selected"], third["selected"], third["lost"]), (True, False, False))
             self.assertEqual((first["list"], first["bytes"], first["lost"]), ("B", 3, tv != (True, True, None)))
             self.assertIn(words, self.run_console(0 if status == 1 else status, *arguments)[0])
+
+    def test_a_programme_is_proved_without_writing(self):
+        whole = programme(40)
+        path, image = self.file("VENTO-x.qlb", whole), self.folder / "image.json"
+        simulate = self.simulate(image=str(image))
+        self.assertEqual(self.run_json(18, "verify", path, simulate)["columns"][1]["outcome"]["lost"], True)
+        self.run_console(0, "program", path, simulate)
+        written, trace = image.read_text(), self.folder / "trace.jsonl"
+        out, _ = self.run_console(0, "verify", path, simulate, "--trace", str(trace), "--language=it")
+        self.assertIn("DTT (lista B, 40 byte dalla parola 4352): è nel telecomando\n", out)
+        sent = [json.loads(line)["report"][2:] for line in trace.read_text().splitlines() if '"write"' in line][11:]
+        column = ["0755010001{}01".format(each) for each in ("02", "08", "01")]
+        wanted = ["07550100010602", "07550100010402", "07550100010507", "07550100010801", "07550100010502"]
+        for offset in ("0100", "1100", "2100"):
+            wanted += [column[0], f"0a55010004{offset}002701", *column[1:], f"0955010003{offset}0808"]
+        self.assertEqual([report.rstrip("0") for report in sent], [each.rstrip("0") for each in wanted + ["07550100010001"]])
+
+        other = self.file("VENTO-y.qlb", whole.replace("2;BETA;194,197,212,193,160,194,", "2;BETA;194,197,212,193,160,195,"))
+        name = self.file("VENTO-z.qlb", whole.replace("1;ALFA;193,204,", "1;ALFA;204,193,"))
+        free = json.dumps({**json.loads(written), "free": 64})
+        refused = {"faults": [{"kind": "status", "value": 1, "cycle": 24}]}
+        for file, content, scenario, proved, words in (
+            (other, written, {}, [True, False, True], "DTT: Verification failed: checksum"),
+            (name, written, {}, [False, True, True], 'the section begins with "ALFA B  " and not with "LAFA B  "'),
+            (path, free, {}, [True, True, False], "SAT: the remote marks this section as free."),
+            (path, written, refused, [True, False, True], "DTT: Verification failed: The remote refused"),
+        ):
+            image.write_text(content)
+            arguments = ["verify", file, self.simulate(image=str(image), **scenario)]
+            answer = self.run_json(18, *arguments)
+            self.assertEqual((answer["result"], answer["complete"]), (18, False))
+            self.assertEqual([each["outcome"]["verified"] for each in answer["columns"]], proved)
+            self.assertIn(words, self.run_console(18, *arguments)[1])
+            self.assertEqual(image.read_text(), content)
+
+        cycles = self.run_json(0, "program", path, self.simulate())["cycles"]
+        self.assertTrue(self.run_json(0, "program", path, self.simulate(), "--verify")["complete"])
+        disturbed = self.simulate(faults=[{"kind": "flip", "byte": 1, "mask": 4, "cycle": cycles + 20}])
+        answer = self.run_json(18, "program", path, disturbed, "--verify")
+        self.assertEqual([answer["columns"][0][key]["verified"] for key in ("outcome", "verification")], [True, False])
+        self.assertEqual((answer["result"], answer["complete"]), (18, False))
+
+    def test_a_plan_says_what_would_be_written_and_counts_what_a_run_sends(self):
+        path = self.file("VENTO-x.qlb", "1;A;1,2;;\n1;A;" + code_list("A", 33) + ";;\n3; ;6;;\n3;;7;;\n2;B;8;;\n2;B;9;;\n")
+        trace = self.folder / "trace.jsonl"
+        for remote, given, status, wanted in (
+            ({}, ["3.0.4"], 0, [("B", 33, 2, 10, 256, 4096, None), ("B", 1, 1, 7, 4352, 4096, None)]),
+            ({"version": 66, "sections": [0, 2]}, ["1.0.2", "0,2"], 0,
+             [("A", 2, 1, 7, 0, 2, None), ("A", 1, 1, 7, 2, 65534, None)]),
+            ({"sections": [9, 2, 5]}, ["3.0.4", "9,2,5"], 0, [("B", 33, 2, 10, 9, 65527, None), ("B", 1, 1, 7, 2, 3, None)]),
+            ({"sections": [0, 32]}, ["3.0.4", "0,32"], 0, [("B", 33, 2, 10, 0, 32, "DTT"), ("B", 1, 1, 7, 32, 65504, None)]),
+            ({"sections": [65504]}, ["3.0.4", "65504"], 15, []),
+        ):  # fmt: skip
+            simulate = self.simulate(remote=remote)
+            asked = self.run_json(status, "plan", path, simulate)
+            options = [x for pair in zip(("--remote-version", "--sections"), given) for x in pair]
+            told = self.run_json(status, "plan", path, *options)
+            self.assertEqual((told["cycles"], asked["cycles"]), (0, 19))
+            for key in ("result", "version", "bytes", "frames", "columns"):
+                self.assertEqual(told[key], asked[key])
+            keys = ("list", "bytes", "blocks", "frames", "offset", "room", "overwrittenBy")
+            plans = [tuple(column["plan"][key] for key in keys) for column in told["columns"]]
+            self.assertEqual(plans[: len(wanted)], wanted)
+            done = self.run_json(status, "program", path, simulate, "--trace", str(trace))
+            if not status:
+                outcomes = [column["outcome"]["overwrittenBy"] for column in done["columns"]]
+                self.assertEqual([each[-1] for each in plans], outcomes)
+                self.assertEqual(done["cycles"] - 16, told["frames"])
+        out, _ = self.run_console(0, "plan", path, "--remote-version", "3.0.4", "--sections", "0,32", "--language=it")
+        self.assertIn("TV: lista B, 33 byte in 2 blocchi e 10 frame, dalla parola 0, che ha posto per 32; la lista di DTT", out)
 
     def test_a_remote_that_cannot_be_read_is_not_called_done(self):
         for scenario, words in (

@@ -1,0 +1,47 @@
+#include <array>
+
+#include "console/commands.h"
+#include "console/console_machine.h"
+#include "console/panel_report.h"
+#include "panel/advice.h"
+#include "panel/form_web.h"
+
+namespace vento::console {
+namespace {
+
+constexpr std::array kArguments{
+    ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
+
+constexpr std::array kExamples{Example{"verify VENTO-casa.qlb",
+                                       {"Dice colonna per colonna se il telecomando contiene quel programma.",
+                                        "Says column by column whether the remote holds that programme."}}};
+
+void Run(const Console& console, Answer& answer) {
+    answer.fields = BlankProgrammingFields(console.language);
+    ConsoleMachine machine(console);
+    FormWeb form(machine.ForPanel());
+    form.Form_Load("");
+    if (LoadProgramme(console, form, answer)) Operate(console, machine, form, answer, [&] { form.Verify(); });
+    ReportPanel(form, machine, answer);
+    if (const auto& outcome = form.LatestOutcome()) {
+        ReportColumns(form, outcome->programming, "outcome", answer);
+        answer.fields["complete"] = outcome->code == ResultCode::success;
+        const bool looked =
+            outcome->code == ResultCode::success || outcome->code == ResultCode::verificationFailed;
+        if (looked) TellColumns(form, outcome->programming, DescribeVerification, answer);
+    }
+    machine.Finish();
+}
+
+}  // namespace
+
+constinit const CommandEntry kVerifyCommand{
+    "verify",
+    {"Prova che un telecomando contiene un file di programmazione, senza scrivere",
+     "Prove that a remote holds a programme file, without writing"},
+    kArguments,
+    {},
+    kExamples,
+    Run};
+
+}  // namespace vento::console
