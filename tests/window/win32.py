@@ -12,7 +12,7 @@ import tempfile
 import common
 from common import eventually
 
-KEYS = {"Tab": 9, "Return": 13, "Escape": 27, "space": 32}
+KEYS = {"Tab": 9, "Return": 13, "Escape": 27, "space": 32, "F1": 112}
 WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_KEYDOWN, WM_KEYUP, WM_SYSCHAR, WM_SYSCOMMAND, WM_DROPFILES, WM_DPICHANGED = (
     0x10, 0x16, 0xF5, 0x100, 0x101, 0x106, 0x112, 0x233, 0x2E0)
 CLASSES = {"list": "ListBox", "progress bar": "msctls_progress32"}

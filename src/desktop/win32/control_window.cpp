@@ -79,10 +79,10 @@ void Accessibility::Forget(HWND window) const {
 }
 
 ControlWindow::ControlWindow(FormParts& parts, const ControlLayout& layout, const wchar_t* windowClass,
-                             DWORD style, std::optional<int> number)
+                             DWORD style)
     : parts_(parts), layout_(layout) {
     const std::wstring name = platform::Wide(layout_.name.In(parts.language));
-    const int id = number.value_or(kFirstControl + static_cast<int>(layout.id));
+    const int id = kFirstControl + static_cast<int>(layout.id);
     // The number that the form knows it by is, for historical reasons, passed as a menu.
     handle_ = ::CreateWindowExW(0, windowClass, name.c_str(), WS_CHILD | style, 0, 0, 0, 0, parts.form,
                                 reinterpret_cast<HMENU>(std::intptr_t{id}), nullptr, nullptr);

@@ -4,7 +4,6 @@
 // It needs that before it.
 #include <oleacc.h>
 
-#include <optional>
 #include <string>
 
 #include "desktop/layout.h"
@@ -68,9 +67,8 @@ struct FormParts {
 /// form, with which it goes, knows it by its number.
 class ControlWindow {
   public:
-    /// `windowClass` and `style` are the system's. Without a number it has that of its control.
-    ControlWindow(FormParts& parts, const ControlLayout& layout, const wchar_t* windowClass, DWORD style,
-                  std::optional<int> number = std::nullopt);
+    /// `windowClass` and `style` are the system's.
+    ControlWindow(FormParts& parts, const ControlLayout& layout, const wchar_t* windowClass, DWORD style);
     ControlWindow(const ControlWindow&) = delete;
     ControlWindow& operator=(const ControlWindow&) = delete;
     ControlWindow(ControlWindow&&) = delete;

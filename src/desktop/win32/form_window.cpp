@@ -21,6 +21,10 @@ constexpr int kLowestDensity = 48;
 
 constexpr UINT kRefresh = WM_APP;
 
+// A device that is plugged in or out brings a burst of messages.
+constexpr UINT_PTR kLookTimer = 1;
+constexpr UINT kLookMilliseconds = 250;
+
 HICON LoadIconOfSize(int metric) {
     const int size = ::GetSystemMetrics(metric);
     return static_cast<HICON>(::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(kProgramIcon),
@@ -110,17 +114,13 @@ FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring&
       taskbar_(MakeObject<ITaskbarList3>(CLSID_TaskbarList, IID_ITaskbarList3)),
       frame_(form.Place, title, Receive),
       parts_(Handle(), form.PanelLanguage()),
-      cancel_(false, true) {
+      hint_(false, true) {
     TakeColours();
     // To the system, tab order is the order in which the windows are made.
     for (const ControlLayout& each : ControlLayouts())
         MakeView(each);
-    cancel_.SetCaption(HintText(Help::cancel, form.PanelLanguage()));
-    form.Command6(kCancelIndex).Observe([this] {
-        cancel_.SetVisible(form_.Command6(kCancelIndex).Enabled());
-        RefreshSoon();
-    });
-    Refresh();
+    form.Command6(kCancelIndex).Observe([this] { RefreshSoon(); });
+    LookForTransmitter();
     desktop.ObserveOperation([this] { ShowOperation(); });
     ::DragAcceptFiles(Handle(), TRUE);
     ::SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEACCEL), 0);
@@ -166,7 +166,7 @@ void FormWindow::MakeView(const ControlLayout& layout) {
             return make(std::in_place_type<BarView>, form_.ProgressBar1,
                         [this](std::optional<int> percent) { ShowProgress(percent); });
         case ControlId::hint:
-            return make(std::in_place_type<ButtonView>, cancel_, IDCANCEL);
+            return make(std::in_place_type<ButtonView>, hint_);
     }
 }
 
@@ -203,7 +203,19 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_ACTIVATE:  // the control that has the focus gets it back with the window's next turn
             if (LOWORD(wParam) == WA_INACTIVE && ::IsChild(Handle(), ::GetFocus()) != 0)
                 focused_ = ::GetFocus();
+            LookForTransmitterSoon();  // rights and other programs change without a message
             break;
+        case WM_DEVICECHANGE:
+            LookForTransmitterSoon();
+            break;
+        case WM_TIMER:
+            if (wParam != kLookTimer) break;
+            ::KillTimer(Handle(), kLookTimer);
+            LookForTransmitter();
+            return 0;
+        case WM_HELP:
+            ShowDetails();
+            return TRUE;
         case WM_SETFOCUS:
             ::SetFocus(::IsWindowEnabled(focused_) != 0 ? focused_ : parts_.refuge);
             return 0;
@@ -306,8 +318,10 @@ void FormWindow::Command(int control, int notification) {
 }
 
 void FormWindow::Press(ControlId id) {
-    pressed_ = WindowOf(id).Handle();
+    if (id != ControlId::hint) pressed_ = WindowOf(id).Handle();
     switch (id) {
+        case ControlId::hint:
+            return HelpFor(form_) == Help::cancel ? form_.Cancel() : ShowDetails();
         case ControlId::Command2:
             return desktop_.Operate([this] { form_.Command2_Click(); });
         case ControlId::Command3:
@@ -374,12 +388,30 @@ void FormWindow::RefreshSoon() {
 // The controls' own state is not touched: what would do nothing now looks like it, that is all.
 void FormWindow::Refresh() {
     refreshIsDue_ = false;
+    const Help help = HelpFor(form_);
+    if (help != Help::none) hint_.SetCaption(HintText(help, form_.PanelLanguage()));
+    hint_.SetVisible(help != Help::none && !form_.ProgressBar1.Visible());
     for (View& each : views_) {
         ControlWindow& window = std::visit([](auto& view) -> ControlWindow& { return view.Window(); }, each);
         const ControlId id = window.Layout().id;
         if (auto* const button = std::get_if<ButtonView>(&each)) button->SetDimmed(IsDimmed(id, form_));
-        window.SetTip(platform::Wide(GuidanceFor(id, form_)));
+        window.SetTip(platform::Wide(GuidanceFor(id, form_, transmitter_)));
     }
+}
+
+void FormWindow::LookForTransmitterSoon() const {
+    ::SetTimer(Handle(), kLookTimer, kLookMilliseconds, nullptr);
+}
+
+// An operation is not to be disturbed, and has the transmitter anyway.
+void FormWindow::LookForTransmitter() {
+    if (desktop_.Operating() || form_.Ended()) return;
+    transmitter_ = form_.Transmitter();
+    Refresh();
+}
+
+void FormWindow::ShowDetails() {
+    if (HelpFor(form_) == Help::details) desktop_.ShowMessage(form_.Label1.Caption(), DetailsOf(form_));
 }
 
 void FormWindow::ShowOperation() {
@@ -390,6 +422,7 @@ void FormWindow::ShowOperation() {
                    MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
     if (operating || form_.Ended()) return;
     if (::GetFocus() == parts_.refuge && ::IsWindowEnabled(pressed_) != 0) ::SetFocus(pressed_);
+    LookForTransmitterSoon();
     CallForAttention();
 }
 
@@ -410,8 +443,11 @@ void FormWindow::ShowProgress(std::optional<int> percent) {
     if (percent) taskbar_->SetProgressValue(Handle(), static_cast<ULONGLONG>(*percent), 100);
 }
 
-void FormWindow::CopyStatus() const {
-    const std::wstring text = ShownLines(form_.Label1.Caption());
+// With the details, if there are any to be shown.
+void FormWindow::CopyStatus() {
+    std::string lines = form_.Label1.Caption();
+    if (HelpFor(form_) == Help::details) lines.append("\n").append(DetailsOf(form_));
+    const std::wstring text = ShownLines(lines);
     if (text.empty() || ::OpenClipboard(Handle()) == 0) return;
     const std::size_t size = (text.size() + 1) * sizeof(wchar_t);
     auto* const memory = ::GlobalAlloc(GMEM_MOVEABLE, size);

@@ -76,12 +76,15 @@ class FormWindow {
     void DropFiles(HDROP drop);
     [[nodiscard]] bool Draw(const DRAWITEMSTRUCT& state);
     void Paint() const;
+    void LookForTransmitterSoon() const;
+    void LookForTransmitter();
+    void ShowDetails();
     void RefreshSoon();
     void Refresh();
     void ShowOperation();
     void ShowProgress(std::optional<int> percent);
     void CallForAttention() const;
-    void CopyStatus() const;
+    void CopyStatus();
 
     FormWeb& form_;
     Win32Desktop& desktop_;
@@ -96,7 +99,8 @@ class FormWindow {
     FormFrame frame_;
     FormParts parts_;
     std::deque<View> views_;  ///< in tab order, as the layout has them
-    Button cancel_;           ///< stands where the bar will be, while a wait can be cancelled
+    Button hint_;             ///< the key that helps now, in the bar's place while there is no bar
+    platform::Presence transmitter_ = platform::Presence::unknown;
 };
 
 }  // namespace vento::desktop::win32

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "desktop/session.h"
+#include "desktop/win32/detecting_hid_host.h"
 #include "desktop/win32/form_window.h"
 #include "desktop/win32/win32_desktop.h"
 #include "panel/form_web.h"
@@ -55,7 +56,9 @@ FormPlace WholeForm() {
 }
 
 void RunForm(Session& session, win32::Win32Desktop& desktop, const std::string& commandLine) {
-    FormWeb form(session.MachineWith(desktop));
+    const Machine machine = session.MachineWith(desktop);
+    win32::DetectingHidHost hid(machine.hid);
+    FormWeb form({hid, machine.desktop, machine.files, machine.clock, machine.backEnd});
     form.Place = WholeForm();
     form.Form_Load(commandLine);
     win32::FormWindow window(form, desktop, platform::Wide(session.Title(form.PanelLanguage())));

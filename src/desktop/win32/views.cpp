@@ -26,9 +26,8 @@ Colour Shaded(const Colour& colour, int percent) {
 PictureView::PictureView(FormParts& parts, const ControlLayout& layout)
     : window_(parts, layout, WC_STATICW, WS_VISIBLE | SS_OWNERDRAW) {}
 
-ButtonView::ButtonView(FormParts& parts, const ControlLayout& layout, Button& button,
-                       std::optional<int> number)
-    : button_(button), window_(parts, layout, WC_BUTTONW, WS_TABSTOP | BS_OWNERDRAW, number) {
+ButtonView::ButtonView(FormParts& parts, const ControlLayout& layout, Button& button)
+    : button_(button), window_(parts, layout, WC_BUTTONW, WS_TABSTOP | BS_OWNERDRAW) {
     ::SetWindowSubclass(window_.Handle(), FollowMouse, 0, reinterpret_cast<DWORD_PTR>(this));
     button.Observe([this] { Follow(); });
     Follow();

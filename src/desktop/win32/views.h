@@ -30,9 +30,7 @@ class PictureView {
 /// A button of the system's, drawn here: the system's own border is too faint on white.
 class ButtonView {
   public:
-    /// `number` is by what the form knows it; that of its control unless it says otherwise.
-    ButtonView(FormParts& parts, const ControlLayout& layout, Button& button,
-               std::optional<int> number = std::nullopt);
+    ButtonView(FormParts& parts, const ControlLayout& layout, Button& button);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
     void Scale(int dotsPerInch);

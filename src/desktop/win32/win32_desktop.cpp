@@ -21,6 +21,10 @@ bool IsRepeatedEnter(const MSG& message) {
            (message.lParam & kKeyWasDown) != 0;
 }
 
+bool IsHelp(const MSG& message) {
+    return message.message == WM_KEYDOWN && message.wParam == VK_F1;
+}
+
 bool IsCopy(const MSG& message) {
     return message.message == WM_KEYDOWN && message.wParam == 'C' && ::GetKeyState(VK_CONTROL) < 0;
 }
@@ -78,6 +82,7 @@ void Win32Desktop::OperationChanged() const {
 void Win32Desktop::Handle(MSG& message) const {
     if (IsRepeatedEnter(message)) return;  // a key held down presses once
     if (IsCopy(message)) ::SendMessageW(window_, WM_COPY, 0, 0);
+    if (IsHelp(message)) return static_cast<void>(::SendMessageW(window_, WM_HELP, 0, 0));
     const bool isLetter = message.message == WM_CHAR;
     if (window_ != nullptr && !isLetter && ::IsDialogMessageW(window_, &message) != 0) return;
     ::TranslateMessage(&message);
