@@ -9,7 +9,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "codec/decoder.h"
+#include "codec/cls_huffman.h"
 #include "codec/encoder.h"
 
 extern "C" {
@@ -133,21 +133,23 @@ void ZlibEncode(std::span<const std::uint8_t> source, Bytes& packed) {
 }  // namespace
 
 Peer Vento() {
-    using vento::codec::ProgressMeter;
     return {"vento",
             [](std::span<const std::uint8_t> source, Bytes& packed) {
                 int events = 0;
-                ProgressMeter progress([&](std::int16_t&) { ++events; });
-                Need(vento::codec::Encode(source, nullptr, progress, packed), "vento");
+                vento::codec::ProgressMeter progress([&](std::int16_t&) { ++events; });
+                const auto room = [&](std::size_t size) {
+                    packed.resize(size);
+                    return std::span(packed);
+                };
+                Need(vento::codec::Encode(vento::codec::SourceOf(source), nullptr, progress, room), "vento");
                 progress.Finish();
                 Need(events >= 3, "vento");
             },
             [](std::span<const std::uint8_t> packed, Bytes& source) {
                 int events = 0;
-                ProgressMeter progress([&](std::int16_t&) { ++events; });
-                Need(vento::codec::DecodeCoded(packed, nullptr, progress, source), "vento");
-                progress.Finish();
-                Need(events >= 2, "vento");
+                vento::codec::clsHuffman codec;
+                codec.Progress = [&](std::int16_t&) { ++events; };
+                Need(codec.DecodeBytes(packed, source).size == source.size() && events >= 2, "vento");
             }};
 }
 
