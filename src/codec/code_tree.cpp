@@ -105,8 +105,7 @@ void InsertCode(CodeTree& codeTree, std::int32_t& nodeCount, std::int32_t symbol
     codeTree[static_cast<std::size_t>(current)].Symbol = static_cast<std::int16_t>(symbol);
 }
 
-void AssignCodes(const CodeTree& codeTree, std::int16_t nodeIndex, const CodeBits& bits,
-                 SymbolCodes& symbolCode) {
+void AssignCodes(const CodeTree& codeTree, std::int16_t nodeIndex, CodeBits& bits, SymbolCodes& symbolCode) {
     const CodeNode& node = codeTree[static_cast<std::size_t>(nodeIndex)];
     if (node.Symbol > -1) {
         symbolCode[static_cast<std::size_t>(node.Symbol)] = bits;
@@ -114,10 +113,9 @@ void AssignCodes(const CodeTree& codeTree, std::int16_t nodeIndex, const CodeBit
     }
     const auto descend = [&](std::int16_t child, bool bit) {
         if (child == -1) return;
-        CodeBits path = bits;
-        path.Data[path.Count] = bit;
-        ++path.Count;
-        AssignCodes(codeTree, child, path, symbolCode);
+        bits.Data[bits.Count++] = bit;
+        AssignCodes(codeTree, child, bits, symbolCode);
+        bits.Data[--bits.Count] = false;
     };
     descend(node.ZeroChild, false);
     descend(node.OneChild, true);

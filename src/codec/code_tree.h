@@ -33,9 +33,9 @@ using SymbolCounts = std::array<std::int32_t, 256>;
 /// and puts `symbol` at its end. Throws RangeError if the tree has no node left.
 void InsertCode(CodeTree& codeTree, std::int32_t& nodeCount, std::int32_t symbol, const CodeBits& code);
 
-/// Gives every symbol at and below `nodeIndex` its code; `bits` is the path from the root to that node.
-void AssignCodes(const CodeTree& codeTree, std::int16_t nodeIndex, const CodeBits& bits,
-                 SymbolCodes& symbolCode);
+/// Gives every symbol at and below `nodeIndex` its code; `bits` is the path from the root to that node, and
+/// is that again afterwards.
+void AssignCodes(const CodeTree& codeTree, std::int16_t nodeIndex, CodeBits& bits, SymbolCodes& symbolCode);
 
 /// Makes a leaf of each byte value that occurs, in ascending order, and joins two of the lightest nodes until
 /// one is left, the root, which is the node made last. Returns the number of nodes. Which of several nodes of

@@ -1,6 +1,7 @@
 #include "codec/container.h"
 
 #include <algorithm>
+#include <bitset>
 #include <optional>
 #include <string>
 
@@ -82,15 +83,19 @@ CodeLengths ReadSymbolTable(Reader& reader, std::int64_t pairs, const KeyArray* 
 
 void ReadCodes(Reader& reader, const CodeLengths& lengths, CodeTree& codeTree) {
     std::int32_t nodeCount = 1;
-    std::uint8_t byte = 0;
-    unsigned position = 0;
+    std::uint64_t bits = 0;  // read and not yet used, and how many
+    unsigned count = 0;
     for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol) {
         if (lengths[symbol] == 0) continue;
         CodeBits code{lengths[symbol], {}};
-        for (std::size_t j = 0; j < code.Count; ++j) {
-            if (position == 0) byte = reader.Byte("code area");
-            code.Data[j] = (byte >> position & 1) != 0;
-            position = (position + 1) % 8;
+        for (unsigned done = 0; done < code.Count;) {
+            const unsigned part = std::min(code.Count - done, 32U);
+            for (; count < part; count += 8)
+                bits |= std::uint64_t{reader.Byte("code area")} << count;
+            code.Data |= std::bitset<256>(bits & ((std::uint64_t{1} << part) - 1)) << done;
+            bits >>= part;
+            count -= part;
+            done += part;
         }
         InsertCode(codeTree, nodeCount, static_cast<std::int32_t>(symbol), code);
     }

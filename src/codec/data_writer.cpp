@@ -27,12 +27,37 @@ Elements MakeElements(const SymbolCodes& symbolCode) {
     Elements elements{};
     for (std::size_t value = 0; value < elements.size(); ++value) {
         const CodeBits& code = symbolCode[value];
-        std::uint64_t bits = 0;
-        for (std::size_t j = 0; j < code.Count; ++j)
-            bits |= std::uint64_t{code.Data[j] ? 1U : 0U} << j;
-        if (code.Count > 0) elements[value] = MakeElement(bits, code.Count);
+        if (code.Count > 0) elements[value] = MakeElement(code.Data.to_ullong(), code.Count);
     }
     return elements;
+}
+
+/// Elements on their way to a sink, one behind the other: the bits in the topmost places, and how many they
+/// are in the lowest byte of `count`. Below the bits there is something else.
+struct Run {
+    std::uint64_t bits;
+    std::uint32_t count;
+
+    Run(Element element) : bits(element), count(static_cast<std::uint32_t>(element)) {}
+
+    /// A shift looks at the lowest six bits alone, and a sum is right in its lowest byte.
+    void Append(const Run& next) {
+        bits = bits >> (next.count & 63) | next.bits;
+        count += next.count;
+    }
+};
+
+/// The codes of so many bytes. They are joined in halves, since what comes next waits for every join in a
+/// row.
+template <unsigned count>
+Run Gather(const std::uint8_t* bytes, const Elements& elements) {
+    if constexpr (count == 1) {
+        return elements[*bytes];
+    } else {
+        auto run = Gather<count / 2>(bytes, elements);
+        run.Append(Gather<count - count / 2>(bytes + count / 2, elements));
+        return run;
+    }
 }
 
 /// Bits on their way to memory. The topmost of `bits`, as many as the lowest byte of `count` says, wait to be
@@ -46,10 +71,9 @@ struct Sink {
     std::uint64_t bits = 0;
     std::uint32_t count = 0;
 
-    /// The shift looks at the lowest six bits of the element alone, and the sum is right in its lowest byte.
-    void Put(Element element) {
-        bits = bits >> (element & 63) | element;
-        count += static_cast<std::uint32_t>(element);
+    void Put(const Run& run) {
+        bits = bits >> (run.count & 63) | run.bits;
+        count += run.count;
     }
 
     /// Writes eight bytes, of which those that are full count.
@@ -66,8 +90,7 @@ template <unsigned perFlush>
 Sink PutBytes(Sink sink, std::span<const std::uint8_t> bytes, const Elements& elements) {
     std::size_t i = 0;
     for (; i + perFlush <= bytes.size(); i += perFlush) {
-        for (unsigned k = 0; k < perFlush; ++k)
-            sink.Put(elements[bytes[i + k]]);
+        sink.Put(Gather<perFlush>(&bytes[i], elements));
         sink.Flush();
     }
     for (; i < bytes.size(); ++i) {
@@ -96,8 +119,9 @@ class PairTable {
                 sink = PutBytes<1>(sink, bytes.subspan(i, 4), elements);
                 continue;
             }
-            sink.Put(one);
-            sink.Put(two);
+            Run run = one;
+            run.Append(two);
+            sink.Put(run);
             sink.Flush();
         }
         return PutBytes<1>(sink, bytes.subspan(i), elements);
@@ -158,6 +182,7 @@ class Area {
     [[nodiscard]] Sink PutFast(std::span<const std::uint8_t> bytes) const {
         constexpr unsigned kMost = Sink::kMostBitsBetweenFlushes;
         if (pairs_) return pairs_->Put(sink_, bytes, elements_);
+        if (longest_ <= kMost / 5) return PutBytes<5>(sink_, bytes, elements_);
         if (longest_ <= kMost / 4) return PutBytes<4>(sink_, bytes, elements_);
         if (longest_ <= kMost / 3) return PutBytes<3>(sink_, bytes, elements_);
         if (longest_ <= kMost / 2) return PutBytes<2>(sink_, bytes, elements_);

@@ -32,8 +32,10 @@ std::uint8_t ExclusiveOr(std::span<const std::uint8_t> bytes) {
 /// Code lengths that have a common divisor put every code at a multiple of it.
 std::uint64_t CommonDivisor(const CodedHeader& header) {
     unsigned divisor = 0;
-    for (const unsigned length : header.codeLengths)
+    for (const unsigned length : header.codeLengths) {
         divisor = std::gcd(divisor, length);
+        if (divisor == 1) break;
+    }
     return std::max(divisor, 1U);
 }
 
@@ -41,8 +43,9 @@ std::uint64_t CommonDivisor(const CodedHeader& header) {
 class DataReader {
   public:
     DataReader(const ByteSource& source, const CodedHeader& header, ProgressMeter& progress,
-               const ByteSink& decoded)
+               const ByteSink& decoded, HotLoop hotLoop)
         : header_(header),
+          hotLoop_(hotLoop),
           source_(source),
           decoded_(decoded),
           base_(header.dataOffset),
@@ -91,6 +94,7 @@ class DataReader {
     }
 
     const CodedHeader& header_;
+    HotLoop hotLoop_;
     const ByteSource& source_;
     const ByteSink& decoded_;
     /// The bytes at hand, and the offset of the first of them in the container.
@@ -112,7 +116,7 @@ void DataReader::Run() {
         data_ = source_.from(static_cast<std::size_t>(base_));
         last = base_ + data_.size() == source_.size;
         if (data_.size() > kLeastBytesForBlocks && header_.shortestCode != 0) {
-            if (!decoder) decoder.emplace(header_, source_.size - header_.dataOffset);
+            if (!decoder) decoder.emplace(header_, source_.size - header_.dataOffset, hotLoop_);
             RunBlocks(*decoder);
         }
         // Of a piece that is not the last one, codes that may reach beyond it are left for the next.
@@ -123,7 +127,7 @@ void DataReader::Run() {
 
 void DataReader::RunBlocks(const LaneDecoder& decoder) {
     const std::uint64_t limit = DataBits() - LaneDecoder::kMargin;
-    const std::uint64_t longest = LaneDecoder::kRoom * std::uint64_t{header_.shortestCode};
+    const std::uint64_t longest = decoder.Room() * std::uint64_t{header_.shortestCode};
     std::uint64_t end = limit;
     bool careful = false;
     while (position_ < end) {
@@ -142,9 +146,9 @@ void DataReader::RunBlocks(const LaneDecoder& decoder) {
 }
 
 DataReader::Outcome DataReader::RunSegment(const LaneDecoder& decoder, std::uint64_t stop) {
-    Lane lane{position_, stop, LaneDecoder::Begin(0)};
+    Lane lane{position_, stop, decoder.Begin(0)};
     decoder.Run(data_, lane);
-    return Accept(decoder, lane, LaneDecoder::Begin(0));
+    return Accept(decoder, lane, decoder.Begin(0));
 }
 
 DataReader::Outcome DataReader::RunBlock(const LaneDecoder& decoder, std::uint64_t segment) {
@@ -153,7 +157,7 @@ DataReader::Outcome DataReader::RunBlock(const LaneDecoder& decoder, std::uint64
     std::array<Lane, LaneDecoder::kLanes> lanes;
     for (std::size_t i = 0; i < lanes.size(); ++i) {
         const std::uint64_t start = first + i * segment;
-        lanes[i] = {start / grain * grain, start + lead_, LaneDecoder::Begin(i)};
+        lanes[i] = {start / grain * grain, start + lead_, decoder.Begin(i)};
     }
     decoder.Run(data_, lanes);
     std::array<std::uint64_t, LaneDecoder::kLanes> starts = {first};
@@ -161,7 +165,7 @@ DataReader::Outcome DataReader::RunBlock(const LaneDecoder& decoder, std::uint64
         lanes[i].stop += segment;
         if (i == 0) continue;
         starts[i] = lanes[i].position;
-        lanes[i].out = LaneDecoder::Begin(i);
+        lanes[i].out = decoder.Begin(i);
     }
     decoder.Run(data_, lanes);
     bool inStep = true;
@@ -169,7 +173,7 @@ DataReader::Outcome DataReader::RunBlock(const LaneDecoder& decoder, std::uint64
         const bool fits = starts[i] == position_;
         inStep = inStep && fits;
         const auto outcome =
-            fits ? Accept(decoder, lanes[i], LaneDecoder::Begin(i)) : RunSegment(decoder, lanes[i].stop);
+            fits ? Accept(decoder, lanes[i], decoder.Begin(i)) : RunSegment(decoder, lanes[i].stop);
         if (outcome != Outcome::accepted) return outcome;
     }
     if (!inStep) lead_ = std::min(2 * lead_, kLongestLead);
@@ -231,13 +235,13 @@ void DataReader::Walk(std::uint64_t end) {
 }  // namespace
 
 bool DecodeCoded(const ByteSource& source, KeyArray* codeCript, ProgressMeter& progress,
-                 const ByteSink& decoded) {
+                 const ByteSink& decoded, HotLoop hotLoop) {
     const CodedHeader header = ReadHeader(source.from(0), codeCript);
     if (header.sourceLength == 0) return false;
     const std::uint64_t dataBits = 8 * std::uint64_t{source.size - header.dataOffset};
     const std::uint64_t most = header.shortestCode == 0 ? 0 : dataBits / header.shortestCode;
     decoded.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(header.sourceLength, most)));
-    DataReader reader(source, header, progress, decoded);
+    DataReader reader(source, header, progress, decoded, hotLoop);
     reader.Run();
     ProgressPass(progress, 10000, reader.Produced(), 11, 89).Until(reader.Produced());
     if (reader.Checksum() != header.checksum) {

@@ -1,6 +1,7 @@
 #include "codec/lanes.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "codec/bytes.h"
@@ -13,10 +14,10 @@ using Entry = DecodeTable::Entry;
 /// So many look-ups use up no more bits than one load of eight bytes holds for certain.
 constexpr unsigned kLookUpsPerLoad = 5;
 constexpr std::uint64_t kMostBitsPerLoad = std::uint64_t{kLookUpsPerLoad} * DecodeTable::kMostIndexBits;
-static_assert(kMostBitsPerLoad <= 57);
+static_assert(kMostBitsPerLoad <= 56);
 
-/// And so many loads give what the longest code uses up.
-constexpr std::uint64_t kLoadsPerCode = 255 / kMostBitsPerLoad + 1;
+/// And so many loads give more bits than a walk behind a look-up can use up.
+constexpr std::uint64_t kLoadsPerWalk = 2;
 
 /// The bits from `position` on, 57 of them at least.
 std::uint64_t BitsAt(const std::uint8_t* data, std::uint64_t position) {
@@ -28,53 +29,183 @@ unsigned IndexBitsFor(std::size_t dataBytes) {
     return dataBytes > 8192 ? DecodeTable::kMostIndexBits : 9;
 }
 
-/// A walk on its way: what it has completed, and the node that it has come to, -1 once it is over.
-struct Walk {
-    DecodeTable::Entry entry = 0;
-    std::int16_t node = 0;
+/// A code that is within what a look-up looks at, its first bit lowest.
+struct ShortCode {
+    std::uint32_t bits;
+    unsigned count;
+    std::int16_t symbol;
 };
 
-Walk Step(const CodeTree& codeTree, Walk walk, bool bit, unsigned bitsWalked) {
-    if (walk.node == -1) return walk;
-    const CodeNode& here = codeTree[static_cast<std::size_t>(walk.node)];
-    walk.node = bit ? here.OneChild : here.ZeroChild;
-    if (walk.node == -1) return walk;
-    const auto symbol = codeTree[static_cast<std::size_t>(walk.node)].Symbol;
-    if (symbol == -1) return walk;
-    const unsigned count = DecodeTable::CountOf(walk.entry);
-    walk.entry = (walk.entry & 0xffffffffffff) | static_cast<DecodeTable::Entry>(symbol) << 8 * count |
-                 DecodeTable::Entry{bitsWalked} << 48 | DecodeTable::Entry{count + 1} << 56;
-    walk.node = count + 1 < DecodeTable::kMostSymbols ? 0 : -1;
-    return walk;
+/// Fills a table: for each code alone, and then over that for each sequence of codes that fits.
+class TableBuilder {
+  public:
+    TableBuilder(std::span<Entry> entries, unsigned indexBits) : entries_(entries), indexBits_(indexBits) {}
+
+    /// Goes through the tree level by level, which gives the codes in ascending order of length. Where there
+    /// is no code the entries say how far a walk comes.
+    void FindCodes(const CodeTree& codeTree) {
+        std::array<ShortCode, std::tuple_size_v<CodeTree>> visits;
+        std::size_t end = 0;
+        const auto visit = [&](std::int16_t node, std::uint32_t bits, unsigned count) {
+            if (node == -1) {
+                Fill(Unfinished(node), bits, count);
+            } else if (const auto symbol = codeTree[static_cast<std::size_t>(node)].Symbol; symbol != -1) {
+                codes_[codeCount_++] = {bits, count, symbol};
+            } else if (count == indexBits_) {
+                entries_[bits] = Unfinished(node);
+            } else {
+                visits[end++] = {bits, count, node};
+            }
+        };
+        visit(0, 0, 0);
+        for (std::size_t i = 0; i < end; ++i) {
+            const auto [bits, count, node] = visits[i];
+            visit(codeTree[static_cast<std::size_t>(node)].ZeroChild, bits, count + 1);
+            visit(codeTree[static_cast<std::size_t>(node)].OneChild, bits | 1U << count, count + 1);
+        }
+    }
+
+    /// `entry` is what `bits`, `count` of them, come to.
+    void Extend(Entry entry = 0, std::uint32_t bits = 0, unsigned count = 0) {
+        constexpr Entry kSymbols = 0x00ffffffffffff00;
+        const unsigned symbols = DecodeTable::CountOf(entry) + 1;
+        for (const ShortCode& code : std::span(codes_).first(codeCount_)) {
+            const unsigned newCount = count + code.count;
+            if (newCount > indexBits_) return;
+            const Entry longer = (entry & kSymbols) | newCount |
+                                 static_cast<Entry>(code.symbol) << 8 * symbols | Entry{symbols} << 56;
+            const std::uint32_t newBits = bits | code.bits << count;
+            Fill(longer, newBits, newCount);
+            if (symbols < DecodeTable::kMostSymbols) Extend(longer, newBits, newCount);
+        }
+    }
+
+  private:
+    static Entry Unfinished(std::int16_t node) {
+        return DecodeTable::kNone | Entry{static_cast<std::uint16_t>(node)} << 8;
+    }
+
+    void Fill(Entry entry, std::uint32_t bits, unsigned count) {
+        for (std::size_t i = bits; i < entries_.size(); i += std::size_t{1} << count)
+            entries_[i] = entry;
+    }
+
+    std::span<Entry> entries_;
+    unsigned indexBits_;
+    std::array<ShortCode, 256> codes_;
+    std::size_t codeCount_ = 0;
+};
+
+/// A lane in the hot loop: the byte that its bits were loaded from, those of them that are left, above which
+/// a 1 marks how many are gone, and where its symbols go.
+struct Stream {
+    static constexpr std::uint64_t kMark = std::uint64_t{1} << 63;
+
+    const std::uint8_t* from;
+    std::uint64_t bits;
+    std::uint8_t* out;
+    Entry entry = 0;
+
+    [[nodiscard, gnu::always_inline]] unsigned Gone() const {
+        return static_cast<unsigned>(std::countl_zero(bits));
+    }
+
+    [[gnu::always_inline]] void Load(unsigned gone) {
+        from += gone / 8;
+        bits = (Load64(from) | kMark) >> gone % 8;
+    }
+
+    [[gnu::always_inline]] void LookUp(const DecodeTable::View& table) {
+        entry = table.At(bits);
+        Store64(out, DecodeTable::SymbolsFirst(entry));
+        bits >>= DecodeTable::BitsOf(entry);
+        out += DecodeTable::CountOf(entry);
+    }
+
+    /// One symbol, from the node on that the table has led to. False, and nothing done, if the bits at hand
+    /// end before it, or lead nowhere.
+    bool WalkOn(const CodeTree& codeTree, unsigned indexBits) {
+        std::uint64_t left = bits >> indexBits;
+        for (std::int16_t node = DecodeTable::NodeOf(entry); node != -1; left >>= 1) {
+            const CodeNode& here = codeTree[static_cast<std::size_t>(node)];
+            if (here.Symbol != -1) {
+                *out++ = static_cast<std::uint8_t>(here.Symbol);
+                bits = left;
+                Load(Gone());
+                return true;
+            }
+            if (left == 1) return false;
+            node = (left & 1) != 0 ? here.OneChild : here.ZeroChild;
+        }
+        return false;
+    }
+};
+
+/// What the lanes have in common.
+struct Work {
+    const std::uint8_t* data;
+    std::uint8_t* symbols;
+    DecodeTable::View table;
+    const CodeTree& codeTree;
+};
+
+/// Moves the lanes by so many loads of bits. The look-ups of all lanes stand side by side: while one waits
+/// for its entry, the others go on. False if a lane has come to a code that takes other means.
+template <std::size_t... i>
+[[gnu::always_inline]] inline bool RunLanes(const Work& work, std::array<Lane, sizeof...(i)>& lanes,
+                                            std::uint64_t loads, std::index_sequence<i...>) {
+    std::array<Stream, sizeof...(i)> stream = {
+        Stream{work.data + lanes[i].position / 8, 0, work.symbols + lanes[i].out}...};
+    (stream[i].Load(lanes[i].position % 8), ...);
+    const DecodeTable::View table = work.table;  // for all that the compiler knows, a symbol could change it
+    bool walked = true;
+    while (loads > 0 && walked) {
+        for (unsigned k = 0; k < kLookUpsPerLoad; ++k)
+            (stream[i].LookUp(table), ...);
+        (stream[i].Load(stream[i].Gone()), ...);
+        --loads;
+        if (((... | stream[i].entry) & DecodeTable::kNone) != 0) [[unlikely]] {
+            const auto walk = [&](Stream& one) {
+                const bool found = (one.entry & DecodeTable::kNone) == 0;
+                walked = (found || one.WalkOn(work.codeTree, table.indexBits)) && walked;
+            };
+            (walk(stream[i]), ...);
+            loads -= std::min(loads, kLoadsPerWalk);
+        }
+    }
+    ((lanes[i].position = 8 * static_cast<std::uint64_t>(stream[i].from - work.data) + stream[i].Gone(),
+      lanes[i].out = static_cast<std::size_t>(stream[i].out - work.symbols)),
+     ...);
+    return walked;
 }
+
+template <std::size_t count>
+bool RunPlain(const Work& work, std::array<Lane, count>& lanes, std::uint64_t loads) {
+    return RunLanes(work, lanes, loads, std::make_index_sequence<count>());
+}
+
+#ifdef __x86_64__
+template <std::size_t count>
+[[gnu::target("bmi,bmi2,lzcnt")]] bool RunBmi2(const Work& work, std::array<Lane, count>& lanes,
+                                               std::uint64_t loads) {
+    return RunLanes(work, lanes, loads, std::make_index_sequence<count>());
+}
+#endif
 
 }  // namespace
 
 DecodeTable::DecodeTable(const CodeTree& codeTree, unsigned indexBits)
     : indexBits_(indexBits), entries_(std::size_t{1} << indexBits) {
-    std::array<std::int16_t, std::size_t{1} << kMostIndexBits> nodes;
-    nodes[0] = 0;
-    // Each bit more makes two walks of every walk so far.
-    for (unsigned bits = 0; bits < indexBits; ++bits) {
-        const std::size_t half = std::size_t{1} << bits;
-        for (std::size_t i = 0; i < half; ++i) {
-            const Walk walk{entries_[i], nodes[i]};
-            const Walk zero = Step(codeTree, walk, false, bits + 1);
-            const Walk one = Step(codeTree, walk, true, bits + 1);
-            entries_[i] = zero.entry;
-            nodes[i] = zero.node;
-            entries_[i + half] = one.entry;
-            nodes[i + half] = one.node;
-        }
-    }
-    for (std::size_t i = 0; i < entries_.size(); ++i) {
-        if (CountOf(entries_[i]) == 0) entries_[i] = static_cast<std::uint16_t>(nodes[i]);
-    }
+    TableBuilder builder(entries_, indexBits);
+    builder.FindCodes(codeTree);
+    builder.Extend();
 }
 
-LaneDecoder::LaneDecoder(const CodedHeader& header, std::size_t dataSize)
+LaneDecoder::LaneDecoder(const CodedHeader& header, std::size_t dataSize, HotLoop hotLoop)
     : header_(header),
+      hotLoop_(hotLoop),
       table_(header.codeTree, IndexBitsFor(dataSize)),
+      room_(std::min(kMostRoom, 8 * dataSize / header.shortestCode)),
       symbols_(std::make_unique_for_overwrite<std::uint8_t[]>(Begin(kLanes))) {}
 
 /// One symbol, from `node` on, to which the bits before the lane's position have led.
@@ -100,18 +231,22 @@ void LaneDecoder::StepOne(std::span<const std::uint8_t> data, Lane& lane) const 
         WalkOn(data, lane, DecodeTable::NodeOf(entry));
         return;
     }
-    const auto symbol = static_cast<std::uint8_t>(entry);
+    const auto symbol = DecodeTable::FirstOf(entry);
     symbols_[lane.out++] = symbol;
     lane.position += header_.codeLengths[symbol];
 }
 
-/// Moves the lanes until one of them is near its stop. The look-ups of all lanes stand side by side, each
-/// lane's position and place in registers of their own: place x 256 + the bits used up since the last load.
+HotLoop FastestHotLoop() {
+#ifdef __x86_64__
+    // Every processor with BMI2 has the rest of what that loop takes.
+    if (static_cast<bool>(__builtin_cpu_supports("bmi2"))) return HotLoop::bmi2;
+#endif
+    return HotLoop::plain;
+}
+
+/// Moves the lanes until one of them is near its stop.
 template <std::size_t count>
 void LaneDecoder::RunFast(std::span<const std::uint8_t> data, std::array<Lane, count>& lanes) const {
-    const std::uint8_t* const bytes = data.data();
-    std::uint8_t* const symbols = symbols_.get();
-    const DecodeTable::View table = table_.Look();
     const auto loadsLeft = [&] {
         std::uint64_t fewest = ~std::uint64_t{0};
         for (const Lane& lane : lanes) {
@@ -120,41 +255,17 @@ void LaneDecoder::RunFast(std::span<const std::uint8_t> data, std::array<Lane, c
         }
         return fewest;
     };
-    const auto run = [&]<std::size_t... i>(std::index_sequence<i...>) {
-        std::uint64_t loads = loadsLeft();
-        std::array<std::uint64_t, count> position = {lanes[i].position...};
-        std::array<std::uint64_t, count> place = {std::uint64_t{lanes[i].out} << 8 ...};
-        while (loads > 0) {
-            std::array<std::uint64_t, count> bits = {BitsAt(bytes, position[i])...};
-            std::array<Entry, count> entry{};
-            const auto lookUp = [&](std::size_t lane) {
-                entry[lane] = table.At(bits[lane]);
-                Store64(symbols + (place[lane] >> 8), entry[lane]);
-                entry[lane] = DecodeTable::CountAndBitsOf(entry[lane]);
-                bits[lane] >>= static_cast<unsigned>(entry[lane]) & 63U;
-                place[lane] += entry[lane];
-            };
-            for (unsigned k = 0; k < kLookUpsPerLoad; ++k)
-                (lookUp(i), ...);
-            ((position[i] += place[i] & 0xff, place[i] &= ~std::uint64_t{0xff}), ...);
-            --loads;
-            const bool allFound = (... && static_cast<bool>(entry[i]));
-            if (!allFound) [[unlikely]] {
-                const auto goOn = [&](std::size_t lane) {
-                    if (entry[lane] != 0) return;
-                    Lane slow{position[lane], 0, static_cast<std::size_t>(place[lane] >> 8)};
-                    StepOne(data, slow);
-                    position[lane] = slow.position;
-                    place[lane] = std::uint64_t{slow.out} << 8;
-                    loads = slow.position == Lane::kLost ? 0 : loads - std::min(loads, kLoadsPerCode);
-                };
-                (goOn(i), ...);
-            }
+    auto run = RunPlain<count>;
+#ifdef __x86_64__
+    if (hotLoop_ == HotLoop::bmi2) run = RunBmi2<count>;
+#endif
+    const Work work{data.data(), symbols_.get(), table_.Look(), header_.codeTree};
+    for (std::uint64_t loads = loadsLeft(); loads > 0; loads = loadsLeft()) {
+        if (run(work, lanes, loads)) continue;
+        for (Lane& lane : lanes) {
+            if (lane.position < lane.stop) StepOne(data, lane);
         }
-        ((lanes[i].position = position[i], lanes[i].out = static_cast<std::size_t>(place[i] >> 8)), ...);
-    };
-    while (loadsLeft() > 0)
-        run(std::make_index_sequence<count>());
+    }
 }
 
 void LaneDecoder::Run(std::span<const std::uint8_t> data, std::array<Lane, kLanes>& lanes) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -8,16 +9,19 @@
 #include <vector>
 
 #include "codec/container.h"
+#include "codec/decoder.h"
 
 namespace vento::codec {
 
 /// The walk through the code tree, done beforehand for every value that the next few bits can have.
 class DecodeTable {
   public:
-    /// Bytes 0 to 5: the symbols that a walk from the root completes, in order; byte 6: how many bits they
-    /// take; byte 7: how many they are. If there is none, the node that the walk has come to stands in the
-    /// lowest 16 bits, -1 for none.
+    /// Byte 0: how many bits the symbols take that a walk from the root completes, in its lowest 6 bits,
+    /// which is what a shift looks at; bytes 1 to 6: these symbols, in order; byte 7: how many they are. If
+    /// there is none, byte 0 is kNone and the node that the walk has come to stands in the next 16 bits, -1
+    /// for none.
     using Entry = std::uint64_t;
+    static constexpr Entry kNone = 0x40;
     static constexpr unsigned kMostSymbols = 6;
     static constexpr unsigned kMostIndexBits = 11;
 
@@ -28,17 +32,22 @@ class DecodeTable {
     [[nodiscard]] unsigned IndexBits() const { return indexBits_; }
 
     static unsigned CountOf(Entry entry) { return static_cast<unsigned>(entry >> 56); }
-    static std::uint64_t CountAndBitsOf(Entry entry) { return entry >> 48; }
-    static std::int16_t NodeOf(Entry entry) { return static_cast<std::int16_t>(entry & 0xffff); }
+    static unsigned BitsOf(Entry entry) { return static_cast<unsigned>(entry & 63); }
+    static std::uint8_t FirstOf(Entry entry) { return static_cast<std::uint8_t>(entry >> 8); }
+    /// The symbols in the lowest bytes, and something else above them.
+    static std::uint64_t SymbolsFirst(Entry entry) { return std::rotr(entry, 8); }
+    static std::int16_t NodeOf(Entry entry) { return static_cast<std::int16_t>(entry >> 8 & 0xffff); }
 
     /// What a look-up needs, to be kept at hand.
     struct View {
         const Entry* entries;
-        std::uint64_t mask;
+        unsigned indexBits;
 
-        [[nodiscard]] Entry At(std::uint64_t bits) const { return entries[bits & mask]; }
+        [[nodiscard, gnu::always_inline]] Entry At(std::uint64_t bits) const {
+            return entries[bits & ~(~std::uint64_t{0} << indexBits)];
+        }
     };
-    [[nodiscard]] View Look() const { return {entries_.data(), entries_.size() - 1}; }
+    [[nodiscard]] View Look() const { return {entries_.data(), indexBits_}; }
 
   private:
     unsigned indexBits_;
@@ -60,17 +69,18 @@ struct Lane {
 /// work.
 class LaneDecoder {
   public:
-    static constexpr std::size_t kLanes = 4;
+    static constexpr std::size_t kLanes = 6;
     /// No lane may stop nearer to the end of the data area.
     static constexpr std::uint64_t kMargin = 128;
-    /// Each lane has room for so many symbols.
-    static constexpr std::size_t kRoom = 32768;
 
     /// `header` must outlive the decoder. The data area is `dataSize` bytes long.
-    LaneDecoder(const CodedHeader& header, std::size_t dataSize);
+    LaneDecoder(const CodedHeader& header, std::size_t dataSize, HotLoop hotLoop);
+
+    /// Each lane has room for so many symbols.
+    [[nodiscard]] std::size_t Room() const { return room_; }
 
     /// Where the symbols of a lane begin.
-    static constexpr std::size_t Begin(std::size_t lane) { return lane * (kRoom + kSlack); }
+    [[nodiscard]] std::size_t Begin(std::size_t lane) const { return lane * (room_ + kSlack); }
 
     /// In `data`, a part of the area, moves each lane over whole codes to the first position that is not
     /// before its stop, and writes the symbols to its `out`, which moves along. A lane that meets something
@@ -83,6 +93,8 @@ class LaneDecoder {
     }
 
   private:
+    /// For most symbols of a lane, however much there is to decode.
+    static constexpr std::size_t kMostRoom = 32768;
     /// A look-up writes eight bytes, however few symbols it has found.
     static constexpr std::size_t kSlack = 64;
 
@@ -92,7 +104,9 @@ class LaneDecoder {
     void WalkOn(std::span<const std::uint8_t> data, Lane& lane, std::int16_t node) const;
 
     const CodedHeader& header_;
+    HotLoop hotLoop_;
     DecodeTable table_;
+    std::size_t room_;
     std::unique_ptr<std::uint8_t[]> symbols_;
 };
 

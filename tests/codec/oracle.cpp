@@ -5,9 +5,12 @@
 #include <cmath>
 #include <cstddef>
 #include <map>
+#include <span>
 #include <utility>
 
 #include "codec/containers.h"
+#include "codec/decoder.h"
+#include "codec/progress_meter.h"
 #include "codec/vento_codec.h"
 #include "text/encoding.h"
 
@@ -240,8 +243,28 @@ Outcome ObserveC(Outcome outcome, const auto& call) {
     return outcome;
 }
 
+// The same decoding with the loop for all processors, whatever this one has. What is in no coded form never
+// comes to it, and is taken as it is.
+Outcome ObservePlainLoop(const Outcome& before, const Outcome& otherwise) {
+    const Bytes& bytes = before.bytes;
+    if (bytes.size() < 4 || Bytes(bytes.begin(), bytes.begin() + 4) != FromText("MA3\r")) return otherwise;
+    return Observe(before, [&](Outcome& outcome) {
+        using namespace vento::codec;
+        ProgressMeter progress([&](std::int16_t& procent) { outcome.events.push_back(procent); });
+        Bytes decoded;
+        const auto append = [&](std::span<const std::uint8_t> part) {
+            decoded.insert(decoded.end(), part.begin(), part.end());
+        };
+        if (DecodeCoded(SourceOf(bytes), outcome.key ? &*outcome.key : nullptr, progress,
+                        {[](std::size_t) {}, append}, HotLoop::plain)) {
+            progress.Finish();
+            outcome.bytes = decoded;
+        }
+    });
+}
+
 Outcome IfTheSame(Outcome text, const Outcome& bytes) {
-    if (text != bytes) text.error = "texts and bytes differ";
+    if (text != bytes) text.error = "two ways to the same differ";
     return text;
 }
 
@@ -277,7 +300,8 @@ Outcome DecodeWithClass(const Bytes& container, const std::optional<KeyArray>& k
         return vento_codec_decode(bytes.data(), bytes.size(), room.data(), room.size(), &size, nullptr,
                                   &options, &error);
     };
-    return IfTheSame(ObserveClass(before, &clsHuffman::DecodeString), ObserveC(before, inC));
+    const auto text = ObserveClass(before, &clsHuffman::DecodeString);
+    return IfTheSame(IfTheSame(text, ObserveC(before, inC)), ObservePlainLoop(before, text));
 }
 
 }  // namespace oracle
