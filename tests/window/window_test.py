@@ -112,6 +112,18 @@ class WindowTest(unittest.TestCase):
         window.picture("read")
         self.close(window, file)
 
+    def test_names_the_columns_that_a_run_has_left_out_while_the_file_is_still_there(self):
+        file = self.programme()
+        window = self.open(file, simulate=self.scenario(faults=[{"cycle": 60, "kind": "readFails"}]))
+        window.press("PROGRAMMA")
+        texts = "\n".join(window.box())
+        window.picture("incomplete")
+        self.assertIn("Ripetere la programmazione", texts)
+        self.assertEqual([f"{column}: non scritta" in texts for column in ("TV", "DTT", "SAT")], [False, True, False])
+        self.assertEqual((window.status(), file.exists()), (SUCCESS, True))
+        window.answer()
+        self.close(window, file)
+
     def test_opens_a_file_through_the_dialog_or_says_why_not(self):
         file, other = self.programme("VENTO perché.qlb"), self.programme("altro.qlb")
         bad = self.folder / ("VENTO-è.qlb" if WINDOWS else "VENTO-<b>.qlb")

@@ -15,7 +15,6 @@ namespace vento::desktop::qt {
 namespace {
 
 constexpr int kLeastDotsPerInch = 48;
-constexpr QSize kFrame{8, 40};  // pixels that a title bar and borders take, about
 constexpr int kLeastFontSize = 6;
 constexpr int kHoverDarkening = 106;  // percent of darkness
 constexpr int kPressDarkening = 118;
@@ -107,7 +106,7 @@ void Look::SetContrast(Contrast contrast) {
 }
 
 bool Look::FitInto(const QSize& area) {
-    const QSize room = area - kFrame;
+    const QSize room = area - kWindowFrame;
     const int before = dotsPerInch_;
     const auto fits = [&](int dotsPerInch) {
         const Rectangle form = PixelsFromTwips(kFormArea, dotsPerInch);
@@ -157,13 +156,15 @@ QColor Look::ColourOf(const Colour& colour) const {
 // Fills in what a style leaves open.
 QString Look::Filled(QString style, const QColor& ground) const {
     const bool high = HasHighContrast();
-    const std::array<std::pair<const char*, QString>, 8> values{{
+    const std::array<std::pair<const char*, QString>, 10> values{{
         {"{ground}", ground.name()},
         {"{under}", (high ? ground : ground.darker(kHoverDarkening)).name()},
         {"{pressed}", (high ? ground : ground.darker(kPressDarkening)).name()},
         {"{text}", TextColour().name()},
         {"{dimmed}", palette_.color(QPalette::Disabled, QPalette::ButtonText).name()},
         {"{accent}", palette_.color(QPalette::Highlight).name()},
+        {"{focused}", (high ? palette_.color(QPalette::Highlight) : ground).name()},
+        {"{onfocused}", high ? palette_.color(QPalette::HighlightedText).name() : TextColour().name()},
         {"{line}", (high ? "2px solid " : "1px solid ") + palette_.color(QPalette::Mid).name()},
         {"{dimmedline}", high ? "2px dashed" : "1px solid"},
     }};
@@ -178,10 +179,11 @@ QString Look::ButtonStyle(const Colour& background) const {
         "QPushButton { background: {ground}; color: {text}; border: {line}; border-radius: 5px;"
         " outline: none; }"
         "QPushButton:hover { background: {under}; border-color: {accent}; }"
-        "QPushButton:focus { border: 3px solid {accent}; }"
+        "QPushButton:focus { background: {focused}; color: {onfocused}; border: 3px solid {accent}; }"
         "QPushButton:pressed { background: {pressed}; }"
         "QPushButton:disabled, QPushButton[dimmed=\"true\"]"
-        " { background: {ground}; color: {dimmed}; border: {dimmedline} {dimmed}; }",
+        " { background: {ground}; color: {dimmed}; border: {dimmedline} {dimmed}; }"
+        "QPushButton[dimmed=\"true\"]:focus { border: 3px solid {accent}; }",
         plain);
 }
 
@@ -209,6 +211,7 @@ QString Look::DialogStyle() const {
         " { background: {ground}; color: {text}; border: {line}; padding: 4px 10px; }"
         "QDialog QToolButton, QDialog QAbstractItemView { padding: 1px; }"
         "QDialog *:focus { border: 3px solid {accent}; }"
+        "QDialog QPushButton:focus { background: {focused}; color: {onfocused}; }"
         "QDialog *:disabled { color: {dimmed}; border: {dimmedline} {dimmed}; }"
         "QDialog QHeaderView { border: none; }"
         "QMessageBox { border: {line}; }"

@@ -6,6 +6,7 @@
 #include <QPixmap>
 #include <QPoint>
 #include <QRect>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 #include <cstdint>
@@ -18,6 +19,9 @@ namespace vento::desktop::qt {
 
 /// The toolkit's pixels are this many to an inch of every screen.
 inline constexpr int kScreenDotsPerInch = 96;
+
+/// What a title bar and borders take, about.
+inline constexpr QSize kWindowFrame{8, 40};
 
 /// How much contrast the desktop asks for.
 enum class Contrast : std::uint8_t { normal, highOnLight, highOnDark };

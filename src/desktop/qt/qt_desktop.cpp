@@ -80,6 +80,7 @@ std::optional<std::string> QtDesktop::ChooseFile(std::string_view title, std::st
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setOption(QFileDialog::HideNameFilterDetails);
     dialog.setNameFilters(NameFilters(filter));
+    dialog.resize(dialog.sizeHint().boundedTo(dialog.screen()->availableSize() - kWindowFrame));
     if (!latestFile_.isEmpty()) dialog.selectFile(latestFile_);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
     latestFile_ = dialog.selectedFiles().front();

@@ -58,7 +58,7 @@ void View::SetGuidance(const std::string& text) {
     if (text == guidance_) return;
     guidance_ = text;
     widget_.setToolTip(ToolTip(text));
-    widget_.setAccessibleDescription(Text(text).replace('\n', ". "));
+    widget_.setAccessibleDescription(Text(text).replace(".\n", ". ").replace('\n', ". "));
     if (QToolTip::isVisible() && widget_.underMouse())
         QToolTip::showText(QCursor::pos(), widget_.toolTip(), &widget_);
 }
