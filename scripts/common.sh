@@ -51,7 +51,7 @@ build() {
     cmake --build --preset "$preset" "$@" >&2
 }
 
-packages_build=(cmake g++ ninja-build libcli11-dev nlohmann-json3-dev)
+packages_build=(cmake g++ ninja-build libcli11-dev libgcrypt20-dev nlohmann-json3-dev)
 packages_test=(libgtest-dev pkgconf python3)
 packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
 packages_window=(fonts-crosextra-carlito fonts-liberation qt6-base-dev qt6-svg-dev)
@@ -59,6 +59,6 @@ packages_window_test=(appstream at-spi2-core dbus-daemon desktop-file-utils gir1
     shared-mime-info xvfb)
 packages_vm=(busybox-static cpio kmod qemu-system-x86 udev python3)
 packages_windows=(fonts-crosextra-carlito fonts-liberation fonts-wine g++-mingw-w64-x86-64-posix googletest icoutils
-    librsvg2-bin nsis openssl osslsigncode wine wine64)
+    libgcrypt-mingw-w64-dev librsvg2-bin nsis openssl osslsigncode wine wine64)
 packages_mutate=(ccache lld python3)
 packages_bench=(libbenchmark-dev libdeflate-dev libzstd-dev zlib1g-dev util-linux)

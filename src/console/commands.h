@@ -97,6 +97,30 @@ inline constexpr std::array kCommands{&kProgramCommand, &kVerifyCommand,  &kPlan
                                       &kCheckCommand,   &kDevicesCommand, &kExplainCommand, &kEncodeCommand,
                                       &kDecodeCommand,  &kHelpCommand,    &kVersionCommand};
 
+/// Options that several commands have.
+inline constexpr OptionEntry kLogOption{
+    "log",
+    '\0',
+    OptionEntry::Value::required,
+    {"FILE", "FILE"},
+    {"Aggiunge a FILE una riga JSON per ogni telecomando: quando, che cosa, con quale esito",
+     "Add a line of JSON to FILE for each remote: when, what, with what outcome"},
+    [](Options& options, std::string_view value) {
+        options.log = value;
+        return true;
+    }};
+inline constexpr OptionEntry kTransmitterOption{
+    "transmitter",
+    '\0',
+    OptionEntry::Value::required,
+    {"PERCORSO", "PATH"},
+    {"Usa il trasmettitore con questo percorso, come lo elenca devices, invece del primo",
+     "Use the transmitter with this path, as devices lists it, in place of the first"},
+    [](Options& options, std::string_view value) {
+        options.transmitter = value;
+        return true;
+    }};
+
 /// The options that every command has.
 [[nodiscard]] std::span<const OptionEntry> CommonOptions();
 

@@ -70,6 +70,7 @@ std::optional<Trace> MakeTrace(const Options& options) {
 
 void ConsoleDesktop::Yield() {
     EndIfDemanded(terminal_);
+    if (onYield_) onYield_();
     const int interrupts = terminal_.Interrupts();
     if (interrupts == interruptsHandled_) return;
     interruptsHandled_ = interrupts;
@@ -93,7 +94,8 @@ ConsoleMachine::ConsoleMachine(const Console& console)
       simulated_(recorded_ ? nullptr : MakeSimulatedHost(console.options, *clock_)),
       native_(recorded_ || simulated_ ? nullptr : platform::MakeNativeHidHost()),
       trace_(MakeTrace(console.options)),
-      hid_(Host(), console.terminal, trace_ ? &*trace_ : nullptr),
+      chosen_(Host(), console.options.transmitter),
+      hid_(chosen_, console.terminal, trace_ ? &*trace_ : nullptr),
       desktop_(console.terminal, console.notices, console.language) {}
 
 platform::HidHost& ConsoleMachine::Host() {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "console/chosen_hid_host.h"
 #include "console/commands.h"
 #include "console/notices.h"
 #include "console/recorded_host.h"
@@ -43,6 +44,10 @@ class ConsoleDesktop final : public platform::Desktop {
     void EndProgram() override {}
 
     void OnInterrupt(std::function<void()> handler) { onInterrupt_ = std::move(handler); }
+    /// `handler` has a turn at each yield.
+    void OnYield(std::function<void()> handler) { onYield_ = std::move(handler); }
+    /// Whether the operator has pressed Ctrl-C.
+    [[nodiscard]] bool Interrupted() const { return interruptsHandled_ > 0; }
 
     /// The text of the latest message box; nothing if there was none.
     [[nodiscard]] const std::optional<std::string>& LatestMessage() const { return latestMessage_; }
@@ -53,6 +58,7 @@ class ConsoleDesktop final : public platform::Desktop {
     Notices& notices_;
     Language language_;
     std::function<void()> onInterrupt_;
+    std::function<void()> onYield_;
     int interruptsHandled_ = 0;
     std::optional<std::string> latestMessage_;
     std::string latestDetail_;
@@ -70,6 +76,7 @@ class ConsoleMachine {
         return simulated_ || recorded_ ? platform::HidBackEnd::simulation : platform::NativeHidBackEnd();
     }
     [[nodiscard]] TracedHidHost& Hid() { return hid_; }
+    [[nodiscard]] const ChosenHidHost& Chosen() const { return chosen_; }
     [[nodiscard]] ConsoleDesktop& Desktop() { return desktop_; }
     [[nodiscard]] platform::Clock& Clock() { return *clock_; }
 
@@ -86,6 +93,7 @@ class ConsoleMachine {
     std::unique_ptr<simulator::SimulatedHidHost> simulated_;  ///< this or
     std::unique_ptr<platform::HidHost> native_;               ///< this
     std::optional<Trace> trace_;
+    ChosenHidHost chosen_;
     TracedHidHost hid_;
     ConsoleDesktop desktop_;
 };

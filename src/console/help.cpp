@@ -1,10 +1,14 @@
 #include "console/help.h"
 
+#include <gcrypt.h>
+
+#include <CLI/Version.hpp>
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <vector>
 
+#include "commit.h"
 #include "console/failure.h"
 #include "console/text_layout.h"
 #include "panel/message_table.h"
@@ -208,7 +212,11 @@ void RunHelp(const Console& console, Answer& answer) {
 }
 
 void RunVersion(const Console&, Answer& answer) {
-    answer.fields = {{"version", VENTO_VERSION}};
+    answer.fields = {{"version", VENTO_VERSION}, {"commit", nullptr}, {"compiler", VENTO_COMPILER}};
+    if (!kCommit.empty()) answer.fields["commit"] = kCommit;
+    answer.fields["libraries"] = {{"CLI11", CLI11_VERSION},
+                                  {"libgcrypt", gcry_check_version(nullptr)},
+                                  {"nlohmann-json", nlohmann::ordered_json::meta()["version"]["string"]}};
     answer.text = "ventoctl " VENTO_VERSION "\n";
 }
 

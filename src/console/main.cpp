@@ -19,12 +19,6 @@ using platform::Terminal;
 constexpr Phrase kUnforeseenPhrase{"È successo qualcosa di imprevisto: {0}",
                                    "Something unforeseen has happened: {0}"};
 
-// True if all of it has left the program.
-bool WriteResults(const std::string& text) {
-    errno = 0;
-    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
-}
-
 std::string JsonOf(const CommandEntry& command, const Answer& answer) {
     ordered_json object = {{"operation", command.name}, {"diagnostic", nullptr}};
     if (!answer.diagnostic.empty()) object["diagnostic"] = answer.diagnostic;

@@ -1,6 +1,7 @@
 #include "console/notices.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -91,6 +92,11 @@ void ProgressLine::Clear() {
     shown_.clear();
 }
 
+bool WriteResults(const std::string& text) {
+    errno = 0;
+    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+}
+
 Notices::Notices(const platform::Terminal& terminal, Language language, bool quiet, bool verbose)
     : terminal_(terminal),
       language_(language),
@@ -140,6 +146,10 @@ void Notices::ShowProgress(const Progress& progress) {
         latestCaption_ = progress.caption;
         Note(progress.caption);
     }
+}
+
+void Notices::RingBell() {
+    if (redraws_ && !quiet_) WriteOut("\a");
 }
 
 void Notices::ClearProgress() {

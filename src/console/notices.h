@@ -54,6 +54,9 @@ class ProgressLine {
     std::vector<Line> shown_;
 };
 
+/// Puts results on standard output; true if all of them have left the program, else errno says why not.
+[[nodiscard]] bool WriteResults(const std::string& text);
+
 /// All that goes to standard error. What can't be written there is lost.
 class Notices {
   public:
@@ -74,6 +77,9 @@ class Notices {
     void ShowProgress(const Progress& progress);
 
     void ClearProgress();
+
+    /// Calls for attention, on a terminal.
+    void RingBell();
 
   private:
     void Say(std::string_view prefix, std::string_view text);

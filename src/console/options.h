@@ -19,6 +19,9 @@ struct Options {
     bool consume = false;
     bool strict = false;
     bool verify = false;
+    std::optional<int> series;               ///< how many remotes; 0 for as many as come
+    std::optional<std::string> log;          ///< the file that each run adds a line to
+    std::optional<std::string> transmitter;  ///< the interface to use, by its path
     std::optional<RemoteVersion> remoteVersion;
     std::optional<SectionOffsets> sections;
     std::optional<std::string> key;       ///< the file with the key of the codec

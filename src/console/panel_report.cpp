@@ -29,11 +29,18 @@ std::string_view LanguageName(Language language) {
     return language == Language::italian ? "ITA" : "ENG";
 }
 
-Progress ProgressOf(FormWeb& form) {
+// "0:07"
+std::string ClockText(std::chrono::seconds seconds) {
+    const std::string rest = std::to_string(seconds.count() % 60);
+    return std::to_string(seconds.count() / 60) + ":" + (rest.size() < 2 ? "0" : "") + rest;
+}
+
+Progress ProgressOf(FormWeb& form, std::chrono::seconds elapsed) {
     Progress progress;
     progress.caption = form.Label1.Caption();
     if (form.Command6(kCancelHolder).Enabled() && !progress.caption.empty()) {
-        progress.hint = Phrase{"Ctrl-C annulla", "Ctrl-C cancels"}.In(form.PanelLanguage());
+        progress.hint = Fill({"{0}  Ctrl-C annulla", "{0}  Ctrl-C cancels"}, {ClockText(elapsed)})
+                            .In(form.PanelLanguage());
     }
     const ProgressBar& bar = form.ProgressBar1;
     if (bar.Visible() && bar.Maximum() > bar.Minimum()) {
@@ -42,30 +49,35 @@ Progress ProgressOf(FormWeb& form) {
     return progress;
 }
 
-void Cancel(FormWeb& form, Notices& notices) {
+void Cancel(FormWeb& form, const Console& console) {
     if (form.Command6(kCancelHolder).Enabled()) {
         form.Cancel();
+    } else if (console.options.series) {
+        console.notices.Note(
+            Phrase{"La serie finisce dopo questo telecomando; un altro Ctrl-C interrompe subito.",
+                   "The series ends after this remote; another Ctrl-C ends at once."});
     } else {
-        notices.Note(Phrase{"Ora non c'è nulla da annullare; un altro Ctrl-C interrompe subito.",
-                            "There is nothing to cancel now; another Ctrl-C ends at once."});
+        console.notices.Note(Phrase{"Ora non c'è nulla da annullare; un altro Ctrl-C interrompe subito.",
+                                    "There is nothing to cancel now; another Ctrl-C ends at once."});
     }
 }
 
-// The panel's events lead to standard error for as long as this lives.
+// The panel's events lead to standard error for as long as this lives, and so does the time of a wait.
 class Shown {
   public:
-    Shown(FormWeb& form, ConsoleDesktop& desktop, Notices& notices)
-        : form_(form), desktop_(desktop), notices_(notices) {
-        Observe([this] {
-            // What comes in last is the outcome, which is told by other means.
-            if (!form_.LatestOutcome()) notices_.ShowProgress(ProgressOf(form_));
+    Shown(FormWeb& form, ConsoleMachine& machine, const Console& console)
+        : form_(form), machine_(machine), console_(console), begin_(machine.Clock().Now()) {
+        Observe([this] { Show(); });
+        machine_.Desktop().OnInterrupt([this] { Cancel(form_, console_); });
+        machine_.Desktop().OnYield([this] {
+            if (Elapsed() != shownAt_) Show();
         });
-        desktop_.OnInterrupt([this] { Cancel(form_, notices_); });
     }
     ~Shown() {
         Observe({});
-        desktop_.OnInterrupt({});
-        notices_.ClearProgress();
+        machine_.Desktop().OnInterrupt({});
+        machine_.Desktop().OnYield({});
+        console_.notices.ClearProgress();
     }
     Shown(const Shown&) = delete;
     Shown& operator=(const Shown&) = delete;
@@ -73,6 +85,17 @@ class Shown {
     Shown& operator=(Shown&&) = delete;
 
   private:
+    [[nodiscard]] std::chrono::seconds Elapsed() const {
+        return std::chrono::floor<std::chrono::seconds>(machine_.Clock().Now() - begin_);
+    }
+
+    void Show() {
+        // What comes in last is the outcome, which is told by other means.
+        if (form_.LatestOutcome()) return;
+        shownAt_ = Elapsed();
+        console_.notices.ShowProgress(ProgressOf(form_, shownAt_));
+    }
+
     void Observe(const std::function<void()>& observer) {
         form_.Label1.Observe(observer);
         form_.ProgressBar1.Observe(observer);
@@ -80,8 +103,10 @@ class Shown {
     }
 
     FormWeb& form_;
-    ConsoleDesktop& desktop_;
-    Notices& notices_;
+    ConsoleMachine& machine_;
+    const Console& console_;
+    platform::Clock::Duration begin_;
+    std::chrono::seconds shownAt_{0};
 };
 
 // A message of several lines, without what would steer the terminal and without blanks at the ends.
@@ -98,17 +123,26 @@ std::string LinesOf(std::string_view message) {
     return text;
 }
 
-void Conclude(FormWeb& form, const ConsoleDesktop& desktop, Notices& notices, Answer& answer) {
+void Conclude(FormWeb& form, ConsoleMachine& machine, const Console& console, Answer& answer) {
+    Notices& notices = console.notices;
+    const ConsoleDesktop& desktop = machine.Desktop();
     const auto& outcome = form.LatestOutcome();
     if (!outcome) {
         answer.status = static_cast<int>(ResultCode::noTransmitter);
         answer.Diagnose(desktop.LatestDetail().empty() ? "No transmitter was found."
                                                        : desktop.LatestDetail());
+        if (machine.Chosen().Misses()) {
+            notices.Error(Fill({"Non c'è un'interfaccia di nome {0}; 'ventoctl devices' le elenca.",
+                                "There is no interface called {0}; 'ventoctl devices' lists them."},
+                               {console.options.transmitter.value_or("")}));
+        }
         return;
     }
     answer.status = static_cast<int>(outcome->code);
     answer.fields["result"] = answer.status;
     answer.Diagnose(outcome->diagnostic.In(Language::english));
+    if (outcome->code == ResultCode::cancelled && console.options.series)
+        return;  // that is how a series ends
     if (outcome->code != ResultCode::success) {
         notices.Error(outcome->message, outcome->diagnostic.In(form.PanelLanguage()));
         return;
@@ -165,7 +199,9 @@ void ReportPanel(FormWeb& form, ConsoleMachine& machine, Answer& answer) {
                              {"maximum", bar.Maximum()},
                              {"value", bar.Value()},
                              {"visible", bar.Visible()}};
-    fields["columns"] = ColumnFields(form);
+    const ordered_json columns = ColumnFields(form);
+    for (std::size_t c = 0; c < kColumns; ++c)
+        fields["columns"][c].update(columns[c]);  // what has been said of the columns besides stays
     fields["cycles"] = machine.Hid().Cycles();
 }
 
@@ -174,7 +210,7 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
     const auto begin = machine.Clock().Now();
     form.Label1.SetCaption("");  // what an earlier operation came to is none of this one's progress
     {
-        const Shown shown(form, machine.Desktop(), console.notices);
+        const Shown shown(form, machine, console);
         try {
             click();
         } catch (const EndedAtOnce&) {
@@ -184,7 +220,7 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
     }
     const std::chrono::duration<double> seconds = machine.Clock().Now() - begin;
     answer.fields["seconds"] = answer.fields["seconds"].get<double>() + seconds.count();
-    Conclude(form, machine.Desktop(), console.notices, answer);
+    Conclude(form, machine, console, answer);
     console.notices.Detail(
         Fill({"Codice {0}, {1} cicli sul collegamento, {2} ms", "Code {0}, {1} cycles on the link, {2} ms"},
              {std::to_string(answer.status), std::to_string(machine.Hid().Cycles()),

@@ -80,7 +80,8 @@ constexpr std::array kOptions{
                 {"POSIZIONI", "OFFSETS"},
                 {"Le parole da cui cominciano le sue sezioni; se mancano, 256,4352,8448",
                  "The words at which its sections begin; without, 256,4352,8448"},
-                TakeSections}};
+                TakeSections},
+    kTransmitterOption};
 
 constexpr std::array kExamples{Example{"plan VENTO-casa.qlb --remote-version 3.0.4",
                                        {"Dice quale lista andrebbe dove, senza interrogare un telecomando.",

@@ -1,18 +1,27 @@
 #include <array>
-#include <optional>
 
 #include "console/commands.h"
 #include "console/console_machine.h"
-#include "console/failure.h"
 #include "console/panel_report.h"
-#include "panel/advice.h"
+#include "console/program_run.h"
+#include "console/run_log.h"
 #include "panel/form_web.h"
+#include "programme/fields.h"
 
 namespace vento::console {
 namespace {
 
 constexpr std::array kArguments{
     ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
+
+bool TakeSeries(Options& options, std::string_view value) {
+    options.series = 0;
+    if (value.empty()) return true;
+    const auto count = ParseDecimal(value, 60000);
+    if (!count || *count == 0) return false;
+    options.series = *count;
+    return true;
+}
 
 constexpr std::array kOptions{
     OptionEntry{
@@ -35,7 +44,19 @@ constexpr std::array kOptions{
                 {"", ""},
                 {"Dopo la programmazione prova che cosa contiene il telecomando, come fa verify",
                  "Prove what the remote holds after programming, as verify does"},
-                [](Options& options, std::string_view) { return options.verify = true; }}};
+                [](Options& options, std::string_view) { return options.verify = true; }},
+    OptionEntry{
+        "series",
+        '\0',
+        OptionEntry::Value::behindEquals,
+        {"QUANTI", "COUNT"},
+        {"Programma un telecomando dopo l'altro, QUANTI o fino a Ctrl-C; ognuno va tolto prima del "
+         "successivo",
+         "Programme remote after remote, COUNT of them or until Ctrl-C; each is to be taken away before the "
+         "next"},
+        TakeSeries},
+    kLogOption,
+    kTransmitterOption};
 
 constexpr std::array kExamples{
     Example{"program VENTO-casa.qlb --consume",
@@ -43,6 +64,9 @@ constexpr std::array kExamples{
              "Programs the remote and deletes the file, as the window does."}},
     Example{"program VENTO-casa.qlb --trace traccia.jsonl",
             {"Conserva ogni passo, per l'assistenza.", "Keeps every step, for support."}},
+    Example{"program VENTO-casa.qlb --series --strict --log lavoro.jsonl",
+            {"Programma un telecomando dopo l'altro e tiene il registro della giornata.",
+             "Programs remote after remote and keeps the record of the day."}},
 };
 
 // Closes the form at the end, however that comes, if the programme is to be consumed.
@@ -62,49 +86,22 @@ class Closing {
     bool consume_;
 };
 
-void Report(const Console& console, const FormWeb& form, const OperationOutcome& programming,
-            const std::optional<OperationOutcome>& verification, Answer& answer) {
-    const bool lost = programming.programming.Incomplete();
-    const bool succeeded = programming.code == ResultCode::success;
-    ReportColumns(form, programming.programming, "outcome", answer);
-    if (verification) ReportColumns(form, verification->programming, "verification", answer);
-    answer.fields["complete"] = succeeded && !lost && answer.status == 0;
-    if (succeeded && lost && console.options.strict && answer.status == 0) answer.status = kNotWhole;
-}
-
-// Programmes one remote, and proves it if that is asked for.
-void ProgramOne(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer) {
-    Operate(console, machine, form, answer, [&] { form.Command6_Click(0); });
-    const auto programming = form.LatestOutcome();
-    std::optional<OperationOutcome> verification;
-    if (programming) {
-        const bool succeeded = programming->code == ResultCode::success;
-        if (succeeded || programming->programming.writing)
-            TellColumns(form, programming->programming, DescribeColumnOutcome, answer);
-        if (succeeded && console.options.verify) {
-            Operate(console, machine, form, answer, [&] { form.Verify(); });
-            verification = form.LatestOutcome();
-            if (verification) TellColumns(form, verification->programming, DescribeVerification, answer);
-        }
-    }
-    ReportPanel(form, machine, answer);
-    if (programming) Report(console, form, *programming, verification, answer);
-}
-
 void Run(const Console& console, Answer& answer) {
-    answer.fields = BlankProgrammingFields(console.language);
-    if (console.options.verify) {
-        for (auto& column : answer.fields["columns"])
-            column["verification"] = nullptr;
-    }
+    answer.fields = BlankRunFields(console);
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
     const Closing closing(form, console.options.consume);
     form.Form_Load("");
-    if (LoadProgramme(console, form, answer)) {
-        ProgramOne(console, machine, form, answer);
-    } else {
+    if (!LoadProgramme(console, form, answer)) {
         ReportPanel(form, machine, answer);
+    } else {
+        RunLog log(console.options, machine.ForPanel().files);
+        if (console.options.series) {
+            ProgramSeries(console, machine, form, log, answer);
+        } else {
+            ProgramOne(console, machine, form, log, answer);
+            log.Add(answer, machine.Chosen());
+        }
     }
     machine.Finish();
 }

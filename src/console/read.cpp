@@ -6,6 +6,8 @@
 namespace vento::console {
 namespace {
 
+constexpr std::array kOptions{kTransmitterOption};
+
 void Run(const Console& console, Answer& answer) {
     answer.fields = BlankPanelFields(console.language);
     answer.fields.update(
@@ -22,6 +24,7 @@ void Run(const Console& console, Answer& answer) {
 }  // namespace
 
 constinit const CommandEntry kReadCommand{
-    "read", {"Chiede a un telecomando che cosa contiene", "Ask a remote what it holds"}, {}, {}, {}, Run};
+    "read", {"Chiede a un telecomando che cosa contiene", "Ask a remote what it holds"}, {}, kOptions, {},
+    Run};
 
 }  // namespace vento::console

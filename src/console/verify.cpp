@@ -3,6 +3,7 @@
 #include "console/commands.h"
 #include "console/console_machine.h"
 #include "console/panel_report.h"
+#include "console/run_log.h"
 #include "panel/advice.h"
 #include "panel/form_web.h"
 
@@ -12,16 +13,15 @@ namespace {
 constexpr std::array kArguments{
     ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
 
+constexpr std::array kOptions{kLogOption, kTransmitterOption};
+
 constexpr std::array kExamples{Example{"verify VENTO-casa.qlb",
                                        {"Dice colonna per colonna se il telecomando contiene quel programma.",
                                         "Says column by column whether the remote holds that programme."}}};
 
-void Run(const Console& console, Answer& answer) {
-    answer.fields = BlankProgrammingFields(console.language);
-    ConsoleMachine machine(console);
-    FormWeb form(machine.ForPanel());
-    form.Form_Load("");
-    if (LoadProgramme(console, form, answer)) Operate(console, machine, form, answer, [&] { form.Verify(); });
+void Verify(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer) {
+    RunLog log(console.options, machine.ForPanel().files);
+    Operate(console, machine, form, answer, [&] { form.Verify(); });
     ReportPanel(form, machine, answer);
     if (const auto& outcome = form.LatestOutcome()) {
         ReportColumns(form, outcome->programming, "outcome", answer);
@@ -29,6 +29,19 @@ void Run(const Console& console, Answer& answer) {
         const bool looked =
             outcome->code == ResultCode::success || outcome->code == ResultCode::verificationFailed;
         if (looked) TellColumns(form, outcome->programming, DescribeVerification, answer);
+    }
+    log.Add(answer, machine.Chosen());
+}
+
+void Run(const Console& console, Answer& answer) {
+    answer.fields = BlankProgrammingFields(console.language);
+    ConsoleMachine machine(console);
+    FormWeb form(machine.ForPanel());
+    form.Form_Load("");
+    if (LoadProgramme(console, form, answer)) {
+        Verify(console, machine, form, answer);
+    } else {
+        ReportPanel(form, machine, answer);
     }
     machine.Finish();
 }
@@ -40,7 +53,7 @@ constinit const CommandEntry kVerifyCommand{
     {"Prova che un telecomando contiene un file di programmazione, senza scrivere",
      "Prove that a remote holds a programme file, without writing"},
     kArguments,
-    {},
+    kOptions,
     kExamples,
     Run};
 

@@ -134,6 +134,10 @@ void FormWeb::Inspect() {
     BeginOperation(kInspectOperation, {});
 }
 
+void FormWeb::AwaitRemoval() {
+    BeginOperation(kRemovalOperation, {});
+}
+
 void FormWeb::Command4_Click() {
     Begin([this] {
         if (const auto path = machine_.desktop.ChooseFile(kDialogTitle, kDialogFilter)) OpenOrExplain(*path);
@@ -211,7 +215,10 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
         machine_.desktop.Yield();
         if (ended_) throw ProgramEnded{};
     };
-    const std::string_view waitingText = PanelTextFor(PanelText::waitingForRemote, PanelLanguage());
+    const std::string waitingText =
+        operation == kRemovalOperation
+            ? Phrase{"Togliere il telecomando", "Take the remote away"}.In(PanelLanguage())
+            : std::string(PanelTextFor(PanelText::waitingForRemote, PanelLanguage()));
     const OperationContext context{Label1,      Command6(kCancelIndex), ProgressBar1,
                                    waitingText, machine_.clock,         yield};
     ongoing_ = {};

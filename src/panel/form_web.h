@@ -70,10 +70,11 @@ class FormWeb {
     void Command4_Click();
     void Command6_Click(std::int16_t index);
 
-    /// Proves the loaded programme against a remote, and asks a remote what a programme would meet there. No
-    /// button of the form does these: they are for front ends without one.
+    /// Proves the loaded programme against a remote; asks a remote what a programme would meet there; waits
+    /// until a remote is taken away. No button of the form does these: they are for front ends without one.
     void Verify();
     void Inspect();
+    void AwaitRemoval();
 
     /// What the views hold.
     [[nodiscard]] Programme GatherProgramme() const;

@@ -5,6 +5,7 @@
 
 #include "panel/advice.h"
 #include "panel/message_table.h"
+#include "protocol/wait_for_remote.h"
 
 namespace vento {
 namespace {
@@ -33,6 +34,8 @@ SequenceResult RunSequence(std::int16_t operation, const Programme& programme,
             return VerifyRemote(context, link, programme, outcome.programming);
         case kInspectOperation:
             return InspectRemote(context, link, outcome.reading);
+        case kRemovalOperation:
+            return WaitForRemoval(context, link);
         default:
             return {ResultCode::notStarted,
                     Fill({"L'operazione {0} non esiste.", "There is no operation {0}."},
@@ -51,7 +54,8 @@ std::string MessageOf(std::int16_t operation, ResultCode code, Language language
                       "The remote does not hold this programme"}
             .In(language);
     }
-    if (operation == kInspectOperation && code == ResultCode::success) return {};
+    const bool onlyAsks = operation == kInspectOperation || operation == kRemovalOperation;
+    if (onlyAsks && code == ResultCode::success) return {};
     return std::string(MessageFor(code, language));
 }
 

@@ -34,6 +34,7 @@ inline constexpr std::int16_t kProgramOperation = 0;
 inline constexpr std::int16_t kReadOperation = 2;
 inline constexpr std::int16_t kVerifyOperation = 4;
 inline constexpr std::int16_t kInspectOperation = 6;
+inline constexpr std::int16_t kRemovalOperation = 8;
 
 struct OperationOutcome {
     ResultCode code = ResultCode::noTransmitter;

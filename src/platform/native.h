@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -20,6 +22,10 @@ enum class HidBackEnd : std::uint8_t { hidraw, windows, simulation };
 [[nodiscard]] HidBackEnd NativeHidBackEnd();
 [[nodiscard]] std::unique_ptr<Files> MakeNativeFiles();
 [[nodiscard]] std::unique_ptr<Clock> MakeNativeClock();
+
+/// Adds `text` at the end of a file, which is made if it is not there, in one step: what several processes
+/// add is not mixed. Throws FileError.
+void AppendNatively(const std::filesystem::path& file, std::string_view text);
 
 /// The three-letter abbreviation of the desktop's language; nothing if it can't be told.
 [[nodiscard]] std::optional<std::string> NativeLanguageAbbreviation();

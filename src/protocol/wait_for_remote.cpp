@@ -11,6 +11,8 @@ constexpr int kPassesAtFactorOne = 20000;
 constexpr int kDivisorForFactorZero = 100;
 constexpr int kGoodPollsInARow = 10;
 constexpr std::chrono::minutes kSilenceLimit{3};
+constexpr int kBadPollsOfAbsence = 200;  // a remote that is only moved a little answers again before
+constexpr std::chrono::milliseconds kPauseWithoutTransmitter{100};
 
 // Detects that no report at all has come back for too long. The wait is bounded by the number of polls; this
 // is for a transmitter that lets every poll run into the time limit of its read.
@@ -68,13 +70,25 @@ SequenceResult Poll(const OperationContext& context, Link& link) {
                  {DescribeLatest(link, reply)})};
 }
 
-}  // namespace
+SequenceResult PollUntilGone(const OperationContext& context, Link& link) {
+    Reply reply{};
+    for (int gone = 0; gone < kBadPollsOfAbsence;) {
+        SendCommand(link, reply, command::kPresence, 1);
+        const bool nobodyAnswered = link.latest.reportsRead > 0 && reply[0] != 0;
+        gone = nobodyAnswered ? gone + 1 : 0;
+        if (!link.latest.transmitterFound) context.clock.Sleep(kPauseWithoutTransmitter);
+        if (YieldAndLookForCancel(context)) return Cancelled();
+    }
+    return {};
+}
 
-SequenceResult WaitForRemote(const OperationContext& context, Link& link) {
+// A wait of either kind, with what the operator sees of it.
+SequenceResult Wait(const OperationContext& context, Link& link,
+                    SequenceResult (*poll)(const OperationContext&, Link&)) {
     context.cancelControl.SetEnabled(true);
     context.statusLabel.SetCaption(context.waitingText);
     context.yield();
-    SequenceResult result = Poll(context, link);
+    SequenceResult result = poll(context, link);
     if (result.code == ResultCode::success) {
         context.statusLabel.SetCaption("");
         context.yield();
@@ -82,6 +96,16 @@ SequenceResult WaitForRemote(const OperationContext& context, Link& link) {
     context.cancelControl.SetEnabled(false);
     context.cancelControl.SetTag(kTagFalse);
     return result;
+}
+
+}  // namespace
+
+SequenceResult WaitForRemote(const OperationContext& context, Link& link) {
+    return Wait(context, link, Poll);
+}
+
+SequenceResult WaitForRemoval(const OperationContext& context, Link& link) {
+    return Wait(context, link, PollUntilGone);
 }
 
 }  // namespace vento

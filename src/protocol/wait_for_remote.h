@@ -14,4 +14,10 @@ namespace vento {
 /// flag reset.
 SequenceResult WaitForRemote(const OperationContext& context, Link& link);
 
+/// Between two remotes: asks the operator to take this one away, and polls until the transmitter has said 200
+/// times in a row that no remote answers. A report that is lost, or a transmitter that has gone, says nothing
+/// of the remote, and the count begins anew. `cancelled` when the cancel flag is seen; otherwise it waits for
+/// as long as it takes.
+SequenceResult WaitForRemoval(const OperationContext& context, Link& link);
+
 }  // namespace vento

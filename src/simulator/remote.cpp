@@ -55,7 +55,12 @@ class Remote::Answer {
 };
 
 Remote::Remote(const RemoteSetup& setup)
-    : version_(setup.version), sections_(setup.sections), pollsToArrival_(setup.arrivesAtPoll) {
+    : version_(setup.version),
+      sections_(setup.sections),
+      first_(setup.contents),
+      leavesAfterPolls_(setup.leavesAfterPolls),
+      awayForPolls_(setup.awayForPolls),
+      pollsToArrival_(setup.arrivesAtPoll) {
     SetContents(setup.contents);
 }
 
@@ -95,10 +100,20 @@ bool Remote::Receive(std::span<const std::uint8_t> sendBytes, unsigned pace, std
 }
 
 bool Remote::IsInReach(std::span<const std::uint8_t> sendBytes) {
-    if (pollsToArrival_ > 0 && sendBytes.size() == 1 && sendBytes[0] == kPoll) {
-        --pollsToArrival_;
-    }
+    const bool isPoll = sendBytes.size() == 1 && sendBytes[0] == kPoll && awaiting_ == Awaiting::command;
+    if (pollsToArrival_ > 0 && isPoll) --pollsToArrival_;
+    if (pollsToArrival_ == 0) ComeAndGo(isPoll);
     return pollsToArrival_ == 0;
+}
+
+void Remote::ComeAndGo(bool isPoll) {
+    workedWith_ = workedWith_ || !isPoll;
+    pollsInARow_ = isPoll ? pollsInARow_ + 1 : 0;
+    if (leavesAfterPolls_ == 0 || !workedWith_ || pollsInARow_ <= leavesAfterPolls_) return;
+    workedWith_ = false;
+    pollsInARow_ = 0;
+    pollsToArrival_ = awayForPolls_;
+    SetContents(first_);
 }
 
 std::size_t Remote::ExpectedSize(Awaiting awaiting) const {

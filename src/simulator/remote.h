@@ -36,6 +36,11 @@ struct RemoteSetup {
     /// The remote comes before the transmitter with that poll, counted from 1, and answers it. With 0 it has
     /// been there from the start.
     std::uint32_t arrivesAtPoll = 0;
+    /// Once it has been worked with and this many polls in a row have followed, the remote is taken away.
+    /// With 0 it stays.
+    std::uint32_t leavesAfterPolls = 0;
+    /// The polls for which then no remote lies there; behind them comes another, as this one was at first.
+    std::uint32_t awayForPolls = 0;
 };
 
 /// The remote: what it makes of the send bytes that a transmitter passes on to it.
@@ -75,6 +80,7 @@ class Remote {
     };
 
     [[nodiscard]] bool IsInReach(std::span<const std::uint8_t> sendBytes);
+    void ComeAndGo(bool isPoll);
     [[nodiscard]] std::size_t ExpectedSize(Awaiting awaiting) const;
     [[nodiscard]] bool TakeCommand(std::uint8_t command, Answer& answer);
     void PutSections(Answer& answer) const;
@@ -87,7 +93,12 @@ class Remote {
 
     std::uint8_t version_;
     std::vector<std::uint16_t> sections_;
+    RemoteContents first_;  ///< what the next remote comes with
+    std::uint32_t leavesAfterPolls_;
+    std::uint32_t awayForPolls_;
     std::uint32_t pollsToArrival_;
+    std::uint32_t pollsInARow_ = 0;
+    bool workedWith_ = false;
     std::uint8_t free_ = 0;
     std::vector<Word> memory_;
     Awaiting awaiting_ = Awaiting::command;

@@ -57,13 +57,15 @@ std::optional<RemoteSetup> ReadRemote(const JsonNode& node) {
     if (node.IsNull()) return std::nullopt;
     if (!node.IsObject())
         node.Refuse(Phrase{"un oggetto, o null per nessun telecomando", "an object, or null for no remote"});
-    static constexpr std::array<std::string_view, 5> kKeys = {"version", "sections", "free", "arrivesAtPoll",
-                                                              "memory"};
+    static constexpr std::array<std::string_view, 7> kKeys = {
+        "version", "sections", "free", "arrivesAtPoll", "memory", "leavesAfterPolls", "awayForPolls"};
     node.AllowKeys(kKeys);
     RemoteSetup setup;
     ReadNumber(node, "version", setup.version, 0, 255);
     ReadNumber(node, "free", setup.contents.free, 0, 255);
     ReadNumber(node, "arrivesAtPoll", setup.arrivesAtPoll, 1, kLargestCount);
+    ReadNumber(node, "leavesAfterPolls", setup.leavesAfterPolls, 1, kLargestCount);
+    ReadNumber(node, "awayForPolls", setup.awayForPolls, 0, kLargestCount);
     if (const JsonNode list = node.At("sections"); list.IsThere()) {
         setup.sections.resize(list.Count(kMostSections, {"offset", "offsets"}));
         for (std::size_t i = 0; i < setup.sections.size(); ++i) {

@@ -1,8 +1,10 @@
 """What the console program answers: statuses, the JSON object of every command, words on both outputs, the trace."""
 
+import hashlib
 import json
 import os
 import pathlib
+import subprocess
 import unittest
 
 from ventoctl import COMMAND, EXAMPLES, ConsoleTest, code_list, programme
@@ -50,7 +52,10 @@ class Usage(ConsoleTest):
             self.assertEqual(own, self.run_console(0, command, "-h", "--language=en")[0])
             self.assertTrue(own.startswith(f"Usage: ventoctl {command}"), own)
             self.assertNotIn("ommand", self.run_console(0, command, "-h", "--language=it")[0])
-        self.assertEqual(self.run_console(0, "-V")[0], f"ventoctl {self.run_json(0, '--version')['version']}\n")
+        version = self.run_json(0, "--version")
+        self.assertEqual(self.run_console(0, "-V")[0], f"ventoctl {version['version']}\n")
+        self.assertRegex(version["commit"] or "0", "^[0-9a-f]+(-dirty)?$")
+        self.assertTrue(version["compiler"] and version["libraries"]["libgcrypt"][0] == "1", version)
 
 
 class Program(ConsoleTest):
@@ -102,6 +107,7 @@ class Program(ConsoleTest):
             arguments = ["program", path, self.simulate(**scenario), "--language", "eng"]
             answer = self.run_json(status, *arguments)
             self.assertEqual((list(answer), answer["result"]), (PROGRAM_KEYS, result))
+            self.assertEqual([each["outcome"] is None for each in answer["columns"]], [result is None] * 3)
             out, err = self.run_console(status, *arguments, "--quiet")
             self.assertTrue(out == "" and err.startswith("ventoctl: "), (out, err))
             for told in (*words, answer["messageBox"], result and answer["message"]):
@@ -347,6 +353,86 @@ class Files(ConsoleTest):
             before = victim.read_bytes()
             self.run_console(64, "program", path, simulate, "--trace", str(victim))
             self.assertEqual(victim.read_bytes(), before)
+
+
+class Series(ConsoleTest):
+    SERIES = {"leavesAfterPolls": 15, "awayForPolls": 230}
+
+    def read_log(self, path):
+        return [json.loads(line) for line in pathlib.Path(path).read_text().splitlines()]
+
+    def test_five_remotes_with_a_fault_in_the_third(self):
+        path, log = self.file("VENTO-x.qlb", programme(40)), str(self.folder / "log.jsonl")
+        whole = self.run_json(0, "program", path, self.simulate(remote=self.SERIES), "--series=2")
+        first = self.run_json(0, "program", path, self.simulate(remote=self.SERIES), "--series=1")["cycles"]
+        fault = {"kind": "flip", "byte": 1, "mask": 1, "cycle": first + 2 * (whole["cycles"] - first) - 6}
+        arguments = ["program", path, self.simulate(remote=self.SERIES, faults=[fault]), "--series=5", "--log", log]
+        out, err = self.run_console(1, *arguments, "--language=en")
+        heads = [line for line in out.splitlines() if line.startswith("Remote ")]
+        self.assertEqual(heads, [f"Remote {n}: {'bad' if n == 3 else 'good'}" for n in range(1, 6)])
+        self.assertTrue(out.endswith("End of the series: 4 good, 1 bad\n"), out)
+        self.assertEqual(err.count("Take the remote away"), 4)
+        lines = self.read_log(log)
+        self.assertEqual([line["complete"] for line in lines], [True, True, False, True, True])
+        digest = hashlib.sha256(pathlib.Path(path).read_bytes()).hexdigest()
+        transmitter = {"path": "simulated/1", "vendorId": 1240, "productId": 1}
+        for line in lines:
+            self.assertEqual((line["file"], line["sha256"], line["transmitter"]), (path, digest, transmitter))
+            self.assertRegex(line["time"], r"^20\d\d-\d\d-\d\dT\d\d:\d\d:\d\dZ$")
+            self.assertEqual(line["version"], {"major": 3, "minor": 0, "build": 4})
+            self.assertEqual([column["column"] for column in line["columns"]], ["TV", "DTT", "SAT"])
+        answer = self.run_json(1, *arguments)["series"]
+        self.assertEqual((answer["good"], answer["bad"], len(answer["runs"])), (4, 1, 5))
+
+    @unittest.skipIf(len(COMMAND) > 1, "what ends the emulator does not end the program")
+    def test_a_remote_that_stays_is_not_written_again_though_it_falters(self):
+        # The polls of the wait behind the first run fail for a while, fewer than make an absence.
+        path = self.file("VENTO-x.qlb", programme(1))
+        first = self.run_json(0, "program", path, self.simulate(), "--series=1")["cycles"]
+        faults = [{"kind": kind, "cycle": first + 20, "through": first + 210} for kind in ("status", "readFails")]
+        faults[0]["value"] = 1
+        gone = [{"kind": "unplugged", "cycle": first + 250, "through": first + 260}]
+        for fault in (faults[:1], faults[1:], gone):
+            path_of_trace = self.folder / "trace.jsonl"
+            process = subprocess.Popen(
+                [*COMMAND, "program", path, self.simulate(faults=fault, reportMicroseconds=100), "--series", "--trace",
+                 str(path_of_trace)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, cwd=self.folder,
+            )  # fmt: skip
+            self.addCleanup(process.stdout.close)
+            while '"cycle":%d,' % (first + 600) not in (path_of_trace.read_text() if path_of_trace.exists() else ""):
+                self.assertIsNone(process.poll())
+            process.terminate()
+            process.wait()
+            cycles = [json.loads(line) for line in path_of_trace.read_text().splitlines()[:-1]]
+            versions = [each for each in cycles if (each.get("report") or "").startswith("00075501000106")]
+            self.assertEqual(len(versions), 1)
+
+    def test_processes_share_a_log_and_it_is_never_the_programme(self):
+        path, log = self.file("VENTO-x.qlb", programme(200)), self.folder / "log.jsonl"
+        command = [*COMMAND, "program", path, self.simulate(), "--log", str(log), "-q"]
+        runs = [subprocess.Popen(command, stdout=subprocess.DEVNULL) for _ in range(12)]
+        self.assertEqual([run.wait() for run in runs], [0] * 12)
+        self.assertEqual([line["status"] for line in self.read_log(log)], [0] * 12)
+        self.run_console(2, "verify", path, self.simulate(interfaces=[]), "--log", str(log))
+        last = self.read_log(log)[-1]
+        self.assertEqual((last["operation"], last["result"], last["transmitter"]), ("verify", None, None))
+        before = pathlib.Path(path).read_bytes()
+        self.run_console(64, "program", path, self.simulate(), "--log", path)
+        self.assertEqual(pathlib.Path(path).read_bytes(), before)
+        nowhere = str(self.folder / "none" / "log")
+        answer = self.run_json(73, "program", path, self.simulate(), "--log", nowhere)
+        self.assertEqual((answer["cycles"], answer["result"]), (0, None))
+
+    def test_the_transmitter_is_the_one_that_is_chosen(self):
+        interfaces = [{"vendorId": 1240, "productId": 1}, {"vendorId": 7}, {"vendorId": 11025, "productId": 2}]
+        path, log = self.file("VENTO-x.qlb", programme(2)), str(self.folder / "log.jsonl")
+        simulate = self.simulate(interfaces=interfaces)
+        for chosen, vendor in ((["--transmitter", "simulated/3"], 11025), ([], 1240), (["--transmitter=simulated/1"], 1240)):
+            self.run_console(0, "program", path, simulate, "--log", log, *chosen)
+            self.assertEqual(self.read_log(log)[-1]["transmitter"]["vendorId"], vendor)
+        for missing in ("simulated/2", "simulated/4", "/dev/null"):
+            _, err = self.run_console(2, "read", simulate, "--transmitter", missing)
+            self.assertEqual("no interface called" in err, missing != "simulated/2")
 
 
 if __name__ == "__main__":

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <system_error>
 
+#include "platform/native.h"
 #include "platform/posix/file_descriptor.h"
 
 namespace vento::platform {
@@ -76,6 +77,17 @@ std::size_t PosixFiles::ReadSection(std::string_view section, std::span<char> bu
         // A settings file that is not there has no lines, and neither has one that can't be read.
     }
     return CopySection(section, buffer, text);
+}
+
+void AppendNatively(const std::filesystem::path& file, std::string_view text) {
+    constexpr mode_t kMode = 0666;  // less what the user's mask takes away
+    const FileDescriptor log(
+        ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, kMode));
+    if (!log.IsOpen()) ThrowReason(errno);
+    if (text.empty()) return;
+    const ssize_t count = ::write(log.Number(), text.data(), text.size());
+    if (count < 0) ThrowReason(errno);
+    if (static_cast<std::size_t>(count) != text.size()) ThrowReason(ENOSPC);
 }
 
 }  // namespace vento::platform

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/native.h"
 #include "platform/windows/owned_handle.h"
 #include "platform/windows/system.h"
 #include "platform/windows/text.h"
@@ -95,6 +96,17 @@ std::size_t WindowsFiles::ReadSection(std::string_view section, std::span<char> 
                                       const std::filesystem::path& file) {
     return ::GetPrivateProfileSectionA(std::string(section).c_str(), buffer.data(),
                                        static_cast<DWORD>(buffer.size()), Utf8(file.native()).c_str());
+}
+
+void AppendNatively(const std::filesystem::path& file, std::string_view text) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const OwnedHandle log(::CreateFileW(file.c_str(), FILE_APPEND_DATA, kShareAll, nullptr, OPEN_ALWAYS,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!log) ThrowReason(::GetLastError());
+    DWORD count = 0;
+    if (::WriteFile(log.Get(), text.data(), static_cast<DWORD>(text.size()), &count, nullptr) == 0)
+        ThrowReason(::GetLastError());
+    if (count != text.size()) ThrowReason(ERROR_DISK_FULL);
 }
 
 }  // namespace vento::platform
