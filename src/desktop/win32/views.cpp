@@ -130,6 +130,7 @@ ItemsView::ItemsView(FormParts& parts, const ControlLayout& layout, ListView& li
     : list_(list),
       window_(parts, layout, WC_LISTBOXW,
               WS_TABSTOP | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT) {
+    ::SetWindowSubclass(window_.Handle(), DrawBorder, 0, 0);
     window_.Show(true);
     list.Observe([this] { Follow(); });
     Follow();
@@ -141,6 +142,26 @@ void ItemsView::Follow() {
         const std::wstring text = ShownLines(each);
         ::SendMessageW(window_.Handle(), LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
     }
+}
+
+// The border of the system's theme is too faint, and an empty list shows its focus nowhere else.
+LRESULT CALLBACK ItemsView::DrawBorder(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                                       DWORD_PTR) {
+    if (message == WM_NCPAINT) {
+        const Palette palette = Palette::Current();
+        RECT frame{};
+        ::GetWindowRect(window, &frame);
+        ::OffsetRect(&frame, -frame.left, -frame.top);
+        const OwnedBrush ink(::CreateSolidBrush(::GetFocus() == window ? palette.focused : palette.border));
+        const HDC canvas = ::GetWindowDC(window);
+        ::FrameRect(canvas, &frame, ink.get());
+        ::ReleaseDC(window, canvas);
+        return 0;
+    }
+    const LRESULT result = ::DefSubclassProc(window, message, wParam, lParam);
+    if (message == WM_SETFOCUS || message == WM_KILLFOCUS)
+        ::RedrawWindow(window, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);
+    return result;
 }
 
 void ItemsView::Scale(int dotsPerInch) {

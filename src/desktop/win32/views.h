@@ -79,6 +79,8 @@ class ItemsView {
   private:
     void Follow();
     [[nodiscard]] std::wstring ItemText(UINT index) const;
+    static LRESULT CALLBACK DrawBorder(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                       DWORD_PTR);
 
     ListView& list_;
     ControlWindow window_;
