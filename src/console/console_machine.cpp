@@ -58,12 +58,12 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
     }
 }
 
-std::optional<Trace> MakeTrace(const Options& options) {
+std::optional<Trace> MakeTrace(const Options& options, platform::Clock& clock) {
     if (!options.trace) return std::nullopt;
     for (const std::string& argument : options.arguments)
         RequireOther(*options.trace, PathFromUtf8(argument));
     if (options.simulate) RequireOther(*options.trace, PathFromUtf8(*options.simulate));
-    return std::optional<Trace>(std::in_place, *options.trace);
+    return std::optional<Trace>(std::in_place, *options.trace, clock);
 }
 
 }  // namespace
@@ -93,7 +93,7 @@ ConsoleMachine::ConsoleMachine(const Console& console)
       recorded_(MakeRecordedHost(console)),
       simulated_(recorded_ ? nullptr : MakeSimulatedHost(console.options, *clock_)),
       native_(recorded_ || simulated_ ? nullptr : platform::MakeNativeHidHost()),
-      trace_(MakeTrace(console.options)),
+      trace_(MakeTrace(console.options, *clock_)),
       chosen_(Host(), console.options.transmitter),
       hid_(chosen_, console.terminal, trace_ ? &*trace_ : nullptr),
       desktop_(console.terminal, console.notices, console.language) {}

@@ -2,6 +2,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "console/notices.h"
 #include "console/text_layout.h"
 #include "panel/advice.h"
+#include "platform/file_error.h"
 #include "protocol/transmitter_kinds.h"
 #include "text/language.h"
 #include "usb/gestione_hid.h"
@@ -19,15 +21,24 @@ namespace {
 
 using nlohmann::ordered_json;
 using platform::OpenOutcome;
+using platform::ReportLengths;
+
+constexpr ReportLengths kTransmitterLengths{platform::kReportPayload, platform::kReportPayload};
 
 // A HID interface, and how the search for a transmitter fares with it.
 struct Found {
     std::string name;
     std::optional<platform::HidIdentity> identity;
     OpenOutcome outcome = OpenOutcome::failed;
+    int error = 0;                         // the system's, for what was not opened
+    std::optional<ReportLengths> lengths;  // where they can be told
     bool taken = false;
 
-    [[nodiscard]] bool Recognised() const { return identity && IsTransmitter(*identity); }
+    // A vendor of transmitters may have made other devices.
+    [[nodiscard]] bool Recognised() const {
+        return identity && IsTransmitter(*identity) && outcome != OpenOutcome::foreign;
+    }
+    [[nodiscard]] bool HasOtherLengths() const { return lengths && lengths != kTransmitterLengths; }
 };
 
 // The search of an operation, except that it goes on behind the transmitter that it finds.
@@ -36,9 +47,14 @@ std::vector<Found> Walk(platform::HidHost& host) {
     bool taken = false;
     host.Search([&](std::string_view path) {
         const platform::OpenAnswer answer = host.Open(path, IsTransmitter);
-        Found& found = all.emplace_back(Found{std::string(path), answer.identity, answer.outcome, false});
+        Found& found = all.emplace_back(Found{.name = std::string(path),
+                                              .identity = answer.identity,
+                                              .outcome = answer.outcome,
+                                              .error = answer.error,
+                                              .lengths = {}});
         if (answer.outcome == OpenOutcome::opened) {
             const HidDevice device(host, answer.handle);
+            found.lengths = host.Lengths(answer.handle);
             found.taken = !std::exchange(taken, true);
         }
         return true;
@@ -75,10 +91,18 @@ ordered_json InterfaceFields(const Found& found) {
                            {"productId", nullptr},
                            {"recognised", found.Recognised()},
                            {"access", AccessOf(found.outcome).key},
-                           {"taken", found.taken}};
+                           {"taken", found.taken},
+                           {"error", nullptr},
+                           {"inputBytes", nullptr},
+                           {"outputBytes", nullptr}};
     if (found.identity) {
         fields["vendorId"] = found.identity->vendorId;
         fields["productId"] = found.identity->productId;
+    }
+    if (found.error != 0) fields["error"] = found.error;
+    if (found.lengths) {
+        fields["inputBytes"] = found.lengths->input;
+        fields["outputBytes"] = found.lengths->output;
     }
     return fields;
 }
@@ -107,10 +131,27 @@ std::string Legend(const std::vector<Found>& all, Language language) {
     return legend.In(language);
 }
 
-// What keeps a transmitter from being taken is for the operator to mend.
+Sentence DescribeLengths(const ReportLengths& lengths) {
+    return Fill(
+        {"I suoi rapporti hanno {0} byte in ingresso e {1} in uscita; quelli di un trasmettitore ne "
+         "hanno {2}. La trasmissione non riuscirà.",
+         "Its reports have {0} bytes in and {1} bytes out; those of a transmitter have {2}. Transfers "
+         "will fail."},
+        {std::to_string(lengths.input), std::to_string(lengths.output),
+         std::to_string(platform::kReportPayload)});
+}
+
+// What keeps a transmitter from being taken, or from working, is for the operator to mend.
 void Explain(const Found& found, const Console& console, platform::HidBackEnd backEnd) {
-    if (!found.Recognised() || found.outcome == OpenOutcome::opened) return;
-    console.notices.Error(found.name, AdviseOn(found.outcome, backEnd).In(console.language));
+    if (!found.Recognised()) return;
+    Sentence advice = AdviseOn(found.outcome, backEnd);
+    if (found.outcome == OpenOutcome::failed && found.error != 0) {
+        advice += Fill(
+            {" (Errore {0} del sistema: {1}.)", " (System error {0}: {1}.)"},
+            {std::to_string(found.error), platform::SystemReason({found.error, std::system_category()})});
+    }
+    if (found.HasOtherLengths()) advice += DescribeLengths(*found.lengths);
+    if (!advice.Empty()) console.notices.Error(found.name, advice.In(console.language));
 }
 
 void Run(const Console& console, Answer& answer) {

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <span>
 #include <system_error>
@@ -43,16 +45,29 @@ std::string FailureOf(const platform::ReportTransfer& transfer) {
 
 }  // namespace
 
-Trace::Trace(const std::string& path) : path_(path) {
+Trace::Trace(const std::string& path, platform::Clock& clock) : path_(path), clock_(clock) {
     errno = 0;
     stream_.open(PathFromUtf8(path), std::ios::binary | std::ios::trunc);
     if (!stream_) throw Failure(kFailedOutput, Describe(path));
 }
 
+std::string Trace::SecondsSinceFirst() {
+    const auto now = clock_.Now();
+    const auto since = std::chrono::floor<std::chrono::microseconds>(now - first_.value_or(now)).count();
+    if (!first_) first_ = now;
+    constexpr std::int64_t kPerSecond = 1'000'000;
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%lld.%06lld", static_cast<long long>(since / kPerSecond),
+                  static_cast<long long>(since % kPerSecond));
+    return text.data();
+}
+
 void Trace::Line(std::uint64_t cycle, const std::string& rest) {
     if (problem_) return;
     errno = 0;
-    stream_ << R"({"cycle":)" + std::to_string(cycle) + "," + rest + "}\n" << std::flush;
+    stream_ << R"({"cycle":)" + std::to_string(cycle) + R"(,"seconds":)" + SecondsSinceFirst() + "," + rest +
+                   "}\n"
+            << std::flush;
     if (!stream_) problem_ = Describe(path_);
 }
 

@@ -5,18 +5,19 @@
 #include <optional>
 #include <string>
 
+#include "platform/clock.h"
 #include "platform/hid_host.h"
 #include "text/language.h"
 
 namespace vento::console {
 
-/// A file with a line of JSON for each step on the link, written out at once, so that it is whole up to the
-/// moment of whatever goes wrong. A trace that can't be written any more does not disturb the run: it ends
-/// there, and says so in `Problem`.
+/// A file with a line of JSON for each step on the link, with the time at which the step was over. It is
+/// written out at once, so that it is whole up to the moment of whatever goes wrong. A trace that can't be
+/// written any more does not disturb the run: it ends there, and says so in `Problem`.
 class Trace {
   public:
-    /// Begins the file with this UTF-8 path anew. Throws Failure.
-    explicit Trace(const std::string& path);
+    /// Begins the file with this UTF-8 path anew; `clock` outlives this. Throws Failure.
+    Trace(const std::string& path, platform::Clock& clock);
 
     /// The end of a search for a transmitter; `found` is its identity.
     void Search(std::uint64_t cycle, const std::optional<platform::HidIdentity>& found);
@@ -32,8 +33,12 @@ class Trace {
   private:
     void Line(std::uint64_t cycle, const std::string& rest);
 
+    [[nodiscard]] std::string SecondsSinceFirst();
+
     std::string path_;
     std::ofstream stream_;
+    platform::Clock& clock_;
+    std::optional<platform::Clock::Duration> first_;  ///< when the first step was over
     std::optional<Sentence> problem_;
 };
 

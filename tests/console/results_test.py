@@ -4,6 +4,7 @@ import hashlib
 import json
 import os
 import pathlib
+import re
 import subprocess
 import unittest
 
@@ -288,8 +289,8 @@ class Devices(ConsoleTest):
         simulate = self.simulate(interfaces=interfaces)
         answer = self.run_json(0, "devices", simulate)
         self.assertEqual(list(answer), ["operation", "diagnostic", "interfaces"])
-        keys = ["name", "vendorId", "productId", "recognised", "access", "taken"]
-        self.assertEqual(answer["interfaces"], [dict(zip(keys, each)) for each in wanted])
+        keys = ["name", "vendorId", "productId", "recognised", "access", "taken", "error", "inputBytes", "outputBytes"]
+        self.assertEqual(answer["interfaces"], [dict(zip(keys, each + 3 * [None])) for each in wanted])
         out, err = self.run_console(0, "devices", simulate, "--quiet", "--language", "ita")
         self.assertIn("\n* simulated/3\n  2b11:0002  trasmettitore, accessibile\n", out)
         self.assertTrue("simulated/2" in err and "vieta" in err, err)
@@ -301,6 +302,9 @@ class Trace(ConsoleTest):
         path = self.folder / "trace.jsonl"
         self.run_console(status, *arguments, "--trace", str(path))
         steps = [json.loads(line) for line in path.read_text().splitlines()]
+        seconds = [step.pop("seconds") for step in steps]
+        self.assertEqual((seconds[0], seconds), (0, sorted(seconds)))
+        self.assertTrue(all(re.match(r'{"cycle":\d+,"seconds":\d+\.\d{6},', line) for line in path.read_text().splitlines()))
         found = "".join(step["event"][0] if step.get("found", True) else "-" for step in steps)
         self.assertRegex(found, "^(-|s[wr]*c)+$")
         return steps

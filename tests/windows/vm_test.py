@@ -9,6 +9,7 @@ counted: the emulated machine may stand still for long enough that one of them f
 import itertools
 import json
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -37,7 +38,7 @@ class Run:
             self._process = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=out, stderr=err)
 
     def steps(self) -> list[str]:
-        return self._trace.read_text().splitlines()
+        return [re.sub(r'"seconds":[0-9.]+,', "", line) for line in self._trace.read_text().splitlines()]
 
     def sent(self) -> list[str]:
         """The reports in turn, each run of the same ones once."""
