@@ -1,8 +1,8 @@
-// What one exchange with a HID device of the kernel takes, search and all: through VENTO's own back end,
-// through the bare system calls that any road to the device needs, and through hidapi. Needs root and
-// /dev/uhid.
+// What one exchange with a HID device of the kernel takes: over one descriptor that stays open, through
+// VENTO's own back end with all that a cycle has, through the bare system calls of such a cycle, and through
+// hidapi. Needs root, and /dev/uhid or a free USB device controller.
 //
-//   hid_exchange_bench FOREIGN [option of Google Benchmark...]
+//   hid_exchange_bench uhid|usb FOREIGN [option of Google Benchmark...]
 //
 // FOREIGN interfaces stand in front of the transmitter in every search.
 
@@ -29,6 +29,7 @@
 
 #include "allocations.h"
 #include "device/uhid_device.h"
+#include "device/usb_gadget.h"
 #include "platform/linux/hidraw_host.h"
 #include "platform/posix/file_descriptor.h"
 #include "usb/report_exchange.h"
@@ -37,6 +38,7 @@ namespace vento {
 namespace {
 
 using device::DeviceEvent;
+using device::KernelDevice;
 using device::UhidDevice;
 using platform::FileDescriptor;
 
@@ -48,16 +50,27 @@ bool IsOurs(platform::HidIdentity identity) {
     return identity == kTransmitter;
 }
 
+std::unique_ptr<KernelDevice> PlugTransmitter(bool onUsb) {
+    if (!onUsb) return std::make_unique<UhidDevice>(kTransmitter);
+    return std::make_unique<device::UsbGadget>(device::UsbGadget::Setup{
+        .identity = kTransmitter, .controller = device::FreeControllers({}, 1).front()});
+}
+
+void Await(int descriptor, short events) {
+    pollfd waiting{.fd = descriptor, .events = events, .revents = 0};
+    ::poll(&waiting, 1, -1);
+}
+
 // A process of its own, as the device is outside of this one: sends a report for each that it gets.
-void AnswerForEver() {
+void AnswerForEver(bool onUsb) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    UhidDevice device(kTransmitter);
+    const std::unique_ptr<KernelDevice> device = PlugTransmitter(onUsb);
     constexpr std::array<std::uint8_t, platform::kReportPayload> answer = {0, 165};
     for (;;) {
-        pollfd waiting{.fd = device.Descriptor(), .events = POLLIN, .revents = 0};
-        ::poll(&waiting, 1, -1);
-        while (const auto event = device.NextEvent()) {
-            if (event->kind == DeviceEvent::Kind::output && !device.Send(answer)) return;
+        Await(device->Descriptor(), POLLIN);
+        while (const auto event = device->NextEvent()) {
+            while (event->kind == DeviceEvent::Kind::output && !device->Send(answer))
+                Await(device->Descriptor(), POLLOUT);
         }
     }
 }
@@ -82,9 +95,17 @@ bool AwaitTransmitter() {
     return false;
 }
 
-void OwnBackEnd(benchmark::State& state) {
-    platform::HidrawHost host;
-    Link link(host, IsOurs);
+// A host that keeps nothing between two exchanges.
+class WithoutHold final : public platform::ForwardingHidHost {
+  public:
+    using ForwardingHidHost::ForwardingHidHost;
+    [[nodiscard]] std::shared_ptr<platform::Conversation> Converse() override { return nullptr; }
+};
+
+void OwnBackEnd(benchmark::State& state, bool holds) {
+    platform::HidrawHost hidraw;
+    WithoutHold withoutHold(hidraw);
+    Link link(holds ? static_cast<platform::HidHost&>(hidraw) : withoutHold, IsOurs);
     const auto exchange = [&] {
         std::array<std::uint8_t, 9> reply{};
         return ExchangeReports(link, kFrame, reply).reportsRead == 1;
@@ -108,16 +129,26 @@ class BareCalls {
         node_ = "/dev/hidraw" + std::to_string(foreign);
     }
 
-    [[nodiscard]] bool Exchange() {
+    [[nodiscard]] FileDescriptor Open() const {
+        return FileDescriptor(::open(node_.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK));
+    }
+
+    // Search, open, one report each way, close.
+    [[nodiscard]] bool Cycle() {
         const FileDescriptor folder(::open("/sys/class/hidraw", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         while (::getdents64(folder.Number(), buffer_.data(), buffer_.size()) > 0) {
         }
         for (const std::string& link : links_) {
             if (::readlink(link.c_str(), buffer_.data(), buffer_.size()) <= 0) return false;
         }
-        const FileDescriptor node(::open(node_.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK));
+        const FileDescriptor node = Open();
         hidraw_devinfo info{};
         ::ioctl(node.Number(), HIDIOCGRAWINFO, &info);
+        return Exchange(node);
+    }
+
+    // One report each way.
+    [[nodiscard]] bool Exchange(const FileDescriptor& node) {
         if (::write(node.Number(), report_.data(), report_.size()) != 65) return false;
         pollfd waiting{.fd = node.Number(), .events = POLLIN, .revents = 0};
         ::poll(&waiting, 1, 1000);
@@ -156,23 +187,44 @@ void Repeat(benchmark::State& state, Exchange exchange) {
 
 void Register(std::size_t foreign) {
     using benchmark::RegisterBenchmark;
-    RegisterBenchmark("own", OwnBackEnd)->UseRealTime();
+    RegisterBenchmark("own", [](benchmark::State& state) { OwnBackEnd(state, true); })->UseRealTime();
+    RegisterBenchmark("unheld", [](benchmark::State& state) { OwnBackEnd(state, false); })->UseRealTime();
     RegisterBenchmark("floor", [bare = BareCalls(foreign)](benchmark::State& state) mutable {
-        Repeat(state, [&] { return bare.Exchange(); });
+        const FileDescriptor node = bare.Open();
+        Repeat(state, [&] { return bare.Exchange(node); });
+    })->UseRealTime();
+    RegisterBenchmark("calls", [bare = BareCalls(foreign)](benchmark::State& state) mutable {
+        const FileDescriptor held = bare.Open();
+        Repeat(state, [&] { return bare.Cycle(); });
     })->UseRealTime();
     RegisterBenchmark("hidapi", [](benchmark::State& state) {
         Repeat(state, HidapiExchange);
     })->UseRealTime();
 }
 
+// A gadget of an earlier run that was killed goes first, so that the nodes are numbered as they are plugged
+// in.
+void RemoveLeftOver() {
+    using std::chrono_literals::operator""ms;
+    static_cast<void>(device::FreeControllers({}, 1));
+    while (::access("/dev/hidraw0", F_OK) == 0)
+        std::this_thread::sleep_for(5ms);
+}
+
 }  // namespace
 }  // namespace vento
 
 int main(int argc, char** argv) {
-    const std::size_t foreign = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 0;
+    if (argc < 3) {
+        std::cerr << "hid_exchange_bench uhid|usb FOREIGN [option...]\n";
+        return EXIT_FAILURE;
+    }
+    const bool onUsb = std::string_view(argv[1]) == "usb";
+    const std::size_t foreign = std::strtoul(argv[2], nullptr, 10);
+    if (onUsb) vento::RemoveLeftOver();
     std::vector<std::unique_ptr<vento::device::UhidDevice>> devices;
     vento::PlugForeign(devices, foreign);
-    if (::fork() == 0) vento::AnswerForEver();
+    if (::fork() == 0) vento::AnswerForEver(onUsb);
     if (!vento::AwaitTransmitter()) {
         std::cerr << "no transmitter came\n";
         return EXIT_FAILURE;
