@@ -51,7 +51,7 @@ build() {
     cmake --build --preset "$preset" "$@" >&2
 }
 
-packages_build=(cmake g++ ninja-build libcli11-dev libgcrypt20-dev nlohmann-json3-dev)
+packages_build=(cmake g++ ninja-build libcli11-dev libgcrypt20-dev libsystemd-dev nlohmann-json3-dev)
 packages_test=(libgtest-dev pkgconf python3)
 packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
 packages_window=(fonts-crosextra-carlito fonts-liberation qt6-base-dev qt6-svg-dev)

@@ -41,6 +41,9 @@ class ConsoleDesktop final : public platform::Desktop {
     [[nodiscard]] std::string ActiveFormName() const override { return "FormWeb"; }
     [[nodiscard]] platform::TwipSize ScreenSize() const override { return {}; }
     [[nodiscard]] std::optional<std::string> LanguageAbbreviation() override;
+    [[nodiscard]] std::unique_ptr<platform::SleepInhibitor> InhibitSleep(std::string_view reason) override {
+        return platform::InhibitNativeSleep(reason);
+    }
     void EndProgram() override {}
 
     void OnInterrupt(std::function<void()> handler) { onInterrupt_ = std::move(handler); }

@@ -45,6 +45,8 @@ ProgrammeRecord RecordOf(const ListView& view) {
     return {std::string(text), !text.empty()};
 }
 
+constexpr Phrase kWhyAwake{"Un telecomando viene programmato o letto.",
+                           "A remote is being programmed or read."};
 constexpr Phrase kMissingTransmitter{"Programmatore non collegato", "Transmitter not connected"};
 
 }  // namespace
@@ -224,8 +226,12 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
     ongoing_ = {};
     {
         const During<const OperationOutcome*> running(running_, &ongoing_);
+        const auto awake = machine_.backEnd == platform::HidBackEnd::simulation
+                               ? nullptr
+                               : machine_.desktop.InhibitSleep(kWhyAwake.In(PanelLanguage()));
         RunOperation(operation, programme, KindFor(link.vendorId), context, link,
                      {Text1, machine_, PanelLanguage()}, ongoing_);
+        link.conversation.reset();
     }
     latestOutcome_ = std::exchange(ongoing_, {});
     Label1.SetCaption(latestOutcome_->message);

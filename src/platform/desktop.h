@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,17 @@ namespace vento::platform {
 struct TwipSize {
     int width = 0;
     int height = 0;
+};
+
+/// Keeps the computer awake for as long as it lives.
+class SleepInhibitor {
+  public:
+    SleepInhibitor() = default;
+    SleepInhibitor(const SleepInhibitor&) = delete;
+    SleepInhibitor& operator=(const SleepInhibitor&) = delete;
+    SleepInhibitor(SleepInhibitor&&) = delete;
+    SleepInhibitor& operator=(SleepInhibitor&&) = delete;
+    virtual ~SleepInhibitor() = default;
 };
 
 /// What the panel asks of the desktop that it stands on. A console stands in for one just as well.
@@ -42,6 +54,12 @@ class Desktop {
     /// The three-letter abbreviation of the desktop's language, "ITA" for Italian; nothing if it can't be
     /// told.
     [[nodiscard]] virtual std::optional<std::string> LanguageAbbreviation() = 0;
+
+    /// As long as the answer lives the computer does not fall asleep by itself, and whoever shuts it down is
+    /// told `reason`, as far as the system lets a program ask for that. Null where it does not.
+    [[nodiscard]] virtual std::unique_ptr<SleepInhibitor> InhibitSleep(std::string_view /*reason*/) {
+        return nullptr;
+    }
 
     /// The program is over: no event of the panel is to run any more. Comes back all the same.
     virtual void EndProgram() = 0;

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/clock.h"
+#include "platform/desktop.h"
 #include "platform/files.h"
 #include "platform/hid_host.h"
 
@@ -26,6 +27,9 @@ enum class HidBackEnd : std::uint8_t { hidraw, windows, simulation };
 /// Adds `text` at the end of a file, which is made if it is not there, in one step: what several processes
 /// add is not mixed. Throws FileError.
 void AppendNatively(const std::filesystem::path& file, std::string_view text);
+
+/// See Desktop::InhibitSleep. Takes 2 seconds at the most.
+[[nodiscard]] std::unique_ptr<SleepInhibitor> InhibitNativeSleep(std::string_view reason);
 
 /// The three-letter abbreviation of the desktop's language; nothing if it can't be told.
 [[nodiscard]] std::optional<std::string> NativeLanguageAbbreviation();

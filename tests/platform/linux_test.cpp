@@ -1,4 +1,5 @@
-/// What Linux alone has: names in sysfs, the language in the environment.
+/// What Linux alone has: names in sysfs, the hold, writes that hang, report descriptors, the language in the
+/// environment.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
@@ -6,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -14,7 +16,9 @@
 #include <tuple>
 #include <vector>
 
+#include "platform/linux/bounded_writer.h"
 #include "platform/linux/hidraw_host.h"
+#include "platform/linux/report_descriptor.h"
 #include "platform/native.h"
 #include "platform/replacement.h"
 #include "support/scratch_folder.h"
@@ -80,6 +84,93 @@ TEST(HidrawHost, TellsWithoutOpeningWhetherADeviceIsThere) {
     EXPECT_EQ(detect(), ready) << "one of two is";
     ::close(file);
     EXPECT_EQ(detect(), ready);
+}
+
+TEST(HidrawHost, LetsGoOfATransmitterAtTheEndOfItsConversationAndNoSooner) {
+    const test::ScratchFolder folder;
+    fs::create_directories(folder / "class/hidraw0");
+    fs::create_symlink("../../../0003:2B11:0001.0001", folder / "class/hidraw0/device");
+    fs::create_directory(folder / "dev");
+    const std::string node = folder.Write("dev/hidraw0", "");
+    const auto open = [&](HidrawHost& host) {
+        return host.Open(node, [](HidIdentity) { return true; }).outcome;
+    };
+    const std::string nodes = folder.Path("dev");
+    const std::string list = folder.Path("class");
+    HidrawHost first(nodes, list);
+    HidrawHost second(nodes, list);
+    using enum OpenOutcome;
+    auto conversation = first.Converse();
+    EXPECT_EQ(first.Converse(), conversation) << "joined";
+    EXPECT_EQ(open(second), failed) << "free; a plain file is no device";
+    EXPECT_EQ(open(first), failed);
+    const auto other = second.Converse();
+    EXPECT_EQ(open(second), held);
+    conversation.reset();
+    EXPECT_EQ(open(second), failed);
+    conversation = first.Converse();
+    EXPECT_EQ(open(first), held) << "now the second one has it";
+}
+
+TEST(BoundedWriter, LeavesAWriteThatHangsBehindWithWhatIsToBeClosedAfterIt) {
+    using Clock = BoundedWriter::SteadyClock;
+    using std::chrono_literals::operator""ms;
+    using std::chrono_literals::operator""s;
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    const auto [reading, writing] = pipe;
+    const auto isOpen = [writing = writing] { return ::fcntl(writing, F_GETFD) >= 0; };
+    const Report report{0, 1, 2};
+    BoundedWriter writer;
+    EXPECT_EQ(writer.Write(writing, report, Clock::now() + 20s), 65);
+    while (writer.Write(writing, report, Clock::now() + 50ms) == 65) {
+    }
+    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_FALSE(writer.AwaitKernel(Clock::now()));
+    EXPECT_EQ(writer.Write(writing, report, Clock::now()), -1) << "one at a time";
+    writer.Close(writing);
+    EXPECT_TRUE(isOpen()) << "the kernel is still at it";
+    std::array<char, 4096> room{};
+    EXPECT_GT(::read(reading, room.data(), room.size()), 0);
+    EXPECT_TRUE(writer.AwaitKernel(Clock::now() + 20s));
+    EXPECT_FALSE(isOpen());
+    ::close(reading);
+}
+
+TEST(ReportDescriptor, TellsTheSystemsKeyboardsAndMiceAndTheLongestReports) {
+    using Bytes = std::vector<std::uint8_t>;
+    const Bytes vendor{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x75, 0x08, 0x95,
+                       0x40, 0x09, 0x01, 0x81, 0x02, 0x09, 0x01, 0x91, 0x02, 0xC0};
+    const Bytes keyboard{0x05, 0x01, 0x09, 0x06, 0xA1, 0x01, 0x75, 0x01, 0x95, 0x0C, 0x81, 0x02, 0xC0};
+    const Bytes mouse{0x0B, 0x02, 0x00, 0x01, 0x00, 0xA1, 0x01, 0xC0};  // its page in the usage itself
+    const Bytes joystick{0x05, 0x01, 0x09, 0x04, 0xA1, 0x01, 0x09, 0x01, 0xA1, 0x00, 0xC0, 0xC0};
+    const Bytes numbered{0x75, 0x08, 0x85, 0x01, 0x95, 0x03, 0x81, 0x02, 0xA4, 0x85, 0x02,
+                         0x95, 0x05, 0x81, 0x02, 0xB4, 0x81, 0x02, 0xFE, 0x01, 0x00, 0x81};
+    const auto joined = [](Bytes first, const Bytes& second) {
+        first.insert(first.end(), second.begin(), second.end());
+        return first;
+    };
+    struct Case {
+        const char* what;
+        Bytes bytes;
+        bool isSystemInput;
+        ReportLengths lengths;
+    };
+    const std::vector<Case> cases = {
+        {"a transmitter", vendor, false, {64, 64}},
+        {"a keyboard, its bits rounded up", keyboard, true, {2, 0}},
+        {"a mouse", mouse, true, {0, 0}},
+        {"a pointer inside another collection", joystick, false, {0, 0}},
+        {"a keyboard with a vendor's own collection", joined(keyboard, vendor), false, {66, 64}},
+        {"reports with ids, a stack and a long item", numbered, false, {6, 0}},
+        {"cut off in an item", Bytes(vendor.begin(), vendor.begin() + 2), false, {0, 0}},
+        {"nothing to pop, none to end", {0xB4, 0xC0, 0xFE}, false, {0, 0}},
+    };
+    for (const Case& each : cases) {
+        const ReportDescriptor descriptor = ParseReportDescriptor(each.bytes);
+        EXPECT_EQ(descriptor.isSystemInput, each.isSystemInput) << each.what;
+        EXPECT_EQ(descriptor.lengths, each.lengths) << each.what;
+    }
 }
 
 TEST(NativeReplacement, HasThePermissionsFromTheStartAndGoesToTheFileBehindALink) {

@@ -1,10 +1,11 @@
-/// What Windows alone has: its reasons and shares, UTF-16, names of HID interfaces.
+/// What Windows alone has: its reasons and shares, UTF-16, names of HID interfaces and their locks.
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include <string>
 
 #include "platform/windows/files.h"
+#include "platform/windows/hid_hold.h"
 #include "platform/windows/hid_host.h"
 #include "platform/windows/text.h"
 #include "support/scratch_folder.h"
@@ -47,6 +48,27 @@ TEST(HidIdentity, IsReadFromThePathOfAUsbInterface) {
                               R"(\\?\hid#{00001812-0000-1000-8000-00805f9b34fb}_dev_vid&02045e_pid&0b13)"}) {
         EXPECT_EQ(IdentityInPath(other), std::nullopt) << other;
     }
+    EXPECT_TRUE(IsKeyboardPath(R"(\\?\hid#vid_2b11&pid_0001&mi_00#7&1a#{4d1e55b2}\KBD)"));
+    EXPECT_FALSE(IsKeyboardPath("kbd"));
+}
+
+TEST(WindowsHidHold, KeepsOneInterfaceFromAllOthersUntilItsEnd) {
+    const std::string path = R"(\\?\hid#vid_2b11)" + std::to_string(::GetCurrentProcessId());
+    std::string sameInCapitals = path;
+    for (char& each : sameInCapitals)
+        each = each == 'h' ? 'H' : each;
+    {
+        WindowsHidHold hold;
+        EXPECT_TRUE(hold.Take(path));
+        EXPECT_TRUE(hold.Holds(path));
+        EXPECT_FALSE(LockInterface(sameInCapitals));
+        EXPECT_FALSE(WindowsHidHold().Take(path));
+        EXPECT_TRUE(LockInterface(path + "1"));
+        EXPECT_TRUE(hold.Take(path + "1"));
+        EXPECT_FALSE(hold.Holds(path));
+        EXPECT_TRUE(LockInterface(path)) << "it is let go of for the other one";
+    }
+    EXPECT_TRUE(LockInterface(path + "1"));
 }
 
 }  // namespace

@@ -98,6 +98,10 @@ std::optional<std::string> QtDesktop::LanguageAbbreviation() {
 }
 
 // A box or dialog that is still open comes to its end with its window, as if it had been cancelled.
+std::unique_ptr<platform::SleepInhibitor> QtDesktop::InhibitSleep(std::string_view reason) {
+    return platform::InhibitNativeSleep(reason);
+}
+
 void QtDesktop::EndProgram() {
     for (QWidget* const each : QApplication::topLevelWidgets())
         each->hide();

@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +41,7 @@ class QtDesktop final : public platform::Desktop {
     [[nodiscard]] std::string ActiveFormName() const override { return "FormWeb"; }
     [[nodiscard]] platform::TwipSize ScreenSize() const override;
     [[nodiscard]] std::optional<std::string> LanguageAbbreviation() override;
+    [[nodiscard]] std::unique_ptr<platform::SleepInhibitor> InhibitSleep(std::string_view reason) override;
     void EndProgram() override;
 
   private:

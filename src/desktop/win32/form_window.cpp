@@ -222,6 +222,8 @@ LRESULT FormWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_CLOSE:
             form_.Form_Unload();
             return 0;
+        case WM_QUERYENDSESSION:
+            return desktop_.BlocksShutdown() ? FALSE : TRUE;
         case WM_ENDSESSION:
             if (wParam != 0) form_.Form_Unload();
             return 0;

@@ -37,6 +37,29 @@ std::wstring NameFilters(std::string_view filter) {
     return filters;
 }
 
+/// What the system shows of the program while a shutdown waits for it. The window answers that it does.
+class ShutdownBlock final : public platform::SleepInhibitor {
+  public:
+    ShutdownBlock(HWND window, bool& blocked, std::string_view reason)
+        : window_(window), blocked_(blocked), awake_(platform::InhibitNativeSleep(reason)) {
+        ::ShutdownBlockReasonCreate(window_, platform::Wide(reason).c_str());
+        blocked_ = true;
+    }
+    ShutdownBlock(const ShutdownBlock&) = delete;
+    ShutdownBlock& operator=(const ShutdownBlock&) = delete;
+    ShutdownBlock(ShutdownBlock&&) = delete;
+    ShutdownBlock& operator=(ShutdownBlock&&) = delete;
+    ~ShutdownBlock() override {
+        blocked_ = false;
+        ::ShutdownBlockReasonDestroy(window_);
+    }
+
+  private:
+    HWND window_;
+    bool& blocked_;
+    std::unique_ptr<platform::SleepInhibitor> awake_;
+};
+
 }  // namespace
 
 void Win32Desktop::Run() {
@@ -136,6 +159,10 @@ platform::TwipSize Win32Desktop::ScreenSize() const {
 
 std::optional<std::string> Win32Desktop::LanguageAbbreviation() {
     return platform::NativeLanguageAbbreviation();
+}
+
+std::unique_ptr<platform::SleepInhibitor> Win32Desktop::InhibitSleep(std::string_view reason) {
+    return std::make_unique<ShutdownBlock>(window_, shutdownBlocked_, reason);
 }
 
 void Win32Desktop::EndProgram() {

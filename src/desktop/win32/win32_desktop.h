@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,9 @@ class Win32Desktop final : public platform::Desktop {
 
     [[nodiscard]] bool Operating() const { return operation_.Running(); }
 
+    /// A shutdown would cost an operation with a remote.
+    [[nodiscard]] bool BlocksShutdown() const { return shutdownBlocked_; }
+
     void Yield() override;
     void ShowMessage(std::string_view text, std::string_view detail) override;
     [[nodiscard]] std::optional<std::string> ChooseFile(std::string_view title,
@@ -39,6 +43,7 @@ class Win32Desktop final : public platform::Desktop {
     [[nodiscard]] std::string ActiveFormName() const override { return "FormWeb"; }
     [[nodiscard]] platform::TwipSize ScreenSize() const override;
     [[nodiscard]] std::optional<std::string> LanguageAbbreviation() override;
+    [[nodiscard]] std::unique_ptr<platform::SleepInhibitor> InhibitSleep(std::string_view reason) override;
     void EndProgram() override;
 
   private:
@@ -48,6 +53,7 @@ class Win32Desktop final : public platform::Desktop {
 
     HWND window_ = nullptr;
     bool over_ = false;
+    bool shutdownBlocked_ = false;
     std::function<void()> observer_;
     Operation operation_{[this] { OperationChanged(); }};
     std::wstring latestFile_;

@@ -15,6 +15,28 @@ namespace {
 constexpr DWORD kHighResolution =
     0x2;  // CREATE_WAITABLE_TIMER_HIGH_RESOLUTION, which mingw-w64 10 does not have
 
+/// Time that the computer was asleep does not count, unlike in the C++ library's clock.
+using ReadTime = VOID(WINAPI*)(PULONGLONG time);
+
+/// The finer of the two that are there; the other one goes by the system's ticks.
+ReadTime FinestTime() {
+    const FARPROC precise =
+        ::GetProcAddress(::GetModuleHandleW(L"kernelbase.dll"), "QueryUnbiasedInterruptTimePrecise");
+    if (precise != nullptr) return reinterpret_cast<ReadTime>(reinterpret_cast<void*>(precise));
+    return [](PULONGLONG time) { ::QueryUnbiasedInterruptTime(time); };
+}
+
+/// The system stays awake for a thread that asked for it; its screen need not.
+class AwakeThread final : public SleepInhibitor {
+  public:
+    AwakeThread() { ::SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED); }
+    AwakeThread(const AwakeThread&) = delete;
+    AwakeThread& operator=(const AwakeThread&) = delete;
+    AwakeThread(AwakeThread&&) = delete;
+    AwakeThread& operator=(AwakeThread&&) = delete;
+    ~AwakeThread() override { ::SetThreadExecutionState(ES_CONTINUOUS); }
+};
+
 OwnedHandle MakeTimer(DWORD flags) {
     return OwnedHandle(::CreateWaitableTimerExW(nullptr, nullptr, flags, TIMER_ALL_ACCESS));
 }
@@ -26,10 +48,13 @@ class WindowsClock final : public Clock {
         if (!timer_) timer_ = MakeTimer(0);  // Windows before 10 1803 knows no finer one
     }
 
-    [[nodiscard]] Duration Now() override { return std::chrono::steady_clock::now().time_since_epoch(); }
+    [[nodiscard]] Duration Now() override {
+        ULONGLONG ticks = 0;
+        readTime_(&ticks);
+        return Ticks(static_cast<LONGLONG>(ticks));
+    }
 
     void Sleep(Duration duration) override {
-        using Ticks = std::chrono::duration<LONGLONG, std::ratio<1, 10'000'000>>;
         LARGE_INTEGER due{};
         due.QuadPart = -std::chrono::ceil<Ticks>(duration).count();  // below zero: from now on
         if (due.QuadPart >= 0) return;
@@ -39,6 +64,9 @@ class WindowsClock final : public Clock {
     }
 
   private:
+    using Ticks = std::chrono::duration<LONGLONG, std::ratio<1, 10'000'000>>;
+
+    ReadTime readTime_ = FinestTime();
     OwnedHandle timer_;
 };
 
@@ -58,6 +86,10 @@ std::unique_ptr<Files> MakeNativeFiles() {
 
 std::unique_ptr<Clock> MakeNativeClock() {
     return std::make_unique<WindowsClock>();
+}
+
+std::unique_ptr<SleepInhibitor> InhibitNativeSleep(std::string_view /*reason*/) {
+    return std::make_unique<AwakeThread>();
 }
 
 // The user's regional settings hold it.
