@@ -186,6 +186,46 @@ class StallingTransmitter(UsbTransmitter):
         subprocess.run(["umount", "-l", self._PLACE], check=True)
 
 
+class LoginManager:
+    """On a system bus of its own: hands out locks that keep the computer awake, but none on a shutdown."""
+
+    _INHIBIT = "<method name='Inhibit'>" + 4 * "<arg type='s' direction='in'/>" + "<arg type='h' direction='out'/></method>"
+    _NAME, _PATH, _INTERFACE = "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager"
+
+    def __init__(self):
+        from gi.repository import Gio, GLib
+
+        self._daemon = subprocess.Popen(
+            ["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE, text=True
+        )
+        self.address = self._daemon.stdout.readline().strip()
+        self.asked: list[tuple] = []
+        self.lock: int | None = None  # the other end of it, which has nothing to read as long as it is held
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        self._bus = Gio.DBusConnection.new_for_address_sync(self.address, flags, None, None)
+
+        def inhibit(*call):
+            parameters, invocation = call[5:]
+            self.asked.append(parameters.unpack())
+            if "shutdown" in self.asked[-1][0]:
+                return invocation.return_dbus_error("org.freedesktop.DBus.Error.AccessDenied", "not here")
+            self.lock, theirs = os.pipe()
+            locks = Gio.UnixFDList.new_from_array([theirs])
+            invocation.return_value_with_unix_fd_list(GLib.Variant("(h)", (0,)), locks)
+
+        xml = f"<node><interface name='{self._INTERFACE}'>{self._INHIBIT}</interface></node>"
+        self._bus.register_object(self._PATH, Gio.DBusNodeInfo.new_for_xml(xml).interfaces[0], inhibit, None, None)
+        named = threading.Event()
+        Gio.bus_own_name_on_connection(self._bus, self._NAME, 0, lambda *_: named.set(), None)
+        threading.Thread(target=GLib.MainLoop().run, daemon=True).start()
+        named.wait(BOUND)
+
+    def stop(self) -> None:
+        self._daemon.terminate()
+        self._daemon.wait()
+        self._daemon.stdout.close()
+
+
 def good_reply(frame: bytes) -> list[bytes]:
     """What a remote without sections answers: a good status and the echo of the command, then zeros."""
     return [bytes([0, frame[5]]).ljust(64, b"\0")] if frame[1] == ord("U") and frame[-1] else []

@@ -7,6 +7,7 @@ ventoctl_test.py BIN: BIN is the folder of the programs.
 import json
 import os
 import pathlib
+import select
 import shutil
 import signal
 import subprocess
@@ -16,7 +17,8 @@ import time
 import unittest
 
 from kernel_devices import (
-    BentTransmitter, Simulator, StallingTransmitter, UsbTransmitter, good_reply, hidraw_nodes, is_poll, wait_for,
+    BentTransmitter, LoginManager, Simulator, StallingTransmitter, UsbTransmitter, good_reply, hidraw_nodes, is_poll,
+    wait_for,
 )
 
 WORK = pathlib.Path(tempfile.mkdtemp())
@@ -99,6 +101,24 @@ class TwoPrograms(unittest.TestCase):
                 self.assertEqual(access(), ["ok"], "its lock ends with a process, however that ends")
 
 
+class Awake(unittest.TestCase):
+    def test_the_computer_is_kept_awake_as_far_as_it_is_allowed_while_an_operation_runs(self):
+        pathlib.Path("/run/systemd/seats").mkdir(parents=True, exist_ok=True)
+        manager = LoginManager()
+        self.addCleanup(manager.stop)
+        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = manager.address
+        self.addCleanup(os.environ.pop, "DBUS_SYSTEM_BUS_ADDRESS")
+        with Simulator(SIMULATOR, {"interfaces": [FIRST_KIND], "remote": None, **QUICK}):
+            process = start("program", PROGRAMME)
+            wait_for(lambda: manager.lock)
+            self.assertEqual(select.select([manager.lock], [], [], 0)[0], [], "it is held")
+            process.send_signal(signal.SIGINT)
+            self.assertEqual(Outcome(process).result, Misbehaviour.CANCELLED)
+            self.assertEqual(os.read(manager.lock, 1), b"")
+        rest = ("VENTO", "A remote is being programmed or read.", "block")
+        self.assertEqual(manager.asked, [("shutdown:sleep:idle", *rest), ("idle", *rest)])
+
+
 class Access(unittest.TestCase):
     SEAT = 1000
 
@@ -107,7 +127,7 @@ class Access(unittest.TestCase):
 
     def test_the_user_at_the_seat_gets_the_transmitter_and_others_are_told_what_to_do(self):
         seats = pathlib.Path("/run/systemd/seats")
-        seats.mkdir(parents=True)
+        seats.mkdir(parents=True, exist_ok=True)
         seat = f"IS_SEAT0=1\nACTIVE=1\nACTIVE_UID={self.SEAT}\nSESSIONS=1\nUIDS={self.SEAT}\n"
         (seats / "seat0").write_text(seat)
         shutil.copy(RULES, "/etc/udev/rules.d/")
