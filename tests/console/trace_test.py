@@ -87,7 +87,7 @@ class Explain(TraceTest):
             rest = self.explain([lines[count][20:], *lines[count + 1 :]])
             self.assertIsNone(rest["firstDeviation"], count)
             self.assertEqual(rest["ending"], "The operation ends here.")
-        at = next(index for index, line in enumerate(lines) if line.startswith('{"cycle":26,"event":"write"'))
+        at = next(index for index, line in enumerate(lines) if '"cycle":26,' in line and '"write"' in line)
         self.assertIn("breaks off; expected here: words to verify", self.explain([*lines[:at], lines[at][:30]])["ending"])
         known = self.explain(lines)
         later = [json.dumps({**json.loads(line), "time": 5, "new": [1]}) + "\r\n" for line in lines]
