@@ -156,17 +156,19 @@ QColor Look::ColourOf(const Colour& colour) const {
 // Fills in what a style leaves open.
 QString Look::Filled(QString style, const QColor& ground) const {
     const bool high = HasHighContrast();
+    const QString line = (high ? "2px solid " : "1px solid ") + palette_.color(QPalette::Mid).name();
+    const QString dimmed = palette_.color(QPalette::Disabled, QPalette::ButtonText).name();
     const std::array<std::pair<const char*, QString>, 10> values{{
         {"{ground}", ground.name()},
         {"{under}", (high ? ground : ground.darker(kHoverDarkening)).name()},
         {"{pressed}", (high ? ground : ground.darker(kPressDarkening)).name()},
         {"{text}", TextColour().name()},
-        {"{dimmed}", palette_.color(QPalette::Disabled, QPalette::ButtonText).name()},
+        {"{dimmed}", dimmed},
         {"{accent}", palette_.color(QPalette::Highlight).name()},
         {"{focused}", (high ? palette_.color(QPalette::Highlight) : ground).name()},
         {"{onfocused}", high ? palette_.color(QPalette::HighlightedText).name() : TextColour().name()},
-        {"{line}", (high ? "2px solid " : "1px solid ") + palette_.color(QPalette::Mid).name()},
-        {"{dimmedline}", high ? "2px dashed" : "1px solid"},
+        {"{line}", line},
+        {"{dimmedline}", high ? "2px dashed " + dimmed : line},
     }};
     for (const auto& [place, value] : values)
         style.replace(place, value);
@@ -182,7 +184,7 @@ QString Look::ButtonStyle(const Colour& background) const {
         "QPushButton:focus { background: {focused}; color: {onfocused}; border: 3px solid {accent}; }"
         "QPushButton:pressed { background: {pressed}; }"
         "QPushButton:disabled, QPushButton[dimmed=\"true\"]"
-        " { background: {ground}; color: {dimmed}; border: {dimmedline} {dimmed}; }"
+        " { background: {ground}; color: {dimmed}; border: {dimmedline}; }"
         "QPushButton[dimmed=\"true\"]:focus { border: 3px solid {accent}; }",
         plain);
 }
@@ -212,7 +214,7 @@ QString Look::DialogStyle() const {
         "QDialog QToolButton, QDialog QAbstractItemView { padding: 1px; }"
         "QDialog *:focus { border: 3px solid {accent}; }"
         "QDialog QPushButton:focus { background: {focused}; color: {onfocused}; }"
-        "QDialog *:disabled { color: {dimmed}; border: {dimmedline} {dimmed}; }"
+        "QDialog *:disabled { color: {dimmed}; border: {dimmedline}; }"
         "QDialog QHeaderView { border: none; }"
         "QMessageBox { border: {line}; }"
         "QToolTip { background: {ground}; color: {text}; border: {line}; }");

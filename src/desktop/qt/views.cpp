@@ -23,9 +23,9 @@ QString Dense(const FittedText& text) {
     for (const QString& line : text.lines)
         lines.append(line.toHtmlEscaped());
     return QString(
-               "<p align='center' style='white-space:pre; line-height:%1px; "
-               "-qt-line-height-type:fixed'>%2</p>")
-        .arg(QFontMetrics(text.font).height())
+               "<p align='center' style='white-space:pre; line-height:%1px;"
+               " -qt-line-height-type:line-distance'>%2</p>")
+        .arg(-QFontMetrics(text.font).leading())
         .arg(lines.join("<br>"));
 }
 
