@@ -54,7 +54,10 @@ std::vector<ProgressLine::Line> ProgressLine::LayOut(const Progress& progress, s
         for (std::string& line : Wrap(progress.caption, width))
             lines.push_back({std::move(line), Style::plain});
     }
-    if (!progress.hint.empty()) lines.push_back({Shorten(progress.hint, width), Style::faint});
+    if (!progress.hint.empty()) {
+        for (std::string& line : Wrap(progress.hint, width))
+            lines.push_back({std::move(line), Style::faint});
+    }
     if (progress.fraction) lines.push_back({Bar(*progress.fraction, width), Style::bar});
     return lines;
 }
@@ -148,7 +151,7 @@ void Notices::ShowProgress(const Progress& progress) {
     }
 }
 
-void Notices::RingBell() {
+void Notices::RingBell() const {
     if (redraws_ && !quiet_) WriteOut("\a");
 }
 

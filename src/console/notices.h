@@ -79,7 +79,7 @@ class Notices {
     void ClearProgress();
 
     /// Calls for attention, on a terminal.
-    void RingBell();
+    void RingBell() const;
 
   private:
     void Say(std::string_view prefix, std::string_view text);

@@ -97,6 +97,28 @@ class Terminal(ConsoleTest):
         words = json.loads((self.folder / "image.json").read_text())["memory"]
         self.assertGreater(sum(map(len, words.values())), 1500)
 
+    def test_ctrl_c_ends_a_series_in_a_wait_at_once_and_in_a_transfer_behind_the_remote(self):
+        path, log = self.file("VENTO-x.qlb", programme(1000)), self.folder / "log.jsonl"
+        for shown, status, good in (("Take the remote away", 0, 1), (" 15 %", 0, 1), (" 15 %", 130, 0)):
+            log.unlink(missing_ok=True)
+            simulate = self.simulate(reportMicroseconds=1000)
+            self.open("program", path, simulate, "--series", "--log", str(log), "--language", "eng")
+            self.wait_for(shown, CTRL_C)
+            if status:
+                self.wait_for(" 35 %", CTRL_C)
+            out, _ = self.finish(status)
+            self.assertEqual(out, f"Remote 1: good\nEnd of the series: {good} good, 0 bad\n" if good else "")
+            self.assertEqual(self.raw.count(b"\a"), good)
+            self.assertEqual([json.loads(line)["status"] for line in log.read_text().splitlines()], [status])
+            self.assertEqual("The series ends after this remote" in self.raw.decode(), shown == " 15 %")
+
+    def test_the_time_of_a_wait_is_shown_as_it_passes(self):
+        self.open("read", self.endless_wait(), "--language", "eng", columns=20)
+        self.wait_for("0:00  Ctrl-C")
+        self.wait_for("cancels")
+        self.wait_for("0:01", CTRL_C)
+        self.finish(13)
+
     def test_signals_end_it_at_once_and_the_consumed_file_is_gone(self):
         for number in (signal.SIGTERM, signal.SIGHUP):
             path = self.file("VENTO-x.qlb", programme())
