@@ -1,12 +1,15 @@
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "console/commands.h"
 #include "console/console_machine.h"
 #include "console/failure.h"
 #include "console/panel_report.h"
+#include "console/programme_file.h"
 #include "console/text_layout.h"
 #include "console/warnings.h"
 #include "panel/form_web.h"
@@ -22,7 +25,6 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr std::size_t kListField = 2;  // where a line has its code list
-constexpr std::size_t kWidestPiece = 24;
 
 // A code list of the programme.
 struct CheckedList {
@@ -40,7 +42,11 @@ struct Problem {
 };
 
 constexpr std::array kArguments{
-    ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
+    ArgumentEntry{{"FILE", "FILE"},
+                  {"Il file di programmazione, o più d'uno; - per lo standard input",
+                   "The programme file, or several; - for standard input"},
+                  true,
+                  true}};
 
 constexpr std::array kOptions{
     OptionEntry{"strict",
@@ -71,19 +77,16 @@ std::vector<CheckedList> ListsOf(const FormWeb& form, const LoadResult& load) {
     return lists;
 }
 
-std::string DescribeBadPiece(const BadPiece& piece, Language language) {
-    return Phrase{"elemento ", "piece "}.In(language) + std::to_string(piece.place) + ": \"" +
-           Shorten(Printable(piece.text), kWidestPiece) + "\" " +
-           Phrase{"non è un numero da 0 a 255.", "is not a number from 0 to 255."}.In(language);
-}
-
 std::optional<Problem> ProblemOf(const LoadResult& load, const std::vector<CheckedList>& lists,
                                  Language language) {
     if (const auto& problem = load.problem) {
         return Problem{problem->line, problem->field, DescribeLoadReason(*problem).In(language)};
     }
     for (const CheckedList& each : lists) {
-        if (each.list.bad) return Problem{each.line, kListField, DescribeBadPiece(*each.list.bad, language)};
+        if (each.list.bad)
+            return Problem{
+                each.line, kListField,
+                DescribeBadPiece(*each.list.bad, ColumnName(each.column), each.letter).In(language)};
     }
     return std::nullopt;
 }
@@ -114,7 +117,7 @@ ordered_json ProblemFields(const std::optional<Problem>& problem) {
 //      A    312 bytes  NAME      line 1
 std::string DescribeList(const CheckedList& each, Language language) {
     std::string text = "     " + std::string(1, each.letter) + "  ";
-    if (each.list.bad) return text + DescribeBadPiece(*each.list.bad, language) + "\n";
+    if (each.list.bad) return text + Phrase{"non utilizzabile", "not usable"}.In(language) + "\n";
     const std::string bytes = std::to_string(each.list.bytes.size());
     text += std::string(bytes.size() < 5 ? 5 - bytes.size() : 0, ' ') + bytes;
     text += Phrase{" byte  ", " bytes  "}.In(language) + Pad(DecodeName(each.list.bytes), kNameLength);
@@ -140,18 +143,24 @@ std::string DescribeProgramme(const FormWeb& form, const std::vector<CheckedList
 std::string DescribeProblem(const Problem& problem, Language language) {
     if (problem.line == 0) return problem.reason;
     return Phrase{"Riga ", "Line "}.In(language) + std::to_string(problem.line) +
-           Phrase{", campo ", ", field "}.In(language) + std::to_string(problem.field) + ": " +
+           Phrase{", campo ", ", field "}.In(language) + std::to_string(problem.field + 1) + ": " +
            problem.reason;
 }
 
-void TellWarnings(const Console& console, const std::vector<Warning>& warnings, Answer& answer) {
+// What is found wrong, behind the name of the file.
+std::string Finding(const std::string& path, const std::string& text) {
+    return Printable(path + ": " + text) + "\n";
+}
+
+void TellWarnings(const Console& console, const std::string& path, const std::vector<Warning>& warnings,
+                  Answer& answer) {
     for (const Warning& warning : warnings) {
         Sentence text = warning.reason;
         if (warning.line > 0) {
             text = Fill({"riga {0}: {1}", "line {0}: {1}"}, {std::to_string(warning.line), warning.reason});
         }
         text = Fill({"Attenzione: {0}", "Warning: {0}"}, {text});
-        answer.text += Printable(text.In(console.language)) + "\n";
+        answer.text += Finding(path, text.In(console.language));
         answer.fields["warnings"].push_back(
             {{"line", warning.line > 0 ? ordered_json(warning.line) : ordered_json(nullptr)},
              {"reason", warning.reason.In(console.language)}});
@@ -159,23 +168,20 @@ void TellWarnings(const Console& console, const std::vector<Warning>& warnings, 
     if (!warnings.empty() && console.options.strict && answer.status == 0) answer.status = kNotWhole;
 }
 
-std::string TextOfFile(ConsoleMachine& machine, const std::string& path) {
-    try {
-        return machine.ForPanel().files.ReadAll(path, kLargestProgramme);
-    } catch (const platform::FileError&) {
-        return {};  // the load tells why
-    }
+ordered_json BlankFields() {
+    ordered_json fields = {
+        {"loads", false}, {"columns", ordered_json::array()}, {"lists", ordered_json::array()}};
+    fields["problem"] = nullptr;
+    fields["warnings"] = ordered_json::array();
+    return fields;
 }
 
-void Run(const Console& console, Answer& answer) {
-    answer.fields = {{"loads", false}, {"columns", ordered_json::array()}, {"lists", ordered_json::array()}};
-    answer.fields["problem"] = nullptr;
-    answer.fields["warnings"] = ordered_json::array();
-    ConsoleMachine machine(console);
-    FormWeb form(machine.ForPanel());
+// What one file holds and what is wrong with it.
+void CheckFile(const Console& console, const Machine& machine, const std::string& path, Answer& answer) {
+    answer.fields = BlankFields();
+    FormWeb form(machine);
     form.Form_Load("");
-    answer.fields["columns"] = ColumnFields(form);
-    const LoadResult load = form.Aprifilevento(console.options.Argument(0));
+    const LoadResult load = form.Aprifilevento(path);
     const std::vector<CheckedList> lists = ListsOf(form, load);
     const auto problem = ProblemOf(load, lists, form.PanelLanguage());
     answer.fields["loads"] = !load.problem;
@@ -184,13 +190,45 @@ void Run(const Console& console, Answer& answer) {
     answer.fields["problem"] = ProblemFields(problem);
     answer.text = DescribeProgramme(form, lists, form.PanelLanguage());
     if (load.problem && load.problem->reason == LoadProblem::Reason::cannotOpen) {
-        RefuseProgramme(console, *load.problem, form.PanelLanguage(), answer);
-    } else if (problem) {
+        answer.status = kMissingInput;
+        answer.Diagnose(DescribeLoadProblem(*load.problem).In(Language::english));
+        console.notices.Error(path, DescribeLoadProblem(*load.problem).In(console.language));
+        return;
+    }
+    if (problem) {
         answer.status = kUnusableInput;
         answer.Diagnose(DescribeProblem(*ProblemOf(load, lists, Language::english), Language::english));
-        answer.text += DescribeProblem(*problem, form.PanelLanguage()) + "\n";
+        answer.text += Finding(path, DescribeProblem(*problem, form.PanelLanguage()));
     }
-    TellWarnings(console, FindWarnings(TextOfFile(machine, console.options.Argument(0)), form, load), answer);
+    const std::string text = load.problem && load.problem->reason == LoadProblem::Reason::tooLarge
+                                 ? std::string{}
+                                 : machine.files.ReadAll(path, kLargestProgramme);
+    TellWarnings(console, path, FindWarnings(text, form, load), answer);
+}
+
+void Run(const Console& console, Answer& answer) {
+    answer.fields = BlankFields();
+    ConsoleMachine machine(console);
+    FilesAndInput files(console.terminal);
+    const Machine own = machine.ForPanel();
+    const Machine withInput{own.hid, own.desktop, files, own.clock, own.backEnd};
+    const auto& paths = console.options.arguments;
+    if (paths.size() == 1) {
+        CheckFile(console, withInput, paths.front(), answer);
+        machine.Finish();
+        return;
+    }
+    answer.fields = {{"files", ordered_json::array()}};
+    for (const std::string& path : paths) {
+        Answer one;
+        CheckFile(console, withInput, path, one);
+        if (!one.text.empty()) answer.text += Printable(path) + "\n" + one.text;
+        if (!one.diagnostic.empty()) answer.Diagnose(path + ": " + one.diagnostic);
+        answer.status = std::max(answer.status, one.status);
+        ordered_json fields = {{"file", path}, {"status", one.status}};
+        fields.update(one.fields);
+        answer.fields["files"].push_back(std::move(fields));
+    }
     machine.Finish();
 }
 
@@ -198,8 +236,8 @@ void Run(const Console& console, Answer& answer) {
 
 constinit const CommandEntry kCheckCommand{
     "check",
-    {"Dice che cosa contiene un file di programmazione, o che cosa non va",
-     "Say what a programme file holds, or what is wrong with it"},
+    {"Dice che cosa contengono dei file di programmazione, o che cosa non va",
+     "Say what programme files hold, or what is wrong with them"},
     kArguments,
     kOptions,
     {},

@@ -1,15 +1,18 @@
 #include <array>
 #include <cstdint>
-#include <functional>
+#include <filesystem>
+#include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "codec/file_bytes.h"
 #include "console/codec_run.h"
 #include "console/commands.h"
-#include "console/console_machine.h"
-#include "platform/replacement.h"
+#include "console/failure.h"
+#include "console/input.h"
+#include "console/output.h"
 #include "text/encoding.h"
 #include "text/language.h"
 
@@ -17,19 +20,25 @@ namespace vento::console {
 namespace {
 
 constexpr std::array kEncodeArguments{
-    ArgumentEntry{{"SRC", "SRC"}, {"Il file da comprimere", "The file to encode"}},
+    ArgumentEntry{
+        {"SRC", "SRC"},
+        {"Il file da comprimere; - per lo standard input", "The file to encode; - for standard input"}},
     ArgumentEntry{{"DEST", "DEST"},
-                  {"Il contenitore; può essere SRC stesso", "The container; it may be SRC itself"}},
+                  {"Il contenitore; può essere SRC stesso; - per lo standard output",
+                   "The container; it may be SRC itself; - for standard output"}},
 };
 constexpr std::array kDecodeArguments{
-    ArgumentEntry{{"SRC", "SRC"}, {"Il contenitore", "The container"}},
-    ArgumentEntry{{"DEST", "DEST"},
-                  {"Ciò che vi era dentro; può essere SRC stesso. Senza DEST SRC viene solo controllato",
-                   "What was in it; it may be SRC itself. Without it SRC is only checked"},
-                  false},
+    ArgumentEntry{{"SRC", "SRC"},
+                  {"Il contenitore; - per lo standard input", "The container; - for standard input"}},
+    ArgumentEntry{
+        {"DEST", "DEST"},
+        {"Ciò che vi era dentro; può essere SRC stesso; - per lo standard output. Senza DEST SRC viene solo "
+         "controllato",
+         "What was in it; it may be SRC itself; - for standard output. Without it SRC is only checked"},
+        false},
 };
 
-constexpr std::array kOptions{OptionEntry{
+constexpr OptionEntry kKeyOption{
     "key",
     '\0',
     OptionEntry::Value::required,
@@ -38,59 +47,118 @@ constexpr std::array kOptions{OptionEntry{
     [](Options& options, std::string_view value) {
         options.key = value;
         return true;
-    }}};
+    }};
+constexpr std::array kOptions{kKeyOption, kForceOption};
+constexpr std::array kInfoOptions{kKeyOption};
+constexpr std::array kInfoArguments{ArgumentEntry{
+    {"FILE", "FILE"}, {"Il contenitore; - per lo standard input", "The container; - for standard input"}}};
 
-std::string Counts(const Answer& answer, const Phrase& between, Language language) {
+Sentence Counts(const Answer& answer, const Phrase& pattern) {
     const auto count = [&](const char* key) {
         return std::to_string(answer.fields[key].get<std::uint64_t>());
     };
-    return count("bytesIn") + between.In(language) + count("bytesOut");
+    return Fill(pattern, {count("bytesIn"), count("bytesOut")});
 }
 
-// An interrupt counts up to the moment in which the old file goes.
-void Save(const Console& console, platform::Replacement& dest, std::span<const std::uint8_t> bytes) {
-    dest.Write(bytes);
-    EndIfInterrupted(console.terminal);
-    dest.TakePlace();
+// Where the result goes. What is wrong with the source is told first.
+std::unique_ptr<Output> OutputFor(const Console& console) {
+    const Options& options = console.options;
+    const std::string source = options.Argument(0);
+    std::error_code unknown;
+    const auto status = std::filesystem::status(PathFromUtf8(source), unknown);
+    const bool reachable = std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+    if (options.arguments.size() < 2 || !(reachable || source == kStandardStream)) return nullptr;
+    return std::make_unique<Output>(console, options.Argument(1), source);
 }
 
 void RunEncode(const Console& console, Answer& answer) {
-    const Options& options = console.options;
+    std::unique_ptr<Output> output;
     RunCodec(console, answer, [&](const CodecTools& tools) {
-        const auto dest = platform::ReplaceNatively(PathFromUtf8(options.Argument(1)));
-        std::vector<std::uint8_t> bytes;
-        if (tools.key != nullptr) {
-            bytes = tools.codec.EncodeBytes(codec::ReadBytes(PathFromUtf8(options.Argument(0))), tools.key);
+        output = OutputFor(console);
+        const std::string source = console.options.Argument(0);
+        std::vector<std::uint8_t> container;
+        if (tools.bytes || tools.key != nullptr) {
+            container = tools.codec.EncodeBytes(
+                tools.bytes ? *tools.bytes : codec::ReadBytes(PathFromUtf8(source)), tools.key);
         } else {
-            bytes = tools.codec.EncodeFile(options.Argument(0));
+            container = tools.codec.EncodeFile(source);
         }
-        Save(console, *dest, bytes);
-        answer.fields["bytesOut"] = bytes.size();
+        output->Save(container, answer);
+        answer.fields["bytesOut"] = container.size();
     });
-    answer.text = Counts(answer, {" byte codificati in ", " bytes encoded in "}, console.language) + "\n";
+    output->Tell(Counts(answer, {"{0} byte codificati in {1}", "{0} bytes encoded in {1}"}), answer);
 }
 
 void RunDecode(const Console& console, Answer& answer) {
-    const Options& options = console.options;
+    std::unique_ptr<Output> output;
     bool uncoded = false;
     RunCodec(console, answer, [&](const CodecTools& tools) {
+        output = OutputFor(console);
+        const std::string source = console.options.Argument(0);
         std::vector<std::uint8_t> bytes;
-        if (tools.key != nullptr) {
-            bytes =
-                tools.codec.DecodeBytes(codec::ReadBytes(PathFromUtf8(options.Argument(0))), tools.key).bytes;
+        if (tools.bytes || tools.key != nullptr) {
+            codec::Decoded decoded = tools.codec.DecodeBytes(
+                tools.bytes ? *tools.bytes : codec::ReadBytes(PathFromUtf8(source)), tools.key);
+            bytes = std::move(decoded.bytes);
+            uncoded = decoded.uncoded && tools.key == nullptr;
         } else {
-            uncoded = tools.codec.DecodeFile(options.Argument(0), bytes);
+            uncoded = tools.codec.DecodeFile(source, bytes);
         }
-        if (options.arguments.size() > 1) {
-            Save(console, *platform::ReplaceNatively(PathFromUtf8(options.Argument(1))), bytes);
-        }
+        if (output) output->Save(bytes, answer);
         if (tools.key == nullptr) answer.fields["result"] = uncoded;
         answer.fields["bytesOut"] = bytes.size();
     });
-    const Language language = console.language;
-    answer.text = Counts(answer, {" byte decodificati in ", " bytes decoded to "}, language);
-    if (uncoded) answer.text += Phrase{", non erano compressi", ", they were not compressed"}.In(language);
-    answer.text += "\n";
+    const Sentence counts =
+        Counts(answer, uncoded ? Phrase{"{0} byte decodificati in {1}, non erano compressi",
+                                        "{0} bytes decoded to {1}, they were not compressed"}
+                               : Phrase{"{0} byte decodificati in {1}", "{0} bytes decoded to {1}"});
+    if (output) {
+        output->Tell(counts, answer);
+    } else {
+        answer.text = counts.In(console.language) + "\n";
+    }
+}
+
+// --- info ---
+
+constexpr std::array kForms{"foreign", "stored", "coded"};
+
+Sentence Describe(const codec::ContainerInfo& info) {
+    const auto text = [](std::uint64_t number) { return std::to_string(number); };
+    if (info.form == codec::Form::foreign)
+        return Fill({"nessun contenitore, {0} byte", "no container, {0} bytes"}, {text(info.containerSize)});
+    if (info.form == codec::Form::stored) {
+        return Fill({"contenitore con i byte come sono: {0} byte in {1}",
+                     "container with the bytes as they are: {0} bytes in {1}"},
+                    {text(info.sourceLength), text(info.containerSize)});
+    }
+    return Fill({"contenitore compresso: {0} byte in {1}\nsomma di controllo {2}\n"
+                 "tabella di {3} valori, codici da {4} a {5} bit; i dati cominciano al byte {6}",
+                 "coded container: {0} bytes in {1}\nchecksum {2}\n"
+                 "table of {3} values, codes of {4} to {5} bits; the data begin at byte {6}"},
+                {text(info.sourceLength), text(info.containerSize), text(info.checksum), text(info.symbols),
+                 text(info.shortestCode), text(info.longestCode), text(info.dataOffset + 1)});
+}
+
+void RunInfo(const Console& console, Answer& answer) {
+    codec::ContainerInfo info;
+    RunCodec(console, answer, [&](const CodecTools& tools) {
+        info = tools.bytes ? codec::clsHuffman::Info(*tools.bytes, tools.key)
+                           : codec::clsHuffman::FileInfo(console.options.Argument(0), tools.key);
+    });
+    for (const char* key : {"result", "events", "bytesOut"})
+        answer.fields.erase(key);
+    answer.fields["form"] = kForms.at(static_cast<std::size_t>(info.form));
+    answer.fields["sourceLength"] = info.sourceLength;
+    const bool coded = info.form == codec::Form::coded;
+    const std::array<std::pair<const char*, std::uint64_t>, 5> ofCoded{{{"checksum", info.checksum},
+                                                                        {"symbols", info.symbols},
+                                                                        {"shortestCode", info.shortestCode},
+                                                                        {"longestCode", info.longestCode},
+                                                                        {"dataOffset", info.dataOffset}}};
+    for (const auto& [key, value] : ofCoded)
+        answer.fields[key] = coded ? nlohmann::ordered_json(value) : nlohmann::ordered_json(nullptr);
+    answer.text = Describe(info).In(console.language) + "\n";
 }
 
 }  // namespace
@@ -110,5 +178,13 @@ constinit const CommandEntry kDecodeCommand{
     kOptions,
     {},
     RunDecode};
+
+constinit const CommandEntry kInfoCommand{"info",
+                                          {"Dice che cosa dichiara un contenitore HE3, senza decodificarlo",
+                                           "Say what an HE3 container tells of itself, without decoding it"},
+                                          kInfoArguments,
+                                          kInfoOptions,
+                                          {},
+                                          RunInfo};
 
 }  // namespace vento::console

@@ -1,12 +1,15 @@
 #include "console/codec_run.h"
 
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <system_error>
 
 #include "console/codec_key.h"
 #include "console/failure.h"
+#include "console/input.h"
 #include "console/notices.h"
 #include "platform/file_error.h"
 #include "text/encoding.h"
@@ -15,6 +18,9 @@ namespace vento::console {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::size_t kPiece = 65536;
+constexpr std::size_t kMostBytes = 2147483647;
 using nlohmann::ordered_json;
 
 std::optional<std::uintmax_t> SizeOf(const fs::path& file) {
@@ -42,13 +48,14 @@ ordered_json ErrorFields(const codec::RaisedError& error) {
 }
 
 // Throws Failure for each of the errors that the work may end in.
-void Guard(const fs::path& source, const std::string& name, const std::string& dest, ordered_json& error,
+void Guard(const fs::path& source, const std::string& name, ordered_json& error,
            const std::function<void()>& work) {
     try {
         work();
     } catch (const codec::RaisedError& raised) {
         error = ErrorFields(raised);
-        throw Failure(SizeOf(source) ? kUnusableInput : kMissingInput, About(name, raised));
+        throw Failure(SizeOf(source) || name == kStandardStream ? kUnusableInput : kMissingInput,
+                      About(name, raised));
     } catch (const codec::RangeError& range) {
         error = ErrorFields("range", range);
         throw Failure(kUnusableInput, About(name, range));
@@ -63,16 +70,35 @@ void Guard(const fs::path& source, const std::string& name, const std::string& d
         throw Failure(reading ? kMissingInput : kFailedOutput,
                       About(Utf8FromPath(failed.path1()), platform::FileError(failed.code())));
     } catch (const platform::FileError& failed) {
-        throw Failure(kFailedOutput, About(dest, failed));
+        throw Failure(kMissingInput, About(name, failed));
     }
 }
 
-}  // namespace
-
-void EndIfInterrupted(const platform::Terminal& terminal) {
-    EndIfDemanded(terminal);
-    if (terminal.Interrupts() > 0) throw EndedAtOnce{kInterrupted};
+// Nothing where the codec reads the file itself, or fails to.
+std::optional<std::vector<std::uint8_t>> BytesOf(const Console& console) {
+    const std::string path = console.options.Argument(0);
+    if (path == kStandardStream) {
+        const std::string input = ReadStandardInput(console.terminal);
+        return std::vector<std::uint8_t>(input.begin(), input.end());
+    }
+    const fs::path file = PathFromUtf8(path);
+    std::error_code unknown;
+    const bool sized = fs::is_regular_file(file, unknown) && fs::file_size(file, unknown) > 0;
+    if (sized || !fs::exists(file, unknown) || fs::is_directory(file, unknown)) return std::nullopt;
+    std::ifstream stream(file, std::ios::binary);
+    std::vector<std::uint8_t> bytes;
+    std::vector<char> piece(kPiece);
+    while (stream.read(piece.data(), static_cast<std::streamsize>(piece.size())), stream.gcount() > 0) {
+        bytes.insert(bytes.end(), piece.begin(), piece.begin() + stream.gcount());
+        EndIfInterrupted(console.terminal);
+        if (bytes.size() > kMostBytes) throw codec::OverflowError("There are more than 2147483647 bytes");
+    }
+    if (!stream.eof())
+        throw fs::filesystem_error("cannot read", file, std::make_error_code(std::errc::io_error));
+    return bytes;
 }
+
+}  // namespace
 
 void RunCodec(const Console& console, Answer& answer, const std::function<void(const CodecTools&)>& work) {
     const fs::path source = PathFromUtf8(console.options.Argument(0));
@@ -91,9 +117,10 @@ void RunCodec(const Console& console, Answer& answer, const std::function<void(c
         if (key) answer.fields["key"] = KeyFields(*key);
     };
     try {
-        const std::string dest = console.options.arguments.size() > 1 ? console.options.Argument(1) : "";
-        Guard(source, console.options.Argument(0), dest, answer.fields["error"], [&] {
-            work({codec, key ? &*key : nullptr});
+        Guard(source, console.options.Argument(0), answer.fields["error"], [&] {
+            const auto bytes = BytesOf(console);
+            if (bytes) answer.fields["bytesIn"] = bytes->size();
+            work({codec, key ? &*key : nullptr, bytes});
         });
     } catch (...) {
         finally();

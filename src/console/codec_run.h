@@ -1,7 +1,9 @@
 #pragma once
 
-#include <filesystem>
+#include <cstdint>
 #include <functional>
+#include <optional>
+#include <vector>
 
 #include "codec/cls_huffman.h"
 #include "console/commands.h"
@@ -13,11 +15,10 @@ namespace vento::console {
 struct CodecTools {
     codec::clsHuffman& codec;
     codec::KeyArray* key;
+    /// The source, where the codec can't take it from its file: standard input, and files whose size does not
+    /// say how much is in them.
+    const std::optional<std::vector<std::uint8_t>>& bytes;
 };
-
-/// Throws EndedAtOnce if an end is demanded. Nothing is lost by an end half-way, so that one Ctrl-C is
-/// enough.
-void EndIfInterrupted(const platform::Terminal& terminal);
 
 /// Lets the codec work on the file that the options name, and keeps account of it in the fields of `answer`.
 /// `work` sets `result` and `bytesOut` in them. Throws Failure if the key can't be used or the work ends in

@@ -86,16 +86,19 @@ extern const CommandEntry kPlanCommand;
 extern const CommandEntry kReadCommand;
 extern const CommandEntry kCheckCommand;
 extern const CommandEntry kDevicesCommand;
+extern const CommandEntry kConvertCommand;
+extern const CommandEntry kDiffCommand;
 extern const CommandEntry kExplainCommand;
 extern const CommandEntry kEncodeCommand;
 extern const CommandEntry kDecodeCommand;
+extern const CommandEntry kInfoCommand;
 extern const CommandEntry kHelpCommand;
 extern const CommandEntry kVersionCommand;
 
 /// All commands, in the order in which the help names them.
-inline constexpr std::array kCommands{&kProgramCommand, &kVerifyCommand,  &kPlanCommand,    &kReadCommand,
-                                      &kCheckCommand,   &kDevicesCommand, &kExplainCommand, &kEncodeCommand,
-                                      &kDecodeCommand,  &kHelpCommand,    &kVersionCommand};
+inline constexpr std::array kCommands{&kProgramCommand, &kVerifyCommand,  &kPlanCommand, &kReadCommand,
+                                      &kCheckCommand,   &kDevicesCommand, &kExplainCommand, &kConvertCommand, &kDiffCommand, &kEncodeCommand,
+                                      &kDecodeCommand,  &kInfoCommand, &kHelpCommand,    &kVersionCommand};
 
 /// Options that several commands have.
 inline constexpr OptionEntry kLogOption{

@@ -48,4 +48,10 @@ inline void EndIfDemanded(const platform::Terminal& terminal) {
     if (const auto status = terminal.TerminationRequested()) throw EndedAtOnce{*status};
 }
 
+/// The same, and after the first Ctrl-C too: for work that loses nothing by an end half-way.
+inline void EndIfInterrupted(const platform::Terminal& terminal) {
+    EndIfDemanded(terminal);
+    if (terminal.Interrupts() > 0) throw EndedAtOnce{kInterrupted};
+}
+
 }  // namespace vento::console

@@ -20,8 +20,7 @@ std::string ReadStandardInput(const platform::Terminal& terminal) {
         if (count > kLargestInput - bytes.size()) throw platform::FileTooLarge();
         bytes.append(piece.data(), count);
     }
-    EndIfDemanded(terminal);
-    if (terminal.Interrupts() > 0) throw EndedAtOnce{kInterrupted};
+    EndIfInterrupted(terminal);
     return bytes;
 }
 

@@ -134,6 +134,11 @@ void Notices::Error(const Sentence& text, const Sentence& detail) {
     if (!detail.Empty()) Say(std::string(kName.size(), ' '), detail.In(language_));
 }
 
+void Notices::Ask(const Sentence& text) {
+    ClearProgress();
+    WriteOut(Printable(text.In(language_)));
+}
+
 void Notices::Note(const Sentence& text) {
     if (!quiet_) Say({}, text.In(language_));
 }

@@ -67,6 +67,9 @@ class Notices {
     /// below.
     void Error(const Sentence& text, const Sentence& detail = {});
 
+    /// A question, always said; the answer follows on the same line.
+    void Ask(const Sentence& text);
+
     /// What is good to know.
     void Note(const Sentence& text);
 

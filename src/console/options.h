@@ -24,6 +24,7 @@ struct Options {
     std::optional<std::string> transmitter;  ///< the interface to use, by its path
     std::optional<RemoteVersion> remoteVersion;
     std::optional<SectionOffsets> sections;
+    bool force = false;
     std::optional<std::string> key;       ///< the file with the key of the codec
     std::optional<std::string> simulate;  ///< the scenario; empty for the plain simulation
     std::optional<Language> language;

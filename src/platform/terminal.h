@@ -29,6 +29,9 @@ class Terminal {
     /// How often the operator has pressed Ctrl-C.
     [[nodiscard]] virtual int Interrupts() const = 0;
 
+    /// Whether there is somebody to ask: standard input and standard error are a terminal.
+    [[nodiscard]] virtual bool CanAsk() const = 0;
+
     /// Waits for bytes on standard input and puts as many as there are into `buffer`. Their number; 0 at the
     /// end of the input, and when the operator has pressed Ctrl-C or an end is demanded. Throws FileError.
     [[nodiscard]] virtual std::size_t ReadInput(std::span<char> buffer) const = 0;

@@ -2,7 +2,9 @@
 
 import json
 import os
+import pathlib
 import stat
+import subprocess
 import unittest
 
 from ventoctl import COMMAND, ConsoleTest
@@ -37,13 +39,52 @@ class Codec(ConsoleTest):
         if len(COMMAND) == 1:  # without an emulator, whose permissions are its own
             self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o640)
 
+    def test_standard_streams_long_names_and_files_without_a_size_serve_too(self):
+        def piped(data, *arguments):
+            return subprocess.run([*COMMAND, *arguments], input=data, capture_output=True, cwd=self.folder, timeout=60)
+
+        done = piped(b"abracadabra", "encode", "-", "-", "--language", "en")
+        self.assertEqual((done.stdout, b"11 bytes encoded in 26" in done.stderr), (CONTAINER, True))
+        self.assertEqual(piped(CONTAINER, "decode", "-", "-", "-q").stdout, b"abracadabra")
+        self.assertEqual(piped(WRONG_SUM, "decode", "-", "-").returncode, 65)
+        self.assertEqual(piped(b"", "encode", "-", "-", "--json").returncode, 64)
+        name = "n" * 245
+        self.run_console(0, "encode", self.file("source", b"abracadabra"), name)
+        self.run_console(0, "decode", name, name)
+        self.holds(name, b"abracadabra")
+        if os.path.exists("/proc/version") and len(COMMAND) == 1:
+            self.assertGreater(self.run_json(0, "encode", "/proc/version", "v")["bytesIn"], 10)
+            self.run_console(0, "decode", "v", "v")
+            self.assertEqual((self.folder / "v").read_bytes(), pathlib.Path("/proc/version").read_bytes())
+
+    def test_another_file_at_dest_is_overwritten_by_force_alone(self):
+        source, dest = self.file("source", b"abracadabra"), self.file("dest", b"precious")
+        for command in (["encode", source, dest], ["decode", source, dest], ["convert", self.file("VENTO-x.qlb", "1;A;1;;\n1;A;2;;\n"), dest]):
+            self.assertIn("-f overwrites it", self.run_console(73, *command, "--language", "en")[1])
+            self.holds("dest", b"precious")
+        self.run_console(0, "encode", source, dest, "-f")
+        self.holds("dest", CONTAINER)
+
+    def test_info_tells_what_the_header_says(self):
+        stored = bytes.fromhex("4D41300D") + b"abc"
+        fields = ["error", "bytesIn", "key", "form", "sourceLength", "checksum", "symbols", "shortestCode", "longestCode", "dataOffset"]
+        for content, wanted, words in (
+            (CONTAINER, [None, 26, None, "coded", 11, 102, 5, 1, 3, 23], "table of 5 values, codes of 1 to 3 bits; the data begin at byte 24"),
+            (stored, [None, 7, None, "stored", 3] + [None] * 5, "3 bytes in 7"), (b"plain text", [None, 10, None, "foreign", 10] + [None] * 5, "no container, 10 bytes"),
+        ):  # fmt: skip
+            answer = self.run_json(0, "info", self.file("container", content))
+            self.assertEqual((list(answer)[2:], list(answer.values())[2:]), (fields, wanted))
+            self.assertIn(words, self.run_console(0, "info", "container", "--language", "en")[0])
+        self.run_console(65, "info", self.file("container", CONTAINER[:12]))
+        self.run_console(66, "info", "none")
+
     def test_an_error_of_the_codec_is_told_and_leaves_the_destination_alone(self):
         for content, kind, number, place, description, events in (
             (WRONG_SUM, "raised", 2147745792, "clsHuffman.Decode()", CORRUPT, [89]),
             (NO_BRANCH, "range", None, None, "The data do not fit their code, at bit 4 of offset 16", []),
         ):
             path, dest = self.file("broken", content), self.file("dest", b"precious")
-            answer = self.run_json(65, "decode", path, dest)
+            answer = self.run_json(65, "decode", path, dest, "-f")
             self.assertEqual(list(answer["error"].values()), [kind, number, place, description])
             self.assertEqual((answer["result"], answer["events"], answer["bytesOut"]), (None, events, None))
             self.holds("dest", b"precious")
@@ -71,7 +112,7 @@ class Codec(ConsoleTest):
         answer = self.run_json(0, "encode", source, str(self.folder / "keyed"), "--key", path)
         self.assertEqual(answer["key"], key)
         other = self.file("other.json", json.dumps([[0, 0]] * 12 + key[12:]))
-        answer = self.run_json(0, "decode", "keyed", source, "--key", other)
+        answer = self.run_json(0, "decode", "keyed", source, "--force", "--key", other)
         self.assertEqual((answer["key"], answer["result"], answer["bytesOut"]), (key, None, 200))
         self.holds("source", bytes(range(200)))
 

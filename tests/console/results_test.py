@@ -46,7 +46,8 @@ class Usage(ConsoleTest):
         self.assertEqual((general, err), self.run_console(0, "help"))
         self.assertTrue("--simulate[=SCENARIO]" in general and "18   Error 19: " in general and err == "", general)
         for command in (
-            "program", "verify", "plan", "read", "check", "devices", "explain", "encode", "decode", "help", "version",
+            "program", "verify", "plan", "read", "check", "devices", "explain", "convert", "diff", "encode", "decode", "info", "help",
+            "version",
         ):  # fmt: skip
             self.assertIn(f"\n  {command} ", general)
             own = self.run_console(0, "help", command)[0]
@@ -240,7 +241,7 @@ class Check(ConsoleTest):
     def test_the_first_problem_with_its_place(self):
         short = code_list("AB", 4)
         for content, loads, line, field, reason in (
-            (f"1;A;{short};;\n1;A;{short},256;;\n", True, 2, 2, 'piece 5: "256" is not a number from 0 to 255.'),
+            (f"1;A;{short};;\n1;A;{short},256;;\n", True, 2, 2, 'List B of column TV, value 5: "256" is not a number from 0 to 255. Correct the file and open it again.'),
             ("\n" * 32768, False, None, None, "more than 32767 lines"),
         ):
             path = self.file("VENTO-x.qlb", content)
@@ -275,6 +276,57 @@ class Check(ConsoleTest):
             self.assertIn("Unicode", self.run_console(65, "check", self.file("VENTO-x.qlb", content))[0])
         tab = self.file("VENTO-x.qlb", "1;A;1,\t2;;\n1;A;2;;\n")
         self.assertIn("TAB", self.run_console(65, "check", tab, "--strict")[0])
+
+    def test_several_files_and_standard_input_end_with_the_worst_status(self):
+        good, bad = self.file("VENTO-a.qlb", programme(8)), self.file("VENTO-b.qlb", "1;A;1;;\n\n")
+        for status, *paths in ((0, good, good), (65, good, bad, good), (66, bad, "none", good)):
+            answer = self.run_json(status, "check", *paths)
+            self.assertEqual([each["file"] for each in answer["files"]], paths)
+            self.assertEqual(max(each["status"] for each in answer["files"]), status)
+        self.assertIn(f"{bad}: Line 2, field 2: missing", self.run_console(65, "check", good, bad)[0])
+        done = subprocess.run([*COMMAND, "check", "-", "--json"], input=b"1;A;1;;\n1;A;2;;", capture_output=True, timeout=60)
+        self.assertEqual((done.returncode, json.loads(done.stdout)["warnings"][-1]["line"]), (0, 2))
+
+
+class Convert(ConsoleTest):
+    def test_what_the_loader_takes_goes_there_and_back_byte_for_byte(self):
+        every = b"".join(bytes([value]) for value in range(256) if value not in b";\n")
+        for content in (EXAMPLE_BYTES, b"2;" + every + b"; 1, 2 ,x\t;;\n3;C;7;;\n", b"3;C;;;\r\n", b"1;A;1;;\n2;B;2;;\n3;C;3;;\n", b"nothing"):
+            path = self.file("VENTO-x.qlb", content)
+            self.run_console(0, "convert", path, "x.json", "-f")
+            self.run_console(0, "convert", "x.json", "back.qlb", "-f")
+            columns = [self.run_json(self.outcome(each), "check", each)["columns"] for each in (path, "back.qlb") if content != b"nothing"]
+            self.assertTrue(len(columns) == 0 or columns[0] == columns[1], columns)
+            self.assertTrue(self.run_json(0, "diff", path, "back.qlb")["same"])
+        example = json.loads(self.run_console(0, "convert", EXAMPLE)[0])["columns"][0]
+        self.assertEqual((example["column"], example["label"], example["listA"][:3]), ("TV", "Città 100", [195, 201, 212]))
+
+    def outcome(self, path):
+        return 65 if b"x" in pathlib.Path(self.folder / path).read_bytes().split(b";")[2] else 0
+
+    def test_json_that_is_no_programme_is_refused_with_its_place(self):
+        column = {"column": "TV", "label": "A", "listA": [1], "listB": []}
+        for columns, words in (
+            ([{**column, "label": "a;b"}], "columns[0].label: expected a text without semicolon"), ([{**column, "label": "č"}], "Windows-1252"),
+            ([{**column, "listA": [1, 256]}], "columns[0].listA[1]: expected a whole number from 0 to 255"), ([column, column], "columns[1].column"),
+            ([{**column, "column": "FM"}], "columns[0].column"), ([column] * 4, "3 columns at the most"), ([{}], "columns[0].column"),
+        ):  # fmt: skip
+            path = self.file("x.json", json.dumps({"columns": columns}).encode())
+            self.assertIn(words, self.run_console(65, "convert", path, "--language", "en")[1])
+        self.run_console(66, "convert", "none")
+
+    def test_a_difference_is_told_by_column_and_list(self):
+        a = self.file("a.qlb", "1;A;1,2,3;;\n1;A;1,2;;\n2;B;5;;\n2;B;6;;\n")
+        b = self.file("b.qlb", "1;A à;1,2,4,5;;\n1;A; 1 ,2;;\n3;C;5;;\n3;C;6;;\n")
+        out = self.run_console(1, "diff", a, b)[0]
+        self.assertEqual(out.splitlines(), [
+            'TV, label "A" and "A à"', "TV, list A: 3 bytes and 4, 1 differ, the first at place 3: 3 and 4",
+            "DTT, missing in B", "SAT, missing in A",
+        ])  # fmt: skip
+        answer = self.run_json(1, "diff", a, b)["differences"]
+        self.assertEqual([each["what"] for each in answer], ["label", "listA", None, None])
+        self.assertEqual([answer[1][key] for key in ("bytesA", "bytesB", "different", "firstDifferent")], [3, 4, 1, 3])
+        self.assertEqual(self.run_console(0, "diff", a, a), ("", ""))
 
 
 class Devices(ConsoleTest):

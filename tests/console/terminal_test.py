@@ -131,11 +131,19 @@ class Terminal(ConsoleTest):
     def test_the_codec_draws_a_bar_and_one_ctrl_c_ends_it_with_nothing_changed(self):
         source, dest = self.file("source", b"some bytes at the beginning"), self.file("dest", b"precious")
         os.truncate(source, 1 << 28)
-        self.open("encode", source, dest)
+        self.open("encode", "-f", source, dest)
         self.wait_for("12 %", CTRL_C)
         out, (*_, left) = self.finish(130)
         self.assertEqual((out, left, (self.folder / "dest").read_bytes()), ("", "", b"precious"))
         self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["dest", "source"])
+
+    def test_another_file_is_overwritten_if_the_operator_agrees(self):
+        for answer, status in ((b"n\n", 73), (b"\n", 73), (CTRL_C, 130), (b"y\n", 0)):
+            source, dest = self.file("source", b"abracadabra"), self.file("dest", b"precious")
+            self.open("encode", source, dest)
+            self.wait_for("exists. Overwrite it? [y/N] ", answer)
+            self.finish(status)
+            self.assertEqual((self.folder / "dest").read_bytes() == b"precious", status != 0)
 
 
 if __name__ == "__main__":

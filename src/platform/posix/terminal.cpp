@@ -79,6 +79,10 @@ class PosixTerminal final : public Terminal {
         return size.ws_col;
     }
 
+    [[nodiscard]] bool CanAsk() const override {
+        return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1;
+    }
+
     // A signal that comes in just before the wait is seen at the next look.
     [[nodiscard]] std::size_t ReadInput(std::span<char> buffer) const override {
         constexpr int kLookMilliseconds = 200;

@@ -80,6 +80,12 @@ class WindowsTerminal final : public Terminal {
         return static_cast<std::size_t>(columns);
     }
 
+    [[nodiscard]] bool CanAsk() const override {
+        DWORD mode = 0;
+        return ::GetConsoleMode(::GetStdHandle(STD_INPUT_HANDLE), &mode) != 0 &&
+               ::GetConsoleMode(StandardError(), &mode) != 0;
+    }
+
     [[nodiscard]] std::size_t ReadInput(std::span<char> buffer) const override {
         DWORD count = 0;
         if (::ReadFile(::GetStdHandle(STD_INPUT_HANDLE), buffer.data(), static_cast<DWORD>(buffer.size()),
