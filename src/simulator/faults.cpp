@@ -13,9 +13,13 @@ void FaultList::ForEach(std::uint64_t cycle, Action action) const {
 }
 
 bool FaultList::Unplugs(std::uint64_t cycle, UnplugMoment moment) const {
-    bool unplugs = false;
-    ForEach<fault::Unplugged>(cycle, [&](const auto& kind) { unplugs |= kind.when == moment; });
-    return unplugs;
+    // Who goes in the middle of the first cycle and is not back by a time of its own is absent in the others.
+    return std::ranges::any_of(faults_, [&](const Fault& each) {
+        const auto* const kind = std::get_if<fault::Unplugged>(&each.kind);
+        if (kind == nullptr || cycle < each.cycle || cycle > each.through) return false;
+        const bool isGone = cycle > each.cycle && !kind->absence;
+        return (isGone ? UnplugMoment::open : kind->when) == moment;
+    });
 }
 
 std::optional<std::chrono::milliseconds> FaultList::Absence(std::uint64_t cycle) const {

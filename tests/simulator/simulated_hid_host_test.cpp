@@ -76,5 +76,16 @@ TEST(Fault, CutsACycleWhereItSaysAndKeepsTheTransmitterAwayForATime) {
     }
 }
 
+TEST(Fault, KeepsTheTransmitterAwayToTheEndOfItsCyclesHoweverItWent) {
+    for (const std::string when : {"open", "write", "read"}) {
+        Wire wire(R"({"faults": [{"cycle": 1, "through": 3, "kind": "unplugged", "when": ")" + when +
+                  R"("}]})");
+        for (const bool there : {when != "open", false, false, true}) {
+            EXPECT_EQ(wire.Open(), there) << when;
+            wire.device.Close();
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vento::simulator
