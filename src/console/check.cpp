@@ -83,10 +83,11 @@ std::optional<Problem> ProblemOf(const LoadResult& load, const std::vector<Check
         return Problem{problem->line, problem->field, DescribeLoadReason(*problem).In(language)};
     }
     for (const CheckedList& each : lists) {
-        if (each.list.bad)
+        if (each.list.bad) {
             return Problem{
                 each.line, kListField,
                 DescribeBadPiece(*each.list.bad, ColumnName(each.column), each.letter).In(language)};
+        }
     }
     return std::nullopt;
 }

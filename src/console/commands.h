@@ -92,13 +92,15 @@ extern const CommandEntry kExplainCommand;
 extern const CommandEntry kEncodeCommand;
 extern const CommandEntry kDecodeCommand;
 extern const CommandEntry kInfoCommand;
+extern const CommandEntry kCompletionCommand;
 extern const CommandEntry kHelpCommand;
 extern const CommandEntry kVersionCommand;
 
 /// All commands, in the order in which the help names them.
-inline constexpr std::array kCommands{&kProgramCommand, &kVerifyCommand,  &kPlanCommand, &kReadCommand,
-                                      &kCheckCommand,   &kDevicesCommand, &kExplainCommand, &kConvertCommand, &kDiffCommand, &kEncodeCommand,
-                                      &kDecodeCommand,  &kInfoCommand, &kHelpCommand,    &kVersionCommand};
+inline constexpr std::array kCommands{
+    &kProgramCommand, &kVerifyCommand,  &kPlanCommand,       &kReadCommand, &kCheckCommand,
+    &kDevicesCommand, &kExplainCommand, &kConvertCommand,    &kDiffCommand, &kEncodeCommand,
+    &kDecodeCommand,  &kInfoCommand,    &kCompletionCommand, &kHelpCommand, &kVersionCommand};
 
 /// Options that several commands have.
 inline constexpr OptionEntry kLogOption{

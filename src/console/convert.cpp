@@ -7,7 +7,7 @@
 #include "console/input.h"
 #include "console/output.h"
 #include "console/programme_file.h"
-#include "programme/blanks.h"
+#include "programme/fields.h"
 #include "protocol/code_lists.h"
 #include "protocol/commands.h"
 
@@ -168,9 +168,10 @@ class Difference {
 
 void RunDiff(const Console& console, Answer& answer) {
     Difference difference(console.language, answer);
-    if (console.options.Argument(0) == kStandardStream && console.options.Argument(1) == kStandardStream)
+    if (console.options.Argument(0) == kStandardStream && console.options.Argument(1) == kStandardStream) {
         throw Failure(kWrongUsage,
                       Phrase{"A e B non possono essere entrambi '-'", "A and B can't both be '-'"});
+    }
     const ProgrammeTexts a = ReadProgrammeTexts(console, console.options.Argument(0)).texts;
     const ProgrammeTexts b = ReadProgrammeTexts(console, console.options.Argument(1)).texts;
     for (std::size_t c = 0; c < kColumns; ++c)

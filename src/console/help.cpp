@@ -23,9 +23,11 @@ constexpr std::size_t kWidestTerm = 22;  // a longer term has its text in the ne
 
 constexpr std::array kStatuses{
     StatusEntry{"0", {"fatto", "done"}},
-    StatusEntry{"1",
-                {"con --strict: un avvertimento di check, o una colonna che program ha perso; con diff: una differenza",
-                 "with --strict: a warning of check, or a column that program has lost; with diff: a difference"}},
+    StatusEntry{
+        "1",
+        {"con --strict: un avvertimento di check, o una colonna che program ha perso; con diff: una "
+         "differenza",
+         "with --strict: a warning of check, or a column that program has lost; with diff: a difference"}},
     StatusEntry{
         "2",
         {"nessun trasmettitore, o nessuno che si possa aprire", "no transmitter, or none that may be opened"},

@@ -37,9 +37,10 @@ ordered_json ListFields(const std::string& text) {
 // What a field of a programme file can hold.
 std::string FieldText(const JsonNode& node) {
     const std::string& text = node.Text();
-    if (text.find_first_of(";\n") != std::string::npos)
+    if (text.find_first_of(";\n") != std::string::npos) {
         node.Refuse(Phrase{"un testo senza punto e virgola e senza line feed",
                            "a text without semicolon or line feed"});
+    }
     if (Utf8FromWindows1252(Windows1252FromUtf8(text)) != text)
         node.Refuse(Phrase{"solo caratteri di Windows-1252", "characters of Windows-1252 alone"});
     return text;
@@ -66,9 +67,10 @@ ProgrammeTexts TextsOf(const JsonNode& document) {
         const JsonNode column = columns.Item(i);
         column.AllowKeys(kColumnKeys);
         auto& own = texts.at(column.At("column").Choice(names));
-        if (own)
+        if (own) {
             column.At("column").Refuse(
                 Phrase{"una colonna che non c'è già", "a column that is not there yet"});
+        }
         own = {FieldText(column.At("label")), ListText(column.At("listA")), ListText(column.At("listB"))};
     }
     return texts;

@@ -46,8 +46,8 @@ class Usage(ConsoleTest):
         self.assertEqual((general, err), self.run_console(0, "help"))
         self.assertTrue("--simulate[=SCENARIO]" in general and "18   Error 19: " in general and err == "", general)
         for command in (
-            "program", "verify", "plan", "read", "check", "devices", "explain", "convert", "diff", "encode", "decode", "info", "help",
-            "version",
+            "program", "verify", "plan", "read", "check", "devices", "explain", "convert", "diff", "encode", "decode", "info",
+            "completion", "help", "version",
         ):  # fmt: skip
             self.assertIn(f"\n  {command} ", general)
             own = self.run_console(0, "help", command)[0]
