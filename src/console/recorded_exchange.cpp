@@ -6,6 +6,7 @@
 
 #include "protocol/commands.h"
 #include "protocol/frame.h"
+#include "protocol/transmitter_kinds.h"
 
 namespace vento::console {
 namespace {
@@ -44,15 +45,6 @@ constexpr std::array kKinds{
 static_assert(kKinds.size() == static_cast<std::size_t>(FrameKind::unknown) + 1);
 
 constexpr std::size_t kFrameOverhead = 6;
-constexpr std::uint8_t kAnnouncement = 8;
-constexpr std::uint8_t kClosing = 128;
-
-bool IsFlagValue(std::uint8_t byte) {
-    const auto announces = [byte](const Section& section) {
-        return byte == section.SectionMask + kAnnouncement;
-    };
-    return byte >= kClosing || std::ranges::any_of(kSections, announces);
-}
 
 FrameKind KindOfCommand(std::uint8_t byte) {
     switch (byte) {
@@ -86,7 +78,8 @@ FrameKind KindOfByte(std::uint8_t byte, std::size_t replyCount, const FrameKinds
     if (byte == command::kPrefixedFlags && replyCount == 2) return FrameKind::flags;
     if (byte == command::kPrefixedState && replyCount == 2) return FrameKind::state;
     if (byte == command::kPrefixedBlockRead && due.Has(FrameKind::openRead)) return FrameKind::openRead;
-    if (replyCount == 2 && KindOfCommand(byte) == FrameKind::unknown && IsFlagValue(byte))
+    const bool isFlagValue = byte >= kCloseProgramming || AnnouncedSection(byte).has_value();
+    if (replyCount == 2 && KindOfCommand(byte) == FrameKind::unknown && isFlagValue)
         return FrameKind::flagValue;
     return KindOfCommand(byte);
 }
@@ -142,6 +135,11 @@ FrameKind ReadFrame(RecordedExchange& exchange, const FrameKinds& due) {
     return KindOfRemoteFrame(exchange, due);
 }
 
+Sentence WordCount(std::size_t count) {
+    return Fill(count == 1 ? Phrase{"{0} parola", "{0} word"} : Phrase{"{0} parole", "{0} words"},
+                {std::to_string(count)});
+}
+
 }  // namespace
 
 std::string_view NameOf(FrameKind kind) {
@@ -175,6 +173,58 @@ RecordedExchange ReadExchange(const RecordedCycle& cycle, const FrameKinds& due)
                                report.report.begin() + 1 + static_cast<std::ptrdiff_t>(count));
     }
     return exchange;
+}
+
+// "TV, DTT", or a dash.
+std::string SectionsOf(std::uint8_t bits) {
+    std::string names;
+    for (const Section& section : kSections) {
+        if ((bits & section.SectionMask) == 0) continue;
+        names += (names.empty() ? "" : ", ") + std::string(section.name);
+    }
+    return names.empty() ? "–" : names;
+}
+
+std::optional<std::size_t> AnnouncedSection(std::uint8_t flagValue) {
+    for (std::size_t i = 0; i < kSections.size(); ++i) {
+        if (flagValue == kSections.at(i).SectionMask + kAnnounceSection) return i;
+    }
+    return std::nullopt;
+}
+
+Sentence DescribeArguments(const RecordedExchange& exchange) {
+    const auto& sent = exchange.sendBytes;
+    if (sent.empty() && exchange.kind != FrameKind::timing && exchange.kind != FrameKind::unknown) return {};
+    switch (exchange.kind) {
+        case FrameKind::timing:
+            if (const auto& id = exchange.transmitter) return KindFor(id->vendorId).name;
+            return {};
+        case FrameKind::flagValue:
+            if (const auto section = AnnouncedSection(sent[0])) {
+                return Fill({"{0}: annuncia la sezione {1}", "{0}: announces section {1}"},
+                            {std::to_string(sent[0]), kSections.at(*section).name});
+            }
+            return Fill({"{0}: chiude, scritte {1}", "{0}: closes, written {1}"},
+                        {std::to_string(sent[0]), SectionsOf(sent[0])});
+        case FrameKind::activation:
+            return std::to_string(sent[0]);
+        case FrameKind::memoryRange:
+            return Fill({"{1} da {0}", "{1} from {0}"},
+                        {std::to_string(WordOf(sent)), std::to_string(sent[2])});
+        case FrameKind::blockHeader:
+            return Fill({"{1} byte di dati da {0}", "{1} bytes of data from {0}"},
+                        {std::to_string(WordOf(sent)), std::to_string(sent[2])});
+        case FrameKind::blockData:
+            return WordCount(sent.size() / 2);
+        case FrameKind::verifyRange:
+            return Fill(
+                {"da {0}, {1} in tutto", "from {0}, {1} in all"},
+                {std::to_string(WordOf(sent)), std::to_string(WordOf(std::span(sent).subspan(2)) + 1U)});
+        case FrameKind::unknown:
+            return Fill({"{0} byte", "{0} bytes"}, {std::to_string(exchange.frame.size())});
+        default:
+            return {};
+    }
 }
 
 }  // namespace vento::console

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
+#include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -85,5 +87,19 @@ struct RecordedExchange {
 /// Puts the reports of a cycle together. `due` is what the protocol has next, which tells apart what looks
 /// the same; where it has nothing to say the form of the frame does.
 [[nodiscard]] RecordedExchange ReadExchange(const RecordedCycle& cycle, const FrameKinds& due);
+
+/// What the frame carries, for people; empty where there is nothing to say.
+[[nodiscard]] Sentence DescribeArguments(const RecordedExchange& exchange);
+
+/// "TV, DTT", or a dash.
+[[nodiscard]] std::string SectionsOf(std::uint8_t bits);
+
+/// The section that a flag value announces; nothing if it is another.
+[[nodiscard]] std::optional<std::size_t> AnnouncedSection(std::uint8_t flagValue);
+
+/// The word that `bytes` begin with, high byte first.
+[[nodiscard]] inline std::uint16_t WordOf(std::span<const std::uint8_t> bytes) {
+    return static_cast<std::uint16_t>(bytes[0] << 8U | bytes[1]);
+}
 
 }  // namespace vento::console

@@ -230,7 +230,7 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
                                ? nullptr
                                : machine_.desktop.InhibitSleep(kWhyAwake.In(PanelLanguage()));
         RunOperation(operation, programme, KindFor(link.vendorId), context, link,
-                     {Text1, machine_, PanelLanguage()}, ongoing_);
+                     {Text1, machine_, PanelLanguage(), ongoing_});
         link.conversation.reset();
     }
     latestOutcome_ = std::exchange(ongoing_, {});

@@ -79,8 +79,8 @@ SequenceResult DescribeAbsence(const TransmitterSearch& search, platform::HidBac
 }  // namespace
 
 void RunOperation(std::int16_t operation, const Programme& programme, const TransmitterKind& kind,
-                  const OperationContext& context, Link& link, const OperationPanel& panel,
-                  OperationOutcome& outcome) {
+                  const OperationContext& context, Link& link, const OperationPanel& panel) {
+    OperationOutcome& outcome = panel.outcome;
     // Technicians' settings: read each time, though no text or step depends on an entry today.
     static_cast<void>(ReadSettingsSection(panel.machine.files, "message"));
     const bool formIsActive = panel.machine.desktop.ActiveFormName() == kFormName;
@@ -96,13 +96,13 @@ void RunOperation(std::int16_t operation, const Programme& programme, const Tran
     const auto number = static_cast<std::uint8_t>(outcome.code);
     if (number < kFirstCodeWithoutMessage) {
         outcome.message = MessageOf(operation, outcome.code, panel.language);
-        if (formIsActive) panel.outcome.SetText(std::to_string(number));
+        if (formIsActive) panel.text.SetText(std::to_string(number));
         const std::string& readText = outcome.reading.readText;
         if (outcome.code == ResultCode::success && !readText.empty()) {
             outcome.message.clear();
             if (CanBeReadBack(outcome.reading) && formIsActive) {
                 outcome.message = readText;
-                panel.outcome.SetText(readText);
+                panel.text.SetText(readText);
             }
         }
     }

@@ -46,18 +46,18 @@ struct OperationOutcome {
 
 /// What `RunOperation` needs of the panel beside what its sequences do.
 struct OperationPanel {
-    TextBox& outcome;  ///< `Text1`: the code in decimal, or the text read
+    TextBox& text;  ///< `Text1`: the code in decimal, or the text read
     const Machine& machine;
     Language language;
+    OperationOutcome& outcome;  ///< new when it is handed over, filled as the operation goes
 };
 
 /// The one road from the panel to a remote: makes sure of the transmitter, sends the link timing, runs the
-/// sequence and turns its result into words. `outcome`, new when it is handed over, is filled as the
-/// operation goes. The bar is hidden at the end, whatever came of it. The context's yield may throw to end
-/// the program; the operation is then left as it stands. The same holds for what the platform throws.
+/// sequence and turns its result into words. The bar is hidden at the end, whatever came of it. The context's
+/// yield may throw to end the program; the operation is then left as it stands. The same holds for what the
+/// platform throws.
 void RunOperation(std::int16_t operation, const Programme& programme, const TransmitterKind& kind,
-                  const OperationContext& context, Link& link, const OperationPanel& panel,
-                  OperationOutcome& outcome);
+                  const OperationContext& context, Link& link, const OperationPanel& panel);
 
 /// The lines of a section of the settings file, "\\Firmware\\Quarzolab.ini" below the program's folder. No
 /// lines if the file or the section is missing or empty.

@@ -12,12 +12,6 @@ namespace {
 constexpr std::uint8_t kSecondByteOfWord = 52;
 constexpr std::uint16_t kDataLinkFactorScale = 4;  // data frames alone carry the LinkFactor times this
 
-std::uint8_t SumOfInverted(std::span<const std::uint8_t> bytes, std::uint8_t sum = 0) {
-    for (const std::uint8_t byte : bytes)
-        sum = static_cast<std::uint8_t>(sum + 255 - byte);
-    return sum;
-}
-
 // Sends a frame that is answered with a checksum; the result says what is wrong if it is not the expected
 // one. A lost reply reads as the checksum 0, so a missing transmitter is asked for as well.
 SequenceResult SendChecked(Link& link, const Frame& frame, std::uint8_t expected, ResultCode failCode) {
@@ -51,6 +45,12 @@ SequenceResult WriteBlock(Link& link, std::uint16_t offset, std::span<const std:
 }
 
 }  // namespace
+
+std::uint8_t SumOfInverted(std::span<const std::uint8_t> bytes, std::uint8_t sum) {
+    for (const std::uint8_t byte : bytes)
+        sum = static_cast<std::uint8_t>(sum + 255 - byte);
+    return sum;
+}
 
 Transfer TransferCodeList(const OperationContext& context, Link& link, std::uint16_t offset,
                           std::span<const std::uint8_t> bytes) {

@@ -12,6 +12,9 @@
 /// the word's two bytes; the second is always 52. Checksums are the sum of the inverted bytes, modulo 256.
 namespace vento {
 
+/// The checksum of the link: the bytes inverted and added up to `sum`, modulo 256.
+[[nodiscard]] std::uint8_t SumOfInverted(std::span<const std::uint8_t> bytes, std::uint8_t sum = 0);
+
 /// Bytes of a list in one block.
 inline constexpr std::size_t kBlockSize = 32;
 static_assert(2 * kBlockSize <= kMaximumSendBytes, "a block fits the frame that carries its words");

@@ -99,6 +99,10 @@ SequenceResult ReadSectionOffsets(Link& link, SectionOffsets& offsets);
 /// `versionFailed`.
 SequenceResult ReadRemoteVersion(Link& link, RemoteVersion& version);
 
+/// Flag values are masks of sections and one of these.
+inline constexpr std::uint8_t kAnnounceSection = 8;     ///< with the mask of the section that is written next
+inline constexpr std::uint8_t kCloseProgramming = 128;  ///< with the masks of those that were written
+
 /// Stores a flag value; `remoteNotDetected`.
 SequenceResult WriteSectionFlags(Link& link, std::uint8_t value);
 

@@ -8,9 +8,6 @@
 namespace vento {
 namespace {
 
-constexpr std::uint8_t kAnnounceSection = 8;     // added to a section's mask before it is written
-constexpr std::uint8_t kCloseProgramming = 128;  // added to the masks of the sections that were written
-
 // Announces one section, writes it and has it verified. The result of a section whose transfer fails is that
 // of the announcement, which stops nothing by itself.
 SequenceResult WriteSection(const OperationContext& context, Link& link, std::size_t section,
