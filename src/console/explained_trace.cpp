@@ -250,6 +250,7 @@ class Follower {
                 Demand(sent[0], ActivationByte(at_.state), {"valore", "value"});
                 break;
             case Kind::memoryRange:
+                if (at_.purpose == FollowedConversation::Purpose::verify) break;
                 Demand(WordOf(sent), at_.offsets.words.at(std::min(at_.sectionsRead, kSections.size() - 1)),
                        {"posizione", "offset"});
                 break;

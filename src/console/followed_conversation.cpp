@@ -55,6 +55,10 @@ bool FollowedConversation::TakePoll(bool good, std::uint16_t factor) {
     goodPolls = good ? goodPolls + 1 : 0;
     badPolls += good ? 0 : 1;
     if (factor > 0) linkFactor = factor;
+    if (purpose == Purpose::verify) {  // polls once behind a column that was not proved
+        Next({Kind::openVerify, Kind::release});
+        return true;
+    }
     if (goodPolls == kGoodPolls) {
         due = DueAfterWait();
         return true;
@@ -121,9 +125,27 @@ void FollowedConversation::Advance(const RecordedExchange& exchange, bool good) 
         default:
             break;
     }
+    if (purpose == Purpose::verify) return AdvanceVerify(kind, good);
     if (purpose == Purpose::unknown && kind == Kind::prefix && waits == 1) purpose = Purpose::read;
     AdvanceBlocks(exchange, good);
     AdvancePrefixed(kind, good);
+}
+
+// Each column is proved by its checksum and by the head of its section.
+void FollowedConversation::AdvanceVerify(FrameKind kind, bool good) {
+    if (!good) return Next({Kind::presence});
+    switch (kind) {
+        case Kind::openVerify:
+            return Next({Kind::verifyRange});
+        case Kind::verifyRange:
+            return Next({Kind::prefix, Kind::openVerify, Kind::release, Kind::presence});
+        case Kind::prefix:
+            return Next({Kind::openRead});
+        case Kind::openRead:
+            return Next({Kind::memoryRange});
+        default:
+            return Next({Kind::openVerify, Kind::release, Kind::presence});
+    }
 }
 
 // Behind its first release a read goes on, if the remote can be read.
@@ -187,6 +209,10 @@ void FollowedConversation::AdvancePrefixed(FrameKind kind, bool good) {
             return Next(AfterFailedPrefix());
         case Kind::flags:
             if (!good) return Next({});
+            if (purpose == Purpose::program) {  // that would have announced a section
+                purpose = Purpose::verify;
+                return Next({Kind::openVerify, Kind::release});
+            }
             return Next(readingCodes ? FrameKinds{Kind::prefix}
                                      : FrameKinds{Kind::release, Kind::openVerify});
         case Kind::openRead:

@@ -13,7 +13,7 @@ namespace vento::console {
 
 /// One conversation of a trace as far as it was followed: where it stands, and what the protocol has next.
 struct FollowedConversation {
-    enum class Purpose : std::uint8_t { unknown, program, read };
+    enum class Purpose : std::uint8_t { unknown, program, read, verify };
 
     FrameKinds due;         ///< what the protocol has next; nothing once it has no more
     bool followed = false;  ///< false as long as it is not known where the conversation stands
@@ -65,6 +65,7 @@ struct FollowedConversation {
     [[nodiscard]] bool ComesBack() const;
     void AdvanceFlagValue(const RecordedExchange& exchange);
     void AdvanceBlocks(const RecordedExchange& exchange, bool good);
+    void AdvanceVerify(FrameKind kind, bool good);
     void FindSection(std::uint16_t offset);
     void AdvancePrefixed(FrameKind kind, bool good);
     [[nodiscard]] FrameKinds AfterFailedPrefix() const;

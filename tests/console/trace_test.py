@@ -93,6 +93,15 @@ class Explain(TraceTest):
         later = [json.dumps({**json.loads(line), "time": 5, "new": [1]}) + "\r\n" for line in lines]
         self.assertEqual(self.explain(later), known)
 
+    def test_what_verify_and_plan_send_is_of_the_protocol_too(self):
+        path, image = self.file("VENTO-x.qlb", programme(40)), {"image": "image.json"}
+        self.record(0, "program", path, **image)
+        for status, command, cycle, reason in ((0, "verify", 0, None), (0, "plan", 0, None), (18, "verify", 20, "checksum")):
+            faults = [{"cycle": cycle, "kind": "flip", "byte": 1, "mask": 9}] if cycle else []
+            lines, _ = self.record(status, command, path, faults=faults, **image)
+            told = self.explain(lines)
+            self.assertEqual((told["firstDeviation"], told["ending"]), (None, "The operation ends here."), (command, reason))
+
     def test_what_goes_out_against_the_protocol_is_marked_too(self):
         lines, _ = self.record(0, "program", self.file("VENTO-x.qlb", programme(40)))
         steps = [json.loads(line) for line in lines]
