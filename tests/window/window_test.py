@@ -384,7 +384,8 @@ class WindowTest(unittest.TestCase):
         eventually(window.bar, "the bar")
         self.assertIn("lascia nel telecomando una sezione incompleta", window.description("CHIUDI"))
         self.assertIn("un'operazione è in corso", window.description("APRI"))
-        self.assertRegex("".join(window.descriptions("progress bar")), r"^Colonna (TV|DTT|SAT), \d+ %$")
+        eventually(lambda: re.search(r"^Colonna (TV|DTT|SAT), \d+ %$", "".join(window.descriptions("progress bar"))),
+                   "the column that is being written")  # there is a turn before it is announced
         window.await_status(SUCCESS, 60)
         eventually(lambda: f"File aperto: {shown}" in window.description("APRI"), "the open file")
         if WINDOWS:
