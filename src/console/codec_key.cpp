@@ -38,10 +38,11 @@ codec::KeyArray KeyOf(const json& document) {
     codec::KeyArray key;
     for (const json& row : document) {
         const std::string place = std::to_string(key.size() + 1);
-        if (!row.is_array() || row.size() != 2)
+        if (!row.is_array() || row.size() != 2) {
             throw ContentError(Fill(
                 {"riga {0}: prevista una lista di due numeri", "row {0}: expected a list of two numbers"},
                 {place}));
+        }
         key.push_back({Element(row[0], place), Element(row[1], place)});
     }
     return key;

@@ -182,9 +182,10 @@ std::string FishOptions(std::span<const OptionEntry> options, const std::string&
 std::string Fish(Language language) {
     const std::string first = " -n __fish_use_subcommand";
     std::string text = "complete -c ventoctl" + first + " -f\n";
-    for (const CommandEntry* command : kCommands)
+    for (const CommandEntry* command : kCommands) {
         text += "complete -c ventoctl" + first + " -a " + std::string(command->name) + " -d " +
                 Quoted(command->summary.In(language), "\\") + "\n";
+    }
     text += FishOptions(CommonOptions(), "", language);
     for (const CommandEntry* command : kCommands) {
         const std::string own = " -n '__fish_seen_subcommand_from " + std::string(command->name) + "'";

@@ -108,7 +108,7 @@ std::optional<LoadProblem> FillViews(const std::string& text, const ProgrammeCon
 }  // namespace
 
 Sentence DescribeLoadProblem(const LoadProblem& problem) {
-    const Sentence reason = DescribeLoadReason(problem);
+    Sentence reason = DescribeLoadReason(problem);
     if (problem.line == 0) return reason;
     return Fill({"Riga {0}, campo {1}: {2}", "Line {0}, field {1}: {2}"},
                 {std::to_string(problem.line), std::to_string(problem.field + 1), reason});

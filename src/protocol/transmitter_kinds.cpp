@@ -13,19 +13,21 @@ bool SendUnanswered(Link& link, std::span<const std::uint8_t> frame) {
     return ExchangeReports(link, frame, {}).transmitterFound;
 }
 
-auto FindKind(std::int32_t vendorId) {
-    return std::ranges::find(kTransmitterKinds, vendorId, &TransmitterKind::vendorId);
+// Null for an id that no kind has.
+const TransmitterKind* FindKind(std::int32_t vendorId) {
+    const auto* const found = std::ranges::find(kTransmitterKinds, vendorId, &TransmitterKind::vendorId);
+    return found != kTransmitterKinds.end() ? found : nullptr;
 }
 
 }  // namespace
 
 bool IsTransmitter(platform::HidIdentity identity) {
-    return FindKind(identity.vendorId) != kTransmitterKinds.end();
+    return FindKind(identity.vendorId) != nullptr;
 }
 
 const TransmitterKind& KindFor(std::int32_t vendorId) {
-    const auto found = FindKind(vendorId);
-    return found != kTransmitterKinds.end() ? *found : kTransmitterKinds.back();
+    const TransmitterKind* const found = FindKind(vendorId);
+    return found != nullptr ? *found : kTransmitterKinds.back();
 }
 
 std::int16_t PercentOf(std::int16_t value, std::int16_t percent) {

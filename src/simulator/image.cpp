@@ -28,9 +28,10 @@ std::uint16_t ReadOffset(const std::string& key, const JsonNode& node) {
     const char* const end = key.data() + key.size();
     const auto [stop, error] = std::from_chars(key.data(), end, offset);
     const bool isPlain = error == std::errc() && stop == end && std::to_string(offset) == key;
-    if (!isPlain)
+    if (!isPlain) {
         node.Refuse(Phrase{"come chiave un offset decimale da 0 a 65535",
                            "a decimal offset from 0 to 65535 as the key"});
+    }
     return offset;
 }
 
@@ -107,9 +108,10 @@ WordRuns ReadWordRuns(const JsonNode& node, WordForm form) {
         run.reserve(count);
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t place = (offset + i) % Remote::kMemoryWords;
-            if (taken[place])
+            if (taken[place]) {
                 list.Item(i).Refuse(
                     Phrase{"una parola che nessun'altra lista contiene", "a word that no other list holds"});
+            }
             taken[place] = true;
             run.push_back(ReadWord(list.Item(i), form));
         }
