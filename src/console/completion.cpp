@@ -114,18 +114,18 @@ std::string ZshOption(const OptionEntry& option, Language language) {
     const std::string summary = "[" + option.summary.In(language) + "]";
     constexpr std::string_view kSpecial = ":";
     const std::string action = option.choices.empty() ? ":_files" : ":(" + std::string(option.choices) + ")";
-    std::string spec = "--" + std::string(option.name);
+    std::string argument = "--" + std::string(option.name);
     if (option.value == Value::required) {
-        return Quoted(spec + "=") + Quoted(summary, kSpecial) + "':" + option.valueName.In(language) +
+        return Quoted(argument + "=") + Quoted(summary, kSpecial) + "':" + option.valueName.In(language) +
                action + "'";
     }
     if (option.value == Value::behindEquals) {
-        return Quoted(spec + "=-") + Quoted(summary, kSpecial) + "'::" + option.valueName.In(language) +
+        return Quoted(argument + "=-") + Quoted(summary, kSpecial) + "'::" + option.valueName.In(language) +
                action + "'";
     }
-    if (option.letter == '\0') return Quoted(spec) + Quoted(summary, kSpecial);
+    if (option.letter == '\0') return Quoted(argument) + Quoted(summary, kSpecial);
     const std::string letter = std::string{'-', option.letter};
-    return "'(" + letter + " " + spec + ")'{" + letter + "," + spec + "}" + Quoted(summary, kSpecial);
+    return "'(" + letter + " " + argument + ")'{" + letter + "," + argument + "}" + Quoted(summary, kSpecial);
 }
 
 std::string ZshOptions(std::span<const OptionEntry> options, Language language) {
