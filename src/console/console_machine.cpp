@@ -58,12 +58,12 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
     }
 }
 
-std::optional<Trace> MakeTrace(const Options& options, platform::Clock& clock) {
+std::optional<TraceFile> MakeTrace(const Options& options, platform::Clock& clock) {
     if (!options.trace) return std::nullopt;
     for (const std::string& argument : options.arguments)
         RequireOther(*options.trace, PathFromUtf8(argument));
     if (options.simulate) RequireOther(*options.trace, PathFromUtf8(*options.simulate));
-    return std::optional<Trace>(std::in_place, *options.trace, clock);
+    return std::optional<TraceFile>(std::in_place, *options.trace, clock);
 }
 
 }  // namespace
@@ -95,7 +95,8 @@ ConsoleMachine::ConsoleMachine(const Console& console)
       native_(recorded_ || simulated_ ? nullptr : platform::MakeNativeHidHost()),
       trace_(MakeTrace(console.options, *clock_)),
       chosen_(Host(), console.options.transmitter),
-      hid_(chosen_, console.terminal, trace_ ? &*trace_ : nullptr),
+      hid_(chosen_, trace_ ? &trace_->Lines() : nullptr,
+           [&terminal = console.terminal] { EndIfDemanded(terminal); }),
       desktop_(console.terminal, console.notices, console.language) {}
 
 platform::HidHost& ConsoleMachine::Host() {

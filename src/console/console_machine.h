@@ -11,8 +11,7 @@
 #include "console/commands.h"
 #include "console/notices.h"
 #include "console/recorded_host.h"
-#include "console/trace.h"
-#include "console/traced_hid_host.h"
+#include "console/trace_file.h"
 #include "panel/run_operation.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
@@ -20,6 +19,7 @@
 #include "platform/native.h"
 #include "platform/terminal.h"
 #include "simulator/simulated_hid_host.h"
+#include "trace/traced_hid_host.h"
 
 namespace vento::console {
 
@@ -95,7 +95,7 @@ class ConsoleMachine {
     std::unique_ptr<RecordedHidHost> recorded_;               ///< this,
     std::unique_ptr<simulator::SimulatedHidHost> simulated_;  ///< this or
     std::unique_ptr<platform::HidHost> native_;               ///< this
-    std::optional<Trace> trace_;
+    std::optional<TraceFile> trace_;
     ChosenHidHost chosen_;
     TracedHidHost hid_;
     ConsoleDesktop desktop_;

@@ -1,24 +1,13 @@
-#include "console/trace.h"
+#include "trace/trace.h"
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <span>
-#include <system_error>
+#include <utility>
 
-#include "console/failure.h"
-#include "platform/file_error.h"
-#include "text/encoding.h"
-
-namespace vento::console {
+namespace vento {
 namespace {
-
-Sentence Describe(const std::string& path) {
-    return Fill({"La traccia {0} non può essere scritta: {1}.", "The trace {0} can't be written: {1}."},
-                {path, platform::SystemReason({errno, std::generic_category()})});
-}
 
 // Byte 0 is the report id and always 0, whatever a read has left there.
 std::string Hex(const platform::Report& report) {
@@ -45,11 +34,8 @@ std::string FailureOf(const platform::ReportTransfer& transfer) {
 
 }  // namespace
 
-Trace::Trace(const std::string& path, platform::Clock& clock) : path_(path), clock_(clock) {
-    errno = 0;
-    stream_.open(PathFromUtf8(path), std::ios::binary | std::ios::trunc);
-    if (!stream_) throw Failure(kFailedOutput, Describe(path));
-}
+Trace::Trace(std::function<void(std::string_view line)> write, platform::Clock& clock)
+    : write_(std::move(write)), clock_(clock) {}
 
 std::string Trace::SecondsSinceFirst() {
     const auto now = clock_.Now();
@@ -63,12 +49,8 @@ std::string Trace::SecondsSinceFirst() {
 }
 
 void Trace::Line(std::uint64_t cycle, const std::string& rest) {
-    if (problem_) return;
-    errno = 0;
-    stream_ << R"({"cycle":)" + std::to_string(cycle) + R"(,"seconds":)" + SecondsSinceFirst() + "," + rest +
-                   "}\n"
-            << std::flush;
-    if (!stream_) problem_ = Describe(path_);
+    write_(R"({"cycle":)" + std::to_string(cycle) + R"(,"seconds":)" + SecondsSinceFirst() + "," + rest +
+           "}\n");
 }
 
 void Trace::Search(std::uint64_t cycle, const std::optional<platform::HidIdentity>& found) {
@@ -93,4 +75,4 @@ void Trace::Close(std::uint64_t cycle) {
     Line(cycle, R"("event":"close")");
 }
 
-}  // namespace vento::console
+}  // namespace vento

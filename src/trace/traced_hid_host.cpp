@@ -1,8 +1,6 @@
-#include "console/traced_hid_host.h"
+#include "trace/traced_hid_host.h"
 
-#include "console/failure.h"
-
-namespace vento::console {
+namespace vento {
 
 using platform::ForwardingHidHost;
 using platform::HidHandle;
@@ -11,8 +9,12 @@ using platform::OpenOutcome;
 using platform::Report;
 using platform::ReportTransfer;
 
+void TracedHidHost::Before() const {
+    if (before_) before_();
+}
+
 void TracedHidHost::Search(const std::function<bool(std::string_view path)>& visit) {
-    EndIfDemanded(terminal_);
+    Before();
     ++cycle_;
     found_ = false;
     ForwardingHidHost::Search(visit);
@@ -30,20 +32,20 @@ OpenAnswer TracedHidHost::Open(std::string_view path, platform::Wanted wanted) {
 }
 
 ReportTransfer TracedHidHost::Write(HidHandle device, const Report& report) {
-    EndIfDemanded(terminal_);
+    Before();
     const ReportTransfer transfer = ForwardingHidHost::Write(device, report);
     if (trace_ != nullptr) trace_->Write(cycle_, transfer, report);
     return transfer;
 }
 
 ReportTransfer TracedHidHost::Read(HidHandle device, Report& report) {
-    EndIfDemanded(terminal_);
+    Before();
     const ReportTransfer transfer = ForwardingHidHost::Read(device, report);
     if (trace_ != nullptr) trace_->Read(cycle_, transfer, report);
     return transfer;
 }
 
-// Runs in destructors, on the way out of a demanded end too.
+// Runs in destructors, on the way out of what `before` has thrown too.
 void TracedHidHost::Close(HidHandle device) {
     ForwardingHidHost::Close(device);
     if (traced_ != device) return;
@@ -51,4 +53,4 @@ void TracedHidHost::Close(HidHandle device) {
     if (trace_ != nullptr) trace_->Close(cycle_);
 }
 
-}  // namespace vento::console
+}  // namespace vento
