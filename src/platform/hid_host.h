@@ -111,8 +111,8 @@ class HidHost {
     /// How long the reports of an open device are; nothing where that can't be told.
     [[nodiscard]] virtual std::optional<ReportLengths> Lengths(HidHandle /*device*/) { return std::nullopt; }
 
-    /// Looks whether an interface with a `wanted` identity is there, without opening any and without anything
-    /// that a search or an open would notice. Of several, one that is ready counts, else the first.
+    /// Looks whether an interface with a `wanted` identity is there. Nothing is sent, and no device is opened
+    /// where the system tells without. Of several, one that is ready counts, else the first.
     [[nodiscard]] virtual Presence Detect(Wanted /*wanted*/) { return Presence::unknown; }
 
     /// Sends one report, in 1 second at the most. One that is given up may still reach the device.

@@ -10,7 +10,6 @@
 #include <string>
 
 #include "desktop/session.h"
-#include "desktop/win32/detecting_hid_host.h"
 #include "desktop/win32/form_window.h"
 #include "desktop/win32/win32_desktop.h"
 #include "panel/form_web.h"
@@ -56,9 +55,7 @@ FormPlace WholeForm() {
 }
 
 void RunForm(Session& session, win32::Win32Desktop& desktop, const std::string& commandLine) {
-    const Machine machine = session.MachineWith(desktop);
-    win32::DetectingHidHost hid(machine.hid);
-    FormWeb form({hid, machine.desktop, machine.files, machine.clock, machine.backEnd});
+    FormWeb form(session.MachineWith(desktop));
     form.Place = WholeForm();
     form.Form_Load(commandLine);
     win32::FormWindow window(form, desktop, platform::Wide(session.Title(form.PanelLanguage())));

@@ -59,6 +59,23 @@ std::optional<std::uint16_t> NumberBehind(std::string_view key, std::string path
     return read.ec == std::errc{} && isWhole ? std::optional(value) : std::nullopt;
 }
 
+Presence PresenceFor(OpenOutcome outcome) {
+    switch (outcome) {
+        case OpenOutcome::opened:
+            return Presence::ready;
+        case OpenOutcome::forbidden:
+            return Presence::forbidden;
+        case OpenOutcome::busy:
+        case OpenOutcome::held:
+            return Presence::inUse;
+        case OpenOutcome::foreign:
+        case OpenOutcome::noBandwidth:
+        case OpenOutcome::failed:
+            break;
+    }
+    return Presence::absent;
+}
+
 }  // namespace
 
 std::shared_ptr<Conversation> WindowsHidHost::Converse() {
@@ -84,6 +101,20 @@ void WindowsHidHost::Search(const std::function<bool(std::string_view path)>& vi
          ++index) {
         if (!visit(PathOf(present.get(), interfaceData))) return;
     }
+}
+
+Presence WindowsHidHost::Detect(Wanted wanted) {
+    Presence found = Presence::absent;
+    Search([&](std::string_view path) {
+        const std::optional<HidIdentity> identity = IdentityInPath(path);
+        if (!identity || !wanted(*identity)) return true;
+        const OpenAnswer answer = Open(path, wanted);
+        if (answer.outcome == OpenOutcome::opened) Close(answer.handle);
+        const Presence one = PresenceFor(answer.outcome);
+        if (found == Presence::absent || one == Presence::ready) found = one;
+        return found != Presence::ready;
+    });
+    return found;
 }
 
 OpenAnswer WindowsHidHost::Open(std::string_view path, Wanted wanted) {

@@ -21,6 +21,9 @@ class WindowsHidHost final : public HidHost {
 
     [[nodiscard]] std::shared_ptr<Conversation> Converse() override;
     void Search(const std::function<bool(std::string_view path)>& visit) override;
+    /// Opens a wanted device for a moment, which is the only way to know on Windows whether that would work.
+    /// Nothing is sent, and foreign interfaces stay closed.
+    [[nodiscard]] Presence Detect(Wanted wanted) override;
     [[nodiscard]] OpenAnswer Open(std::string_view path, Wanted wanted) override;
     [[nodiscard]] std::optional<ReportLengths> Lengths(HidHandle device) override;
     ReportTransfer Write(HidHandle device, const Report& report) override;
