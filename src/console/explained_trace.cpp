@@ -181,9 +181,10 @@ class Follower {
         const std::uint8_t value = reply.size() > 2 ? reply[2] : 0;
         switch (Step().exchange.kind) {
             case Kind::version:
-                at_.build = value & 15U;
+                at_.version = RemoteVersion::FromByte(value);
                 return Answer(Fill({"{0}.{1}, build {2}", "{0}.{1}, build {2}"},
-                                   {Text(value >> 6U), Text((value >> 4U) & 3U), Text(at_.build)}));
+                                   {Text(at_.version.VersionMajor), Text(at_.version.VersionMinor),
+                                    Text(at_.version.VersionBuild)}));
             case Kind::sectionCount:
                 at_.offsets.count = std::min<std::size_t>(value, kSections.size());
                 if (value == 0 || value > kSections.size()) {

@@ -13,7 +13,6 @@ using Kind = FrameKind;
 constexpr std::size_t kLooks = 2;  // of an operation for a transmitter, before its first frame
 constexpr std::size_t kGoodPolls = 10;
 constexpr std::size_t kMostBadPolls = 20000;  // divided by the LinkFactor
-constexpr std::uint8_t kFirstBuildReadBack = 1;
 
 // What stands for a frame whose search found nothing, where several are due: the one that comes first.
 constexpr std::array kLikeliestFirst{
@@ -150,7 +149,7 @@ void FollowedConversation::AdvanceVerify(FrameKind kind, bool good) {
 
 // Behind its first release a read goes on, if the remote can be read.
 bool FollowedConversation::ComesBack() const {
-    return purpose == Purpose::read && !readingCodes && build >= kFirstBuildReadBack;
+    return purpose == Purpose::read && !readingCodes && version.CanBeReadBack();
 }
 
 void FollowedConversation::AdvanceFlagValue(const RecordedExchange& exchange) {

@@ -25,7 +25,7 @@ struct FollowedConversation {
     std::size_t waits = 0;
     std::size_t looks = 0;  ///< for a transmitter, before the first frame
     bool joined = false;    ///< the trace begins in the latest wait
-    std::uint8_t build = 0;
+    RemoteVersion version;
     SectionOffsets offsets;
     std::size_t sectionsRead = 0;
     bool readingCodes = false;

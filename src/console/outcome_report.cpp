@@ -21,8 +21,7 @@ ordered_json OrNull(const std::optional<Value>& value) {
 // "TV (list B, 328 bytes from word 256): written and verified"
 Sentence DescribeLine(const ProgrammingOutcome& outcome, std::size_t column, const Sentence& fate) {
     const ColumnOutcome& each = outcome.columns.at(column);
-    if (!each.selected || !each.offset || !outcome.list)
-        return Fill({"{0}: {1}", "{0}: {1}"}, {NameOf(column), fate});
+    if (!each.HasPlace() || !outcome.list) return Fill({"{0}: {1}", "{0}: {1}"}, {NameOf(column), fate});
     return Fill(
         {"{0} (lista {1}, {2} byte dalla parola {3}): {4}", "{0} (list {1}, {2} bytes from word {3}): {4}"},
         {NameOf(column), std::string(1, *outcome.list), std::to_string(each.bytes),
@@ -35,11 +34,6 @@ ordered_json VersionFields(const std::optional<RemoteVersion>& version) {
     if (!version) return nullptr;
     return {
         {"major", version->VersionMajor}, {"minor", version->VersionMinor}, {"build", version->VersionBuild}};
-}
-
-std::string VersionText(const RemoteVersion& version) {
-    return std::to_string(version.VersionMajor) + "." + std::to_string(version.VersionMinor) + "." +
-           std::to_string(version.VersionBuild);
 }
 
 ordered_json OutcomeFields(const ProgrammingOutcome& outcome, std::size_t column, Language language) {
@@ -88,7 +82,7 @@ Sentence ExplainEmptyReading(const RemoteReading& reading) {
             "The remote did not acknowledge the end of the conversation, and what it holds is not known. "
             "Keep it still in front of the transmitter and read it again."};
     }
-    if (reading.version->VersionBuild == 0) {
+    if (!reading.version->CanBeReadBack()) {
         return Fill(
             {"Questo telecomando, di versione {0}, non si può rileggere: può solo essere programmato.",
              "This remote, of version {0}, can't be read back: it can only be programmed."},

@@ -14,9 +14,6 @@ namespace vento::console {
 /// Null where there is none.
 [[nodiscard]] nlohmann::ordered_json VersionFields(const std::optional<RemoteVersion>& version);
 
-/// "3.0.4"
-[[nodiscard]] std::string VersionText(const RemoteVersion& version);
-
 /// One column of a programming run.
 [[nodiscard]] nlohmann::ordered_json OutcomeFields(const ProgrammingOutcome& outcome, std::size_t column,
                                                    Language language);

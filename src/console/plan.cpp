@@ -22,7 +22,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-constexpr std::size_t kWordsOfMemory = 65536;
 constexpr std::size_t kFramesOfBlock = 3;    // opened, header, data
 constexpr std::size_t kFramesOfSection = 4;  // announced by two, verified by two
 constexpr std::size_t kFramesOfEnd = 5;      // closing flags by two, activation by three
@@ -102,14 +101,10 @@ std::size_t RoomAt(std::uint16_t offset, const SectionOffsets& offsets) {
     return end - offset;
 }
 
-bool WouldBeWritten(const ColumnOutcome& column) {
-    return column.selected && column.offset.has_value();
-}
-
 PlannedColumn PlanOf(const ColumnOutcome& column, const SectionOffsets& offsets) {
     PlannedColumn plan;
     if (column.offset) plan.room = RoomAt(*column.offset, offsets);
-    if (!WouldBeWritten(column)) return plan;
+    if (!column.HasPlace()) return plan;
     plan.blocks = (column.bytes + kBlockSize - 1) / kBlockSize;
     plan.frames = kFramesOfSection + kFramesOfBlock * plan.blocks;
     return plan;
@@ -132,7 +127,7 @@ SequenceResult MakePlan(const Programme& programme, const RemoteVersion& version
         const ColumnOutcome& column = run.outcome.columns.at(c);
         run.columns.at(c) = PlanOf(column, run.offsets);
         run.frames += run.columns.at(c).frames;
-        if (!WouldBeWritten(column)) continue;
+        if (!column.HasPlace()) continue;
         run.bytes += column.bytes;
         if (!placed.Failed()) NoteOverwritten(run.outcome.columns, c, column.bytes);
     }

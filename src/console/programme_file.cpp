@@ -17,7 +17,6 @@ namespace {
 using nlohmann::ordered_json;
 using storage::JsonNode;
 
-constexpr std::size_t kMostBytes = 65536;  // of a list: the words of a remote
 constexpr std::array<std::string_view, 4> kColumnKeys{"column", "label", "listA", "listB"};
 
 std::string JoinedBytes(const std::vector<std::uint8_t>& bytes) {
@@ -49,7 +48,7 @@ std::string FieldText(const JsonNode& node) {
 std::string ListText(const JsonNode& node) {
     if (!node.IsList()) return FieldText(node);
     std::vector<std::uint8_t> bytes;
-    const std::size_t count = node.Count(kMostBytes, {"numeri", "numbers"});
+    const std::size_t count = node.Count(kWordsOfMemory, {"numeri", "numbers"});
     for (std::size_t i = 0; i < count; ++i)
         bytes.push_back(node.Item(i).Byte());
     return JoinedBytes(bytes);

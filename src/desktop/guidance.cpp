@@ -16,8 +16,7 @@ constexpr Phrase kCancelHint{"Esc: annulla", "Esc: cancel"};
 constexpr Phrase kDetailsHint{"F1: dettagli", "F1: details"};
 constexpr Phrase kNothingWritten{"Nel telecomando non è stato scritto nulla.",
                                  "Nothing was written to the remote."};
-constexpr Phrase kRemote{"Telecomando: versione {0}.{1}.{2}, lista {3}",
-                         "Remote: version {0}.{1}.{2}, list {3}"};
+constexpr Phrase kRemote{"Telecomando: versione {0}, lista {1}", "Remote: version {0}, list {1}"};
 constexpr Phrase kColumnInWork{"Colonna {0}, {1} %", "Column {0}, {1} %"};
 constexpr Phrase kNotNow{"Ora no: un'operazione è in corso", "Not now: an operation is running"};
 constexpr Phrase kOpenFile{"File aperto: {0}", "Open file: {0}"};
@@ -126,10 +125,7 @@ std::string DetailsOf(const FormWeb& form) {
     const ProgrammingOutcome& run = outcome.programming;
     std::vector<Sentence> lines{outcome.diagnostic};
     if (run.version && run.list) {
-        const RemoteVersion& version = *run.version;
-        lines.push_back(
-            Fill(kRemote, {std::to_string(version.VersionMajor), std::to_string(version.VersionMinor),
-                           std::to_string(version.VersionBuild), std::string(1, *run.list)}));
+        lines.push_back(Fill(kRemote, {VersionText(*run.version), std::string(1, *run.list)}));
     }
     const bool isProgramming = run.version || std::ranges::any_of(run.columns, &ColumnOutcome::selected);
     if (isProgramming && !run.writing) lines.emplace_back(kNothingWritten);

@@ -14,7 +14,7 @@ constexpr std::uint8_t kFirstCodeWithoutMessage = 100;
 constexpr std::string_view kFormName = "FormWeb";
 
 bool CanBeReadBack(const RemoteReading& reading) {
-    return reading.version && reading.version->VersionBuild >= 1;
+    return reading.version && reading.version->CanBeReadBack();
 }
 
 SequenceResult Read(const OperationContext& context, Link& link, RemoteReading& reading) {

@@ -23,6 +23,11 @@ SequenceResult Conclude(bool worked, ResultCode failCode, const Phrase& failure,
 
 }  // namespace
 
+std::string VersionText(const RemoteVersion& version) {
+    return std::to_string(version.VersionMajor) + "." + std::to_string(version.VersionMinor) + "." +
+           std::to_string(version.VersionBuild);
+}
+
 bool IsGoodReply(const Reply& reply, std::uint8_t commandByte) {
     return reply[0] == 0 && reply[1] == commandByte;
 }
@@ -118,10 +123,7 @@ SequenceResult ReadSectionOffsets(Link& link, SectionOffsets& offsets) {
 SequenceResult ReadRemoteVersion(Link& link, RemoteVersion& version) {
     Reply reply{};
     const bool worked = Command(link, reply, command::kVersion, 2);
-    if (worked) {
-        version = {static_cast<std::uint8_t>(reply[2] >> 6), static_cast<std::uint8_t>((reply[2] >> 4) & 3),
-                   static_cast<std::uint8_t>(reply[2] & 15)};
-    }
+    if (worked) version = RemoteVersion::FromByte(reply[2]);
     return Conclude(
         worked, ResultCode::versionFailed,
         {"Impossibile leggere la versione del telecomando", "The remote's version could not be read"}, link,

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "programme/programme_record.h"
@@ -37,8 +38,21 @@ struct SectionOffsets {
 struct RemoteVersion {
     std::uint8_t VersionMajor = 0;
     std::uint8_t VersionMinor = 0;
-    std::uint8_t VersionBuild = 0;  ///< the one that matters: 0 can't be read back, below 3 takes lists A
+    std::uint8_t VersionBuild = 0;  ///< the one that matters
+
+    [[nodiscard]] static constexpr RemoteVersion FromByte(std::uint8_t byte) {
+        return {static_cast<std::uint8_t>(byte >> 6), static_cast<std::uint8_t>((byte >> 4) & 3),
+                static_cast<std::uint8_t>(byte & 15)};
+    }
+    [[nodiscard]] constexpr bool CanBeReadBack() const { return VersionBuild >= 1; }
+    [[nodiscard]] constexpr bool TakesListB() const { return VersionBuild >= 3; }
 };
+
+/// "3.0.4"
+[[nodiscard]] std::string VersionText(const RemoteVersion& version);
+
+/// Words that a remote's memory has.
+inline constexpr std::size_t kWordsOfMemory = 65536;
 
 /// What comes back for a frame: the transmitter's status (0 is good), then the remote's bytes. A write or
 /// read that failed leaves zeros.

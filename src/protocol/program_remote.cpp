@@ -49,7 +49,7 @@ SequenceResult WriteSections(const OperationContext& context, Link& link, const 
     SequenceResult status;
     for (std::size_t i = 0; i < kSections.size(); ++i) {
         const ColumnOutcome& column = outcome.columns[i];
-        if (!column.selected || !column.offset) continue;
+        if (!column.HasPlace()) continue;
         status = WriteSection(context, link, i, *codeSet[i], outcome);
         if (column.verified) writtenMask = static_cast<std::uint8_t>(writtenMask + kSections[i].SectionMask);
         if (column.written && status.Failed()) break;

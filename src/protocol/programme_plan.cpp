@@ -4,17 +4,10 @@
 #include <string>
 
 namespace vento {
-namespace {
-
-constexpr std::uint8_t kFirstBuildWithListB = 3;
-constexpr std::size_t kWordsOfMemory = 65536;
-
-}  // namespace
-
 std::optional<std::size_t> ProgrammingOutcome::ColumnInWork() const {
     if (!writing) return std::nullopt;
     const auto* const found = std::ranges::find_if(columns, [](const ColumnOutcome& column) {
-        return column.selected && column.offset && !column.verified && column.problem.Empty();
+        return column.HasPlace() && !column.verified && column.problem.Empty();
     });
     if (found == columns.end()) return std::nullopt;
     return static_cast<std::size_t>(found - columns.begin());
@@ -56,7 +49,7 @@ SequenceResult ProgrammePlan::CheckLists() const {
 }
 
 SequenceResult ProgrammePlan::ChooseLists(const RemoteVersion& version) {
-    chosen_ = version.VersionBuild < kFirstBuildWithListB ? 0 : 1;
+    chosen_ = version.TakesListB() ? 1 : 0;
     outcome_.version = version;
     outcome_.list = chosen_ == 0 ? 'A' : 'B';
     if (results_.at(chosen_).Failed()) return results_.at(chosen_);
@@ -84,7 +77,7 @@ SequenceResult ProgrammePlan::PlaceColumns(const SectionOffsets& offsets) {
     }
     for (std::size_t c = 0; c < kColumns; ++c) {
         const ColumnOutcome& column = outcome_.columns[c];
-        if (!column.selected || !column.offset) continue;
+        if (!column.HasPlace()) continue;
         if (*column.offset + column.bytes > kWordsOfMemory) {
             return {ResultCode::unusableData,
                     Fill({"La memoria del telecomando non basta per i {1} valori della colonna {0}.",

@@ -24,6 +24,9 @@ struct ColumnOutcome {
     std::optional<std::size_t> overwrittenBy;
     Sentence problem;  ///< why it is not verified; empty if it is, and where it was not selected
 
+    /// A run would write it, and a verification looks at it.
+    [[nodiscard]] bool HasPlace() const { return selected && offset.has_value(); }
+
     /// Something that the operator has to know: the remote does not hold what the programme has, or not what
     /// it had before.
     [[nodiscard]] bool Lost() const { return (selected && !verified) || overwrittenBy.has_value(); }

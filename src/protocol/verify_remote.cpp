@@ -31,7 +31,7 @@ Sentence CompareHead(Link& link, std::uint16_t offset, std::span<const std::uint
 
 void VerifyColumn(Link& link, std::size_t column, const CodeSet& codes, std::uint8_t flags,
                   bool canBeReadBack, ColumnOutcome& outcome) {
-    if (!outcome.selected || !outcome.offset) return;
+    if (!outcome.HasPlace()) return;
     if ((flags & kSections.at(column).SectionMask) != 0) {
         outcome.problem = Phrase{"il telecomando segna questa sezione come libera.",
                                  "the remote marks this section as free."};
@@ -78,7 +78,7 @@ SequenceResult VerifyRemote(const OperationContext& context, Link& link, const P
     std::uint8_t flags = 0;
     if (SequenceResult read = ReadSectionFlags(link, flags); read.Failed()) return read;
     for (std::size_t c = 0; c < kColumns; ++c)
-        VerifyColumn(link, c, plan.Codes(), flags, version.VersionBuild >= 1, outcome.columns.at(c));
+        VerifyColumn(link, c, plan.Codes(), flags, version.CanBeReadBack(), outcome.columns.at(c));
     SequenceResult released = ReleaseRemote(link);
     SequenceResult result = Conclude(outcome);
     return result.Failed() ? result : released;
