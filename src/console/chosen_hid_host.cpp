@@ -1,34 +1,21 @@
 #include "console/chosen_hid_host.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <system_error>
-
+#include "console/input.h"
 #include "text/encoding.h"
 
 namespace vento::console {
 namespace {
 
-// Windows does not tell the case of letters in a path apart, and gives them now in one, now in the other.
-bool SameLetters(std::string_view a, std::string_view b) {
-    const auto lower = [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    };
-    return std::ranges::equal(a, b, {}, lower, lower);
-}
-
 // Links to a device node, as udev makes them, are names of it too.
 bool SameNode(std::string_view a, std::string_view b) {
-    std::error_code noSuchFile;
-    return a.starts_with('/') && b.starts_with('/') &&
-           std::filesystem::equivalent(PathFromUtf8(std::string(a)), PathFromUtf8(std::string(b)),
-                                       noSuchFile);
+    return a.starts_with('/') && b.starts_with('/') && SameFile(a, b);
 }
 
 }  // namespace
 
 bool ChosenHidHost::IsChosen(std::string_view path) const {
-    return !chosen_ || SameLetters(path, *chosen_) || SameNode(path, *chosen_);
+    // Windows does not tell the case of letters in a path apart, and gives them now in one, now in the other.
+    return !chosen_ || SameButForCase(path, *chosen_) || SameNode(path, *chosen_);
 }
 
 void ChosenHidHost::Search(const std::function<bool(std::string_view path)>& visit) {

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "console/failure.h"
+#include "console/input.h"
 #include "platform/native.h"
 #include "simulator/image.h"
 #include "simulator/scenario.h"
@@ -21,12 +22,10 @@ simulator::Scenario ScenarioFor(const std::string& path) {
 }
 
 // A slip of the hand must not cost the file that is to be read.
-void RequireOther(const std::string& trace, const std::filesystem::path& input) {
-    std::error_code noSuchFile;
-    if (std::filesystem::equivalent(PathFromUtf8(trace), input, noSuchFile)) {
+void RequireOther(const std::string& trace, std::string_view input) {
+    if (SameFile(trace, input)) {
         throw Failure(kWrongUsage,
-                      Fill({"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."},
-                           {Utf8FromPath(input)}));
+                      Fill({"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."}, {input}));
     }
 }
 
@@ -49,7 +48,7 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
     if (!options.simulate) return nullptr;
     try {
         const simulator::Scenario scenario = ScenarioFor(*options.simulate);
-        if (options.trace) RequireOther(*options.trace, scenario.image);
+        if (options.trace) RequireOther(*options.trace, Utf8FromPath(scenario.image));
         return std::make_unique<simulator::SimulatedHidHost>(scenario, clock);
     } catch (const storage::ContentError& error) {
         throw Failure(kUnusableInput, About(*options.simulate, error));
@@ -61,8 +60,8 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
 std::optional<TraceFile> MakeTrace(const Options& options, platform::Clock& clock) {
     if (!options.trace) return std::nullopt;
     for (const std::string& argument : options.arguments)
-        RequireOther(*options.trace, PathFromUtf8(argument));
-    if (options.simulate) RequireOther(*options.trace, PathFromUtf8(*options.simulate));
+        RequireOther(*options.trace, argument);
+    if (options.simulate) RequireOther(*options.trace, *options.simulate);
     return std::optional<TraceFile>(std::in_place, *options.trace, clock);
 }
 

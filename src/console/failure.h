@@ -35,7 +35,7 @@ class Failure : public ReasonedError {
 
 /// What went wrong with the file, or the like, of this name.
 [[nodiscard]] inline Sentence About(const std::string& name, const std::exception& error) {
-    return Fill({"{0}: {1}", "{0}: {1}"}, {name, ReasonOf(error)});
+    return Labelled(name, ReasonOf(error));
 }
 
 /// The program is to end at once, with this status and without results.

@@ -1,9 +1,12 @@
 #include "console/input.h"
 
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "console/failure.h"
 #include "platform/native.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
@@ -11,6 +14,11 @@ namespace {
 constexpr std::size_t kLargestInput = std::size_t{1} << 30U;
 
 }  // namespace
+
+bool SameFile(std::string_view one, std::string_view other) {
+    std::error_code noSuchFile;
+    return std::filesystem::equivalent(PathFromUtf8(one), PathFromUtf8(other), noSuchFile);
+}
 
 std::string ReadStandardInput(const platform::Terminal& terminal) {
     constexpr std::size_t kPiece = 65536;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/terminal.h"
 
@@ -9,6 +10,9 @@ namespace vento::console {
 /// The name that stands for standard input among the files to read, and for standard output among those to
 /// write.
 inline constexpr const char* kStandardStream = "-";
+
+/// Whether both paths lead to one file that is there.
+[[nodiscard]] bool SameFile(std::string_view one, std::string_view other);
 
 /// All bytes of a regular file, or of standard input for "-"; 1 GiB at the most. Throws Failure with
 /// `kMissingInput`, and EndedAtOnce after Ctrl-C while it waits for standard input.

@@ -7,6 +7,7 @@
 #include "console/commands.h"
 #include "panel/message_table.h"
 #include "platform/native.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
@@ -95,12 +96,8 @@ const CommandEntry* FindCommand(std::string_view name) {
 }
 
 std::optional<Language> LanguageNamed(std::string_view name) {
-    std::string lower(name);
-    for (char& letter : lower) {
-        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-    }
-    if (lower == "it" || lower == "ita") return Language::italian;
-    if (lower == "en" || lower == "eng") return Language::english;
+    if (SameButForCase(name, "it") || SameButForCase(name, "ita")) return Language::italian;
+    if (SameButForCase(name, "en") || SameButForCase(name, "eng")) return Language::english;
     return std::nullopt;
 }
 

@@ -21,7 +21,7 @@ ordered_json OrNull(const std::optional<Value>& value) {
 // "TV (list B, 328 bytes from word 256): written and verified"
 Sentence DescribeLine(const ProgrammingOutcome& outcome, std::size_t column, const Sentence& fate) {
     const ColumnOutcome& each = outcome.columns.at(column);
-    if (!each.HasPlace() || !outcome.list) return Fill({"{0}: {1}", "{0}: {1}"}, {NameOf(column), fate});
+    if (!each.HasPlace() || !outcome.list) return Labelled(NameOf(column), fate);
     return Fill(
         {"{0} (lista {1}, {2} byte dalla parola {3}): {4}", "{0} (list {1}, {2} bytes from word {3}): {4}"},
         {NameOf(column), std::string(1, *outcome.list), std::to_string(each.bytes),

@@ -28,8 +28,7 @@ bool Agrees(const Console& console, const std::string& path) {
 void ConfirmOverwriting(const Console& console, const std::string& path, const std::string& source) {
     const fs::path dest = PathFromUtf8(path);
     std::error_code none;
-    if (console.options.force || !fs::exists(dest, none) || fs::equivalent(dest, PathFromUtf8(source), none))
-        return;
+    if (console.options.force || !fs::exists(dest, none) || SameFile(path, source)) return;
     if (console.terminal.CanAsk() && Agrees(console, path)) return;
     throw Failure(kFailedOutput,
                   Fill({"{0} esiste già e resta com'è.", "{0} exists, and stays as it is."}, {path}),

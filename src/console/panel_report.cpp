@@ -15,8 +15,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-constexpr int kCancelHolder = 3;  // index in Command6
-
 constexpr Phrase kHalfProgrammed{
     "Interrotto durante la programmazione: il telecomando è programmato a metà e va programmato di nuovo.",
     "Ended in the middle of programming: the remote is half-programmed and has to be programmed again."};
@@ -38,7 +36,7 @@ std::string ClockText(std::chrono::seconds seconds) {
 Progress ProgressOf(FormWeb& form, std::chrono::seconds elapsed) {
     Progress progress;
     progress.caption = form.Label1.Caption();
-    if (form.Command6(kCancelHolder).Enabled() && !progress.caption.empty()) {
+    if (form.Command6(FormWeb::kCancelHolder).Enabled() && !progress.caption.empty()) {
         progress.hint = Fill({"{0}  Ctrl-C annulla", "{0}  Ctrl-C cancels"}, {ClockText(elapsed)})
                             .In(form.PanelLanguage());
     }
@@ -50,7 +48,7 @@ Progress ProgressOf(FormWeb& form, std::chrono::seconds elapsed) {
 }
 
 void Cancel(FormWeb& form, const Console& console) {
-    if (form.Command6(kCancelHolder).Enabled()) {
+    if (form.Command6(FormWeb::kCancelHolder).Enabled()) {
         form.Cancel();
     } else if (console.options.series) {
         console.notices.Note(
@@ -99,7 +97,7 @@ class Shown {
     void Observe(const std::function<void()>& observer) {
         form_.Label1.Observe(observer);
         form_.ProgressBar1.Observe(observer);
-        form_.Command6(kCancelHolder).Observe(observer);
+        form_.Command6(FormWeb::kCancelHolder).Observe(observer);
     }
 
     FormWeb& form_;

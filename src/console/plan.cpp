@@ -154,7 +154,7 @@ Sentence DescribePlanned(const PlannedRun& run, std::size_t c) {
     if (!column.selected) {
         text = Fill({"{0}: non selezionata", "{0}: not selected"}, {name});
     } else if (!column.offset) {
-        text = Fill({"{0}: {1}", "{0}: {1}"}, {name, column.problem});
+        text = Labelled(name, column.problem);
     } else {
         text = Fill(
             {"{0}: lista {1}, {2} byte in {3} blocchi e {4} frame, dalla parola {5}, che ha posto per {6}",

@@ -94,7 +94,7 @@ ProgrammeTexts LoadTexts(const std::string& path, platform::Files& files) {
     if (load.problem) {
         const bool unread = load.problem->reason == LoadProblem::Reason::cannotOpen;
         throw Failure(unread ? kMissingInput : kUnusableInput,
-                      Fill({"{0}: {1}", "{0}: {1}"}, {path, DescribeLoadProblem(*load.problem)}));
+                      Labelled(path, DescribeLoadProblem(*load.problem)));
     }
     ProgrammeTexts texts;
     for (std::size_t c = 0; c < kColumns; ++c) {

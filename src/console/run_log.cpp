@@ -5,10 +5,9 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
-#include <system_error>
 
 #include "console/failure.h"
+#include "console/input.h"
 #include "platform/native.h"
 #include "programme/loader.h"
 #include "protocol/commands.h"
@@ -76,10 +75,8 @@ std::string Sha256(std::string_view bytes) {
 
 RunLog::RunLog(const Options& options, platform::Files& files) : options_(options) {
     if (!options_.log) return;
-    std::error_code noSuchFile;
     for (const std::string& argument : options_.arguments) {
-        if (!std::filesystem::equivalent(PathFromUtf8(*options_.log), PathFromUtf8(argument), noSuchFile))
-            continue;
+        if (!SameFile(*options_.log, argument)) continue;
         throw Failure(
             kWrongUsage,
             Fill({"Il registro è lo stesso file di {0}.", "The log is the same file as {0}."}, {argument}));

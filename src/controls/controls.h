@@ -114,6 +114,12 @@ class ProgressBar {
     [[nodiscard]] float Value() const { return value_; }
     [[nodiscard]] bool Visible() const { return visible_; }
 
+    /// How much of the range lies below the value, in whole percents; 0 of no range.
+    [[nodiscard]] int Percent() const {
+        const float range = maximum_ - minimum_;
+        return range > 0 ? static_cast<int>((value_ - minimum_) * 100 / range) : 0;
+    }
+
     void SetMinimum(float minimum) { changed_.Assign(minimum_, minimum); }
     void SetMaximum(float maximum) { changed_.Assign(maximum_, maximum); }
     void SetValue(float value) { changed_.Assign(value_, value); }

@@ -1,7 +1,6 @@
 #include "desktop/guidance.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "desktop/shown_text.h"
@@ -9,8 +8,6 @@
 
 namespace vento::desktop {
 namespace {
-
-constexpr int kCancelIndex = 3;
 
 constexpr Phrase kCancelHint{"Esc: annulla", "Esc: cancel"};
 constexpr Phrase kDetailsHint{"F1: dettagli", "F1: details"};
@@ -30,14 +27,8 @@ std::string Fact(const Phrase& pattern, const std::string& value, Language langu
     return Fill(pattern, {value}).In(language);
 }
 
-/// How much of the transfer is done, in percent.
-int Percent(const ProgressBar& bar) {
-    const float range = bar.Maximum() - bar.Minimum();
-    return range > 0 ? static_cast<int>(std::floor((bar.Value() - bar.Minimum()) * 100 / range)) : 0;
-}
-
 std::string OfBar(const FormWeb& form, Language language) {
-    const std::string percent = std::to_string(Percent(form.ProgressBar1));
+    const std::string percent = std::to_string(form.ProgressBar1.Percent());
     const auto column = form.ColumnInWork();
     return column ? Fill(kColumnInWork, {kSections[*column].name, percent}).In(language) : percent + " %";
 }
@@ -100,7 +91,7 @@ std::string Now(ControlId id, FormWeb& form, platform::Presence transmitter, Lan
 }  // namespace
 
 Help HelpFor(FormWeb& form) {
-    if (form.Command6(kCancelIndex).Enabled()) return Help::cancel;
+    if (form.Command6(FormWeb::kCancelHolder).Enabled()) return Help::cancel;
     const auto& outcome = form.LatestOutcome();
     const bool isFailure =
         outcome && outcome->code != ResultCode::success && outcome->code != ResultCode::cancelled;

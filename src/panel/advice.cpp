@@ -112,8 +112,7 @@ Sentence DescribeVerification(const ColumnOutcome& column) {
 }
 
 Sentence DescribeColumn(const ProgrammingOutcome& outcome, std::size_t column) {
-    return Fill({"{0}: {1}", "{0}: {1}"},
-                {kSections.at(column).name, DescribeColumnOutcome(outcome.columns.at(column))});
+    return Labelled(kSections.at(column).name, DescribeColumnOutcome(outcome.columns.at(column)));
 }
 
 Sentence DescribeLosses(const ProgrammingOutcome& outcome) {

@@ -11,7 +11,6 @@ namespace vento {
 namespace {
 
 constexpr std::int16_t kProgramIndex = 0;
-constexpr std::int16_t kCancelIndex = 3;
 constexpr std::int16_t kSendRIndex = 6;
 constexpr std::int16_t kSendQIndex = 8;
 constexpr std::int16_t kSecondEntryIndex = 10;
@@ -55,7 +54,7 @@ Button& FormWeb::Command6(int index) {
     switch (index) {
         case kProgramIndex:
             return command6_[0];
-        case kCancelIndex:
+        case kCancelHolder:
             return command6_[1];
         case kSecondEntryIndex:
             return command6_[2];
@@ -159,7 +158,7 @@ void FormWeb::OpenOrExplain(const std::string& path) {
 
 void FormWeb::Command6_Click(std::int16_t index) {
     // The cancel flag may be set on top of a running operation: that is what it is for.
-    if (index != kCancelIndex) {
+    if (index != kCancelHolder) {
         Begin([&] { Act(index); });
     } else if (!ended_) {
         Act(index);
@@ -167,7 +166,7 @@ void FormWeb::Command6_Click(std::int16_t index) {
 }
 
 void FormWeb::Act(std::int16_t index) {
-    if (index != kCancelIndex) latestOutcome_.reset();
+    if (index != kCancelHolder) latestOutcome_.reset();
     Label1.SetVisible(true);
     Command6(kProgramIndex).SetEnabled(false);
     Programme programme;
@@ -179,8 +178,8 @@ void FormWeb::Act(std::int16_t index) {
         case kProgramIndex:
             Operate(kProgramOperation, programme, link);
             break;
-        case kCancelIndex:
-            Command6(kCancelIndex).SetTag(kTagTrue);
+        case kCancelHolder:
+            Command6(kCancelHolder).SetTag(kTagTrue);
             break;
         case kSendRIndex:
             SendFrameR(link, KindFor(link.vendorId).timing);
@@ -221,8 +220,8 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
         operation == kRemovalOperation
             ? Phrase{"Togliere il telecomando", "Take the remote away"}.In(PanelLanguage())
             : std::string(PanelTextFor(PanelText::waitingForRemote, PanelLanguage()));
-    const OperationContext context{Label1,      Command6(kCancelIndex), ProgressBar1,
-                                   waitingText, machine_.clock,         yield};
+    const OperationContext context{Label1,      Command6(kCancelHolder), ProgressBar1,
+                                   waitingText, machine_.clock,          yield};
     ongoing_ = {};
     {
         const During<const OperationOutcome*> running(running_, &ongoing_);
@@ -242,7 +241,7 @@ void FormWeb::Operate(std::int16_t operation, const Programme& programme, Link& 
 }
 
 void FormWeb::Cancel() {
-    if (!ended_ && Command6(kCancelIndex).Enabled()) Command6(kCancelIndex).SetTag(kTagTrue);
+    if (!ended_ && Command6(kCancelHolder).Enabled()) Command6(kCancelHolder).SetTag(kTagTrue);
 }
 
 LoadResult FormWeb::Aprifilevento(const std::string& nnfilevento) {

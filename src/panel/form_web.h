@@ -32,6 +32,8 @@ class FormWeb {
   public:
     static constexpr std::string_view kTitle = "VENTO-Programmazione";
 
+    static constexpr int kCancelHolder = 3;  ///< index in Command6 of the button that holds the cancel flag
+
     explicit FormWeb(const Machine& machine) : machine_(machine) {}
     FormWeb(const FormWeb&) = delete;
     FormWeb& operator=(const FormWeb&) = delete;

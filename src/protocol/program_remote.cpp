@@ -29,8 +29,7 @@ SequenceResult WriteSection(const OperationContext& context, Link& link, std::si
         link, *column.offset, static_cast<std::uint16_t>(bytes.size() - 1), transfer.checkByte);
     column.verified = !verified.Failed();
     column.problem = verified.diagnostic;
-    if (verified.Failed())
-        verified.diagnostic = Fill({"{0}: {1}", "{0}: {1}"}, {kSections[section].name, verified.diagnostic});
+    if (verified.Failed()) verified.diagnostic = Labelled(kSections[section].name, verified.diagnostic);
     return verified;
 }
 

@@ -57,7 +57,7 @@ SequenceResult Conclude(const ProgrammingOutcome& outcome) {
         if (!column.Lost()) continue;
         if (result.Failed()) result.diagnostic += "\n";
         result.code = ResultCode::verificationFailed;
-        result.diagnostic += Fill({"{0}: {1}", "{0}: {1}"}, {kSections.at(c).name, column.problem});
+        result.diagnostic += Labelled(kSections.at(c).name, column.problem);
     }
     return result;
 }

@@ -102,6 +102,10 @@ std::string Utf8FromWindows1252(std::string_view bytes) {
     return Utf8FromWindows1252(std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
 }
 
+bool SameButForCase(std::string_view one, std::string_view other) {
+    return std::ranges::equal(one, other, {}, AsciiLower, AsciiLower);
+}
+
 std::filesystem::path PathFromUtf8(std::string_view text) {
     return std::u8string(text.begin(), text.end());
 }

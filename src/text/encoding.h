@@ -20,6 +20,14 @@ namespace vento {
 /// "?"; of a broken sequence its longest beginning that could have become a character counts as one.
 [[nodiscard]] std::vector<std::uint8_t> Windows1252FromUtf8(std::string_view text);
 
+/// Letters of ASCII in lower case, everything else as it is, whatever the locale.
+[[nodiscard]] constexpr char AsciiLower(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+/// Whether two texts are the same but for the case of letters of ASCII.
+[[nodiscard]] bool SameButForCase(std::string_view one, std::string_view other);
+
 /// The path that a UTF-8 text names, on every system, and back.
 [[nodiscard]] std::filesystem::path PathFromUtf8(std::string_view text);
 [[nodiscard]] std::string Utf8FromPath(const std::filesystem::path& path);

@@ -35,6 +35,10 @@ Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values) {
     return filled;
 }
 
+Sentence Labelled(const Sentence& name, const Sentence& text) {
+    return Fill({"{0}: {1}", "{0}: {1}"}, {name, text});
+}
+
 Sentence ReasonOf(const std::exception& error) {
     const auto* const reasoned = dynamic_cast<const ReasonedError*>(&error);
     return reasoned != nullptr ? reasoned->Reason() : Sentence(error.what());

@@ -60,6 +60,9 @@ class Sentence {
 /// it stands.
 [[nodiscard]] Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values);
 
+/// "name: text"
+[[nodiscard]] Sentence Labelled(const Sentence& name, const Sentence& text);
+
 /// An error whose reason whoever shows it can say in every language; `what()` is the English one.
 class ReasonedError : public std::runtime_error {
   public:

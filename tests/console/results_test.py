@@ -448,8 +448,8 @@ class Series(ConsoleTest):
         faults = [{"kind": kind, "cycle": first + 20, "through": first + 210} for kind in ("status", "readFails")]
         faults[0]["value"] = 1
         gone = [{"kind": "unplugged", "cycle": first + 250, "through": first + 260}]
-        for fault in (faults[:1], faults[1:], gone):
-            path_of_trace = self.folder / "trace.jsonl"
+        for number, fault in enumerate((faults[:1], faults[1:], gone)):
+            path_of_trace = self.folder / f"trace{number}.jsonl"
             process = subprocess.Popen(
                 [*COMMAND, "program", path, self.simulate(faults=fault, reportMicroseconds=100), "--series", "--trace",
                  str(path_of_trace)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, cwd=self.folder,

@@ -16,7 +16,6 @@ namespace {
 constexpr DWORD kFrameStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_CLIPCHILDREN;
 constexpr wchar_t kFrameClass[] = L"FormWeb";
 
-constexpr int kCancelIndex = 3;
 constexpr int kLowestDensity = 48;
 
 constexpr UINT kRefresh = WM_APP;
@@ -119,7 +118,7 @@ FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring&
     // To the system, tab order is the order in which the windows are made.
     for (const ControlLayout& each : ControlLayouts())
         MakeView(each);
-    form.Command6(kCancelIndex).Observe([this] { RefreshSoon(); });
+    form.Command6(FormWeb::kCancelHolder).Observe([this] { RefreshSoon(); });
     LookForTransmitter();
     desktop.ObserveOperation([this] { ShowOperation(); });
     ::DragAcceptFiles(Handle(), TRUE);
@@ -132,7 +131,7 @@ FormWindow::FormWindow(FormWeb& form, Win32Desktop& desktop, const std::wstring&
 FormWindow::~FormWindow() {
     ::SetWindowLongPtrW(Handle(), GWLP_USERDATA, 0);
     desktop_.ObserveOperation({});
-    form_.Command6(kCancelIndex).Observe({});
+    form_.Command6(FormWeb::kCancelHolder).Observe({});
     views_.clear();
     frame_.Destroy();
 }

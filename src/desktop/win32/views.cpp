@@ -203,9 +203,7 @@ BarView::BarView(FormParts& parts, const ControlLayout& layout, ProgressBar& bar
 // Each move of the bar is an event to a screen reader: there is one a percent at the most.
 void BarView::Follow() {
     std::optional<int> percent;
-    const float range = bar_.Maximum() - bar_.Minimum();
-    if (bar_.Visible() && range > 0)
-        percent = static_cast<int>(100 * (bar_.Value() - bar_.Minimum()) / range);
+    if (bar_.Visible() && bar_.Maximum() > bar_.Minimum()) percent = bar_.Percent();
     if (percent == shownPercent_) return;
     shownPercent_ = percent;
     ::SendMessageW(window_.Handle(), PBM_SETRANGE32, static_cast<WPARAM>(std::lround(bar_.Minimum())),

@@ -1,19 +1,12 @@
 #include <algorithm>
 
 #include "platform/posix/files.h"
+#include "text/encoding.h"
 
 namespace vento::platform {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-char Lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-bool SameName(std::string_view one, std::string_view other) {
-    return std::ranges::equal(one, other, {}, Lower, Lower);
-}
 
 /// Takes the first line off `text`, without its line end and the blanks around it.
 std::string_view TakeLine(std::string_view& text) {
@@ -30,7 +23,7 @@ bool SkipToSection(std::string_view section, std::string_view& text) {
     while (!text.empty()) {
         const std::string_view line = TakeLine(text);
         if (!line.starts_with('[')) continue;
-        if (SameName(line.substr(1, line.find(']') - 1), section)) return true;
+        if (SameButForCase(line.substr(1, line.find(']') - 1), section)) return true;
     }
     return false;
 }

@@ -5,21 +5,18 @@
 #include <utility>
 
 #include "platform/windows/system.h"
+#include "text/encoding.h"
 // It needs that before it.
 #include <sddl.h>
 
 namespace vento::platform {
 namespace {
 
-char Lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 /// A path is longer than a name may be and has characters that none may have: FNV-1a, in 64 bits.
 std::string NameFor(std::string_view path) {
     std::uint64_t hash = 0xCBF29CE484222325;
     for (const char letter : path)
-        hash = (hash ^ static_cast<unsigned char>(Lower(letter))) * 0x100000001B3;
+        hash = (hash ^ static_cast<unsigned char>(AsciiLower(letter))) * 0x100000001B3;
     std::string name(40, '\0');
     name.resize(static_cast<std::size_t>(std::snprintf(name.data(), name.size(), "Global\\VENTO-%016llx",
                                                        static_cast<unsigned long long>(hash))));

@@ -1,6 +1,7 @@
 #include "platform/windows/hid_host.h"
 
 #include "platform/windows/system.h"
+#include "text/encoding.h"
 // It needs that before it.
 #include <setupapi.h>
 
@@ -42,14 +43,10 @@ std::string PathOf(HDEVINFO list, SP_DEVICE_INTERFACE_DATA& interfaceData) {
     return &detail->DevicePath[0];
 }
 
-char Lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 /// The four hexadecimal digits behind `key`, which is in lower case.
 std::optional<std::uint16_t> NumberBehind(std::string_view key, std::string path) {
     constexpr std::size_t kDigits = 4;
-    std::ranges::transform(path, path.begin(), Lower);
+    std::ranges::transform(path, path.begin(), AsciiLower);
     const std::size_t found = path.find(key);
     if (found == std::string::npos) return std::nullopt;
     const std::string number = path.substr(found + key.size(), kDigits);
@@ -179,8 +176,7 @@ void WindowsHidHost::Close(HidHandle device) {
 
 bool IsKeyboardPath(std::string_view path) {
     constexpr std::string_view kEnd = "\\kbd";
-    return path.size() >= kEnd.size() &&
-           std::ranges::equal(path.substr(path.size() - kEnd.size()), kEnd, {}, Lower);
+    return path.size() >= kEnd.size() && SameButForCase(path.substr(path.size() - kEnd.size()), kEnd);
 }
 
 std::optional<HidIdentity> IdentityInPath(std::string_view path) {
