@@ -42,6 +42,8 @@ endfunction()
 
 if(WIN32)
     include(${CMAKE_CURRENT_LIST_DIR}/windows/program_resources.cmake)
+elseif(CMAKE_SYSTEM_NAME STREQUAL "Web")
+    include(${CMAKE_CURRENT_LIST_DIR}/web/web_module.cmake)
 endif()
 
 # vento_program(NAME SOURCES file... [USES room...] [LINKS target...] [TITLE text]), the files relative to the current

@@ -1,6 +1,6 @@
 # Cross-builds for 64-bit Windows with Debian's mingw-w64. A program is one file: whatever of the compiler's libraries it
-# needs is linked into it. Found on the building system are programs alone; the Find modules beside this file bring in
-# the few packages that are nothing but sources.
+# needs is linked into it. Found on the building system are programs alone; the Find modules in cmake/cross bring
+# in the few packages that are nothing but sources.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
@@ -11,7 +11,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-list(APPEND CMAKE_MODULE_PATH ${CMAKE_CURRENT_LIST_DIR})
+list(APPEND CMAKE_MODULE_PATH ${CMAKE_CURRENT_LIST_DIR}/../cross)
 
 # Windows 10 is the oldest; windows.h without its macros min and max.
 set(CMAKE_CXX_FLAGS_INIT

@@ -28,6 +28,19 @@ Sentence AdviseOnPermission(HidBackEnd backEnd) {
                 "The transmitter is connected, but Windows does not let you open it. Ask whoever administers "
                 "this "
                 "computer to allow access to HID devices, then unplug the transmitter and plug it in again."};
+        case HidBackEnd::webHid:
+            return Phrase{
+                "Il trasmettitore è collegato, ma il sistema non permette al browser di aprirlo. Su Linux "
+                "serve "
+                "la regola udev di VENTO, che questa pagina offre; un browser installato con Snap o Flatpak "
+                "ha "
+                "bisogno anche del permesso di usare i dispositivi HID. Poi scollega il trasmettitore e "
+                "ricollegalo.",
+                "The transmitter is connected, but the system does not let the browser open it. On Linux "
+                "that "
+                "takes VENTO's udev rule, which this page offers; a browser installed by Snap or Flatpak "
+                "also "
+                "needs the permission to use HID devices. Then unplug the transmitter and plug it in again."};
         case HidBackEnd::simulation:
             return Phrase{
                 "Lo scenario della simulazione vieta di aprire il trasmettitore: \"opens\" vale false oppure "

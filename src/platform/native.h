@@ -17,12 +17,15 @@
 namespace vento::platform {
 
 /// The ways to HID devices that there are. Who may open a device, and how that is changed, depends on it.
-enum class HidBackEnd : std::uint8_t { hidraw, windows, simulation };
+enum class HidBackEnd : std::uint8_t { hidraw, windows, webHid, simulation };
 
 [[nodiscard]] std::unique_ptr<HidHost> MakeNativeHidHost();
 [[nodiscard]] HidBackEnd NativeHidBackEnd();
 [[nodiscard]] std::unique_ptr<Files> MakeNativeFiles();
 [[nodiscard]] std::unique_ptr<Clock> MakeNativeClock();
+
+/// What a path leads to; `not_found` also where that can't be told.
+[[nodiscard]] std::filesystem::file_type NativeFileType(const std::filesystem::path& path);
 
 /// Adds `text` at the end of a file, which is made if it is not there, in one step: what several processes
 /// add is not mixed. Throws FileError.

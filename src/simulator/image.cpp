@@ -4,10 +4,10 @@
 #include <charconv>
 #include <nlohmann/json.hpp>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "platform/native.h"
 #include "storage/json.h"
 #include "storage/text_file.h"
 #include "text/encoding.h"
@@ -79,12 +79,11 @@ std::string WriteImage(const RemoteContents& contents) {
 
 /// True if there is a file to load. Nothing but a file in a folder that is there will do.
 bool IsThere(const fs::path& file) {
-    std::error_code ignored;
-    const fs::file_status status = fs::status(file, ignored);
-    if (fs::is_regular_file(status)) return true;
-    const bool isFree = status.type() == fs::file_type::not_found;
+    const fs::file_type type = platform::NativeFileType(file);
+    if (type == fs::file_type::regular) return true;
+    const bool isFree = type == fs::file_type::not_found;
     const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
-    if (isFree && fs::is_directory(folder, ignored)) return false;
+    if (isFree && platform::NativeFileType(folder) == fs::file_type::directory) return false;
     throw ContentError(
         Fill({"immagine: previsto un file normale, o un nome per uno in una cartella esistente, trovato {0}",
               "image: expected a regular file, or a name for one in a folder that is there, found {0}"},

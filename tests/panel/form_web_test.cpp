@@ -142,8 +142,8 @@ TEST(Operation, CancelWorksWhileAWaitRunsAndOnlyThen) {
         Workbench bench(With({{movedAwayAt, movedAwayAt, fault::Status{1}}}), kProgramme);
         bench.form.Cancel();
         EXPECT_EQ(bench.form.Command6(3).Tag(), "") << "nothing to cancel yet";
-        bench.desktop.onYield = [&, at = at](int yield) {
-            if (yield == at) at == 7 ? bench.form.Command6_Click(3) : bench.form.Cancel();
+        bench.desktop.onYield = [&, moment = at](int yield) {
+            if (yield == moment) moment == 7 ? bench.form.Command6_Click(3) : bench.form.Cancel();
         };
         bench.form.Command6_Click(0);
         EXPECT_EQ(bench.Code(), code);

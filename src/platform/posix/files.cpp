@@ -79,6 +79,11 @@ std::size_t PosixFiles::ReadSection(std::string_view section, std::span<char> bu
     return CopySection(section, buffer, text);
 }
 
+std::filesystem::file_type NativeFileType(const std::filesystem::path& path) {
+    std::error_code unknown;
+    return std::filesystem::status(path, unknown).type();
+}
+
 void AppendNatively(const std::filesystem::path& file, std::string_view text) {
     constexpr mode_t kMode = 0666;  // less what the user's mask takes away
     const FileDescriptor log(

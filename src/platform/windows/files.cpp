@@ -98,6 +98,11 @@ std::size_t WindowsFiles::ReadSection(std::string_view section, std::span<char> 
                                        static_cast<DWORD>(buffer.size()), Utf8(file.native()).c_str());
 }
 
+std::filesystem::file_type NativeFileType(const std::filesystem::path& path) {
+    std::error_code unknown;
+    return std::filesystem::status(path, unknown).type();
+}
+
 void AppendNatively(const std::filesystem::path& file, std::string_view text) {
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const OwnedHandle log(::CreateFileW(file.c_str(), FILE_APPEND_DATA, kShareAll, nullptr, OPEN_ALWAYS,
