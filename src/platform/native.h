@@ -24,7 +24,7 @@ enum class HidBackEnd : std::uint8_t { hidraw, windows, webHid, simulation };
 [[nodiscard]] std::unique_ptr<Files> MakeNativeFiles();
 [[nodiscard]] std::unique_ptr<Clock> MakeNativeClock();
 
-/// What a path leads to; `not_found` also where that can't be told.
+/// What a path leads to. Throws FileError where that can't be told.
 [[nodiscard]] std::filesystem::file_type NativeFileType(const std::filesystem::path& path);
 
 /// Adds `text` at the end of a file, which is made if it is not there, in one step: what several processes

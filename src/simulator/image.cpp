@@ -84,10 +84,8 @@ bool IsThere(const fs::path& file) {
     const bool isFree = type == fs::file_type::not_found;
     const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
     if (isFree && platform::NativeFileType(folder) == fs::file_type::directory) return false;
-    throw ContentError(
-        Fill({"immagine: previsto un file normale, o un nome per uno in una cartella esistente, trovato {0}",
-              "image: expected a regular file, or a name for one in a folder that is there, found {0}"},
-             {Utf8FromPath(file)}));
+    throw ContentError(Phrase{"previsto un file normale, o un nome per uno in una cartella esistente",
+                              "expected a regular file, or a name for one in a folder that is there"});
 }
 
 Sentence Named(const fs::path& file, const ReasonedError& error) {
@@ -119,8 +117,8 @@ WordRuns ReadWordRuns(const JsonNode& node, WordForm form) {
 }
 
 Image::Image(fs::path file, Remote& remote) : file_(std::move(file)), remote_(remote) {
-    if (!IsThere(file_)) return;
     try {
+        if (!IsThere(file_)) return;
         remote_.SetContents(ParseImage(storage::ReadText(file_)));
     } catch (const ContentError& error) {
         throw ContentError(Named(file_, error));

@@ -99,8 +99,10 @@ std::size_t WindowsFiles::ReadSection(std::string_view section, std::span<char> 
 }
 
 std::filesystem::file_type NativeFileType(const std::filesystem::path& path) {
-    std::error_code unknown;
-    return std::filesystem::status(path, unknown).type();
+    std::error_code failed;
+    const auto type = std::filesystem::status(path, failed).type();
+    if (type == std::filesystem::file_type::none) throw FileError(failed);
+    return type;
 }
 
 void AppendNatively(const std::filesystem::path& file, std::string_view text) {
