@@ -60,15 +60,11 @@ Sentence Counts(const Answer& answer, const Phrase& pattern) {
     return Fill(pattern, {count("bytesIn"), count("bytesOut")});
 }
 
-// Where the result goes. What is wrong with the source is told first.
+// Where the result goes, if it goes anywhere.
 std::unique_ptr<Output> OutputFor(const Console& console) {
     const Options& options = console.options;
-    const std::string source = options.Argument(0);
-    std::error_code unknown;
-    const auto status = std::filesystem::status(PathFromUtf8(source), unknown);
-    const bool reachable = std::filesystem::exists(status) && !std::filesystem::is_directory(status);
-    if (options.arguments.size() < 2 || !(reachable || source == kStandardStream)) return nullptr;
-    return std::make_unique<Output>(console, options.Argument(1), source);
+    if (options.arguments.size() < 2) return nullptr;
+    return std::make_unique<Output>(console, options.Argument(1), options.Argument(0));
 }
 
 void RunEncode(const Console& console, Answer& answer) {

@@ -54,8 +54,8 @@ void Guard(const fs::path& source, const std::string& name, ordered_json& error,
         work();
     } catch (const codec::RaisedError& raised) {
         error = ErrorFields(raised);
-        throw Failure(SizeOf(source) || name == kStandardStream ? kUnusableInput : kMissingInput,
-                      About(name, raised));
+        const bool unread = raised.Source() == "clsHuffman.EncodeFile()";
+        throw Failure(unread ? kMissingInput : kUnusableInput, About(name, raised));
     } catch (const codec::RangeError& range) {
         error = ErrorFields("range", range);
         throw Failure(kUnusableInput, About(name, range));
@@ -74,17 +74,23 @@ void Guard(const fs::path& source, const std::string& name, ordered_json& error,
     }
 }
 
-// Nothing where the codec reads the file itself, or fails to.
-std::optional<std::vector<std::uint8_t>> BytesOf(const Console& console) {
+[[noreturn]] void Refuse(const fs::path& file, std::errc reason) {
+    throw fs::filesystem_error("cannot read", file, std::make_error_code(reason));
+}
+
+// Nothing where the codec reads the file itself, whose size goes into `bytesIn`.
+std::optional<std::vector<std::uint8_t>> BytesOf(const Console& console, ordered_json& bytesIn) {
     const std::string path = console.options.Argument(0);
     if (path == kStandardStream) {
         const std::string input = ReadStandardInput(console.terminal);
         return std::vector<std::uint8_t>(input.begin(), input.end());
     }
     const fs::path file = PathFromUtf8(path);
-    std::error_code unknown;
-    const bool sized = fs::is_regular_file(file, unknown) && fs::file_size(file, unknown) > 0;
-    if (sized || !fs::exists(file, unknown) || fs::is_directory(file, unknown)) return std::nullopt;
+    const fs::file_status status = fs::status(file);
+    if (!fs::exists(status)) Refuse(file, std::errc::no_such_file_or_directory);
+    if (fs::is_directory(status)) Refuse(file, std::errc::is_a_directory);
+    if (fs::is_regular_file(status)) bytesIn = fs::file_size(file);
+    if (fs::is_regular_file(status) && bytesIn > 0) return std::nullopt;
     std::ifstream stream(file, std::ios::binary);
     std::vector<std::uint8_t> bytes;
     std::vector<char> piece(kPiece);
@@ -93,8 +99,7 @@ std::optional<std::vector<std::uint8_t>> BytesOf(const Console& console) {
         EndIfInterrupted(console.terminal);
         if (bytes.size() > kMostBytes) throw codec::OverflowError("There are more than 2147483647 bytes");
     }
-    if (!stream.eof())
-        throw fs::filesystem_error("cannot read", file, std::make_error_code(std::errc::io_error));
+    if (!stream.eof()) Refuse(file, std::errc::io_error);
     return bytes;
 }
 
@@ -118,7 +123,7 @@ void RunCodec(const Console& console, Answer& answer, const std::function<void(c
     };
     try {
         Guard(source, console.options.Argument(0), answer.fields["error"], [&] {
-            const auto bytes = BytesOf(console);
+            const auto bytes = BytesOf(console, answer.fields["bytesIn"]);
             if (bytes) answer.fields["bytesIn"] = bytes->size();
             work({codec, key ? &*key : nullptr, bytes});
         });

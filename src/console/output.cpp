@@ -2,7 +2,6 @@
 
 #include <array>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "console/failure.h"
@@ -27,8 +26,9 @@ bool Agrees(const Console& console, const std::string& path) {
 
 void ConfirmOverwriting(const Console& console, const std::string& path, const std::string& source) {
     const fs::path dest = PathFromUtf8(path);
-    std::error_code none;
-    if (console.options.force || !fs::exists(dest, none) || SameFile(path, source)) return;
+    const fs::path input = PathFromUtf8(source);
+    if (console.options.force || !fs::exists(dest) || (fs::exists(input) && fs::equivalent(dest, input)))
+        return;
     if (console.terminal.CanAsk() && Agrees(console, path)) return;
     throw Failure(kFailedOutput,
                   Fill({"{0} esiste già e resta com'è.", "{0} exists, and stays as it is."}, {path}),
