@@ -1,7 +1,6 @@
 #include "console/console_machine.h"
 
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 #include "console/failure.h"
@@ -14,8 +13,6 @@
 
 namespace vento::console {
 namespace {
-
-constexpr std::size_t kTraceBeginning = 256;  // bytes in which it shows itself to be one
 
 simulator::Scenario ScenarioFor(const std::string& path) {
     return path.empty() ? simulator::Scenario{} : simulator::LoadScenario(path);
@@ -33,14 +30,9 @@ void RequireOther(const std::string& trace, std::string_view input) {
 std::unique_ptr<RecordedHidHost> MakeRecordedHost(const Console& console) {
     const auto& simulate = console.options.simulate;
     if (!simulate || simulate->empty()) return nullptr;
-    std::error_code unknown;
-    const auto path = PathFromUtf8(*simulate);
-    if (!std::filesystem::is_regular_file(path, unknown)) return nullptr;
-    std::string beginning(kTraceBeginning, '\0');
-    std::ifstream(path, std::ios::binary)
-        .read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
-    if (!LooksLikeTrace(beginning)) return nullptr;
-    return std::make_unique<RecordedHidHost>(LoadTrace(*simulate, console.terminal), *simulate);
+    const std::string text = ReadFile(*simulate);
+    if (!LooksLikeTrace(text)) return nullptr;
+    return std::make_unique<RecordedHidHost>(TraceOf(text, *simulate), *simulate);
 }
 
 std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& options,

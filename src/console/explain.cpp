@@ -4,6 +4,7 @@
 
 #include "console/commands.h"
 #include "console/explained_trace.h"
+#include "console/input.h"
 #include "console/text_layout.h"
 
 namespace vento::console {
@@ -64,7 +65,8 @@ ordered_json FieldsOf(const ExplainedStep& step, Language language) {
 void Run(const Console& console, Answer& answer) {
     answer.fields = {{"steps", ordered_json::array()}, {"firstDeviation", nullptr}, {"ending", ""}};
     const Language language = console.language;
-    const ExplainedTrace explained = ExplainTrace(LoadTrace(console.options.Argument(0), console.terminal));
+    const std::string path = console.options.Argument(0);
+    const ExplainedTrace explained = ExplainTrace(TraceOf(ReadInput(path, console.terminal), path));
     std::size_t width = 1;
     for (const ExplainedStep& step : explained.steps)
         width = std::max(width, CyclesOf(step).size());

@@ -32,13 +32,25 @@ std::string ReadStandardInput(const platform::Terminal& terminal) {
     return bytes;
 }
 
-std::string ReadInput(const std::string& path, const platform::Terminal& terminal) {
+namespace {
+
+std::string Read(const std::string& name, const auto& read) {
     try {
-        return path == kStandardStream ? ReadStandardInput(terminal)
-                                       : platform::MakeNativeFiles()->ReadAll(path, kLargestInput);
+        return read();
     } catch (const platform::FileError& error) {
-        throw Failure(kMissingInput, About(path, error));
+        throw Failure(kMissingInput, About(name, error));
     }
+}
+
+}  // namespace
+
+std::string ReadFile(const std::string& path) {
+    return Read(path, [&] { return platform::MakeNativeFiles()->ReadAll(path, kLargestInput); });
+}
+
+std::string ReadInput(const std::string& path, const platform::Terminal& terminal) {
+    if (path != kStandardStream) return ReadFile(path);
+    return Read(path, [&] { return ReadStandardInput(terminal); });
 }
 
 }  // namespace vento::console

@@ -14,8 +14,10 @@ inline constexpr const char* kStandardStream = "-";
 /// Whether both paths lead to one file that is there.
 [[nodiscard]] bool SameFile(std::string_view one, std::string_view other);
 
-/// All bytes of a regular file, or of standard input for "-"; 1 GiB at the most. Throws Failure with
-/// `kMissingInput`, and EndedAtOnce after Ctrl-C while it waits for standard input.
+/// All bytes of a regular file, 1 GiB at the most. Throws Failure with `kMissingInput`.
+[[nodiscard]] std::string ReadFile(const std::string& path);
+
+/// The same, or standard input for "-"; throws EndedAtOnce after Ctrl-C while it waits for that.
 [[nodiscard]] std::string ReadInput(const std::string& path, const platform::Terminal& terminal);
 
 /// The same of standard input alone; throws platform::FileError in place of Failure.

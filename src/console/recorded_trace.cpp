@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 
 #include "console/failure.h"
-#include "console/input.h"
 #include "storage/json.h"
 
 namespace vento::console {
@@ -140,11 +139,11 @@ RecordedTrace ParseTrace(std::string_view text) {
     return Reader().Read(text);
 }
 
-RecordedTrace LoadTrace(const std::string& path, const platform::Terminal& terminal) {
+RecordedTrace TraceOf(std::string_view text, const std::string& name) {
     try {
-        return ParseTrace(ReadInput(path, terminal));
+        return ParseTrace(text);
     } catch (const ContentError& error) {
-        throw Failure(kUnusableInput, About(path, error));
+        throw Failure(kUnusableInput, About(name, error));
     }
 }
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "platform/hid_host.h"
-#include "platform/terminal.h"
 #include "text/language.h"
 
 namespace vento::console {
@@ -45,7 +44,7 @@ struct RecordedTrace {
 /// are passed over. Throws storage::ContentError with the line that is none of a trace.
 [[nodiscard]] RecordedTrace ParseTrace(std::string_view text);
 
-/// The same from an input. Throws as ReadInput does.
-[[nodiscard]] RecordedTrace LoadTrace(const std::string& path, const platform::Terminal& terminal);
+/// The same of what the input of this name holds. Throws Failure.
+[[nodiscard]] RecordedTrace TraceOf(std::string_view text, const std::string& name);
 
 }  // namespace vento::console
