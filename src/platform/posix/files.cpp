@@ -86,15 +86,35 @@ std::filesystem::file_type NativeFileType(const std::filesystem::path& path) {
     return type;
 }
 
+namespace {
+
+// What a full disk has cut off must not stay, unless somebody has added something behind it.
+void TakeBack(int file, off_t start, std::size_t written) {
+    struct stat status {};
+    if (written == 0 || ::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return;
+    if (status.st_size == start + static_cast<off_t>(written)) static_cast<void>(::ftruncate(file, start));
+}
+
+}  // namespace
+
 void AppendNatively(const std::filesystem::path& file, std::string_view text) {
     constexpr mode_t kMode = 0666;  // less what the user's mask takes away
     const FileDescriptor log(
         ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, kMode));
     if (!log.IsOpen()) ThrowReason(errno);
-    if (text.empty()) return;
-    const ssize_t count = ::write(log.Number(), text.data(), text.size());
-    if (count < 0) ThrowReason(errno);
-    if (static_cast<std::size_t>(count) != text.size()) ThrowReason(ENOSPC);
+    std::size_t written = 0;
+    off_t start = 0;
+    while (written < text.size()) {
+        const ssize_t count = ::write(log.Number(), text.data() + written, text.size() - written);
+        if (count > 0) {
+            if (written == 0) start = ::lseek(log.Number(), 0, SEEK_CUR) - count;
+            written += static_cast<std::size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            const int reason = count == 0 ? ENOSPC : errno;
+            TakeBack(log.Number(), start, written);
+            ThrowReason(reason);
+        }
+    }
 }
 
 }  // namespace vento::platform
