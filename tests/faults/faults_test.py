@@ -1,0 +1,180 @@
+"""What becomes of ventoctl where the machine fails it: one call of the system after the other fails, alone and with all
+behind it. Whatever fails, the status is a documented one, a sentence says what and
+why, and every file is either what it was or whole."""
+
+import concurrent.futures
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "console"))
+from ventoctl import COMMAND, PLAIN_ENVIRONMENT, programme
+
+CALLS = ",".join("posix/io/" + name for name in (
+    "oc/open", "oc/close", "sync/fsync", "rw/read", "rw/readv", "rw/write", "rw/writev", "dir/rename", "dir/unlink",
+    "net/poll", *("own/" + name for name in (
+        "stat", "lstat", "fstat", "access", "faccessat", "fchmod", "fchown", "flock", "getdents64", "readlink", "lseek",
+        "realpath")))) + ",posix/stdio/oc/fopen"  # fmt: skip
+STREAMS = "posix/stdio/rw/fwrite,posix/stdio/fflush"
+SHORT = ",".join(f"posix/io/rw/{name}/reduce" for name in ("read", "readv", "write", "writev"))
+STATUSES = {0, 1, *range(2, 22), 65, 66, 70, 73}
+# The codec has one text of its own for whatever keeps it from a file, and std::filesystem::equivalent one reason.
+REASONS = ("Errore di lettura o scrittura", "Source file does not exist", "Il file o la cartella non esiste")
+
+PROGRAMME = programme(10)
+FILES = {
+    "a.qlb": PROGRAMME, "b.qlb": PROGRAMME.replace("ALFA", "ALTRA"), "key.json": json.dumps([[17, 4]] * 12),
+    "text": "abracadabra " * 20,
+    "scenario.json": json.dumps({"reportMicroseconds": 0, "image": "image.json"}),
+}  # fmt: skip
+
+
+class Case:
+    """A command line, and the files that it may change."""
+
+    def __init__(self, *arguments, changes=(), before=None):
+        self.arguments, self.changes, self.before = arguments, changes, before or {}
+
+
+ON_LINK = ("--simulate=scenario.json", "--trace", "trace")
+CASES = [
+    Case("program", "a.qlb", *ON_LINK, "--log", "log", "--verify", changes=("image.json", "trace", "log")),
+    Case("program", "a.qlb", "--simulate=scenario.json", "--consume", changes=("image.json", "a.qlb")),
+    Case("verify", "a.qlb", *ON_LINK, "--log", "log", "--json", changes=("image.json", "trace", "log")),
+    Case("plan", "a.qlb", *ON_LINK, changes=("image.json", "trace")),
+    Case("read", *ON_LINK, "--json", changes=("image.json", "trace")),
+    Case("read", "--simulate=recorded", before={"recorded": ("read", "--simulate", "--trace", "recorded")}),
+    Case("check", "a.qlb", "b.qlb", "--json"),
+    Case("devices", "--json"),
+    Case("explain", "recorded", before={"recorded": ("read", "--simulate", "--trace", "recorded")}),
+    Case("convert", "a.qlb", "dest", "-f", changes=("dest",)),
+    Case("convert", "a.json", "dest", "-f", changes=("dest",), before={"a.json": ("convert", "a.qlb", "a.json")}),
+    Case("diff", "a.qlb", "b.qlb"),
+    Case("encode", "text", "dest", "-f", "--key", "key.json", changes=("dest",)),
+    Case("encode", "text", "text", changes=("text",)),
+    Case("decode", "he3", "dest", "-f", changes=("dest",), before={"he3": ("encode", "text", "he3")}),
+    Case("info", "he3", before={"he3": ("encode", "text", "he3")}),
+    Case("completion", "bash"),
+    Case("help", "program"),
+    Case("version", "--json"),
+    Case("version", "--trace"),
+]  # fmt: skip
+
+
+def steady(content):
+    """Without what is different in each run: times, and the order of a folder."""
+    return re.sub(r'("(seconds|time)": ?)("[^"]*"|[\d.]+)', r"\1null", content.decode(errors="replace"))
+
+
+class Run:
+    def __init__(self, case, template, environment=None):
+        self.case = case
+        with tempfile.TemporaryDirectory(prefix="faults-") as folder:
+            shutil.copytree(template, folder, dirs_exist_ok=True)
+            done = subprocess.run(
+                [*COMMAND, *case.arguments, "--language", "it"], cwd=folder, timeout=60, check=False,
+                env={**PLAIN_ENVIRONMENT, **(environment or {})}, stdin=subprocess.DEVNULL, capture_output=True,
+            )  # fmt: skip
+            self.status, self.error = done.returncode, done.stderr.decode(errors="replace")
+            self.output = steady(done.stdout)
+            self.files = {entry.name: steady(entry.read_bytes()) for entry in pathlib.Path(folder).iterdir()}
+
+
+class Faults(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = pathlib.Path(tempfile.mkdtemp(prefix="faults-"))
+        cls.addClassCleanup(shutil.rmtree, cls.scratch)
+        cls.pool = concurrent.futures.ThreadPoolExecutor(os.cpu_count())
+
+    def prepare(self, case):
+        template = self.scratch / str(CASES.index(case))
+        if not template.exists():
+            template.mkdir()
+            for name, content in FILES.items():
+                (template / name).write_bytes(content.encode("cp1252"))
+            subprocess.run([*COMMAND, "program", "b.qlb", "--simulate=scenario.json"], cwd=template, check=True, capture_output=True)
+            for name, command in case.before.items():
+                subprocess.run([*COMMAND, *command], cwd=template, check=True, capture_output=True)
+            for name in {"trace", "log", "dest"} & set(case.changes):
+                (template / name).write_text('{"old": 1}\n')
+        return template, Run(case, template)
+
+    def count(self, case, template, points):
+        record = self.scratch / "record"
+        Run(case, template, self.environment(points, 0, False) | {"FAILING_RECORD": str(record)})
+        return record.read_text().splitlines()
+
+    @staticmethod
+    def environment(points, call, everything):
+        return {"LD_PRELOAD": os.environ["FAILING_CALLS"], "FAILING_POINTS": points, "FAILING_CALL": str(call)} | (
+            {"FAILING_ALL": "1"} if everything else {})  # fmt: skip
+
+    def wrong_files(self, run, before, good):
+        for name in sorted(before.files.keys() | run.files.keys()):
+            is_now, was, whole = (each.files.get(name) for each in (run, before, good))
+            if is_now in (was, whole):
+                # A programme file that can't be deleted stays, as with the window.
+                if run.status == good.status and is_now != whole and "--consume" not in run.case.arguments:
+                    yield f"{name} is not whole"
+            elif name in ("trace", "log") and is_now is not None:
+                kept = name == "trace" or (is_now.startswith(was) and is_now.count("\n") == 2)
+                if not kept or is_now[-1:] not in ("", "\n") or not all(map(json.loads, is_now.splitlines())):
+                    yield f"{name}: {is_now[-300:]}"
+            else:
+                yield f"{name}: {is_now and is_now[:200]}"
+
+    def problems(self, run, before, good, points):
+        if "in libgcrypt: " in run.error:  # it aborts where the kernel doesn't tell whether its FIPS mode is on
+            return
+        if run.status not in STATUSES and run.status != good.status:
+            yield "not a documented status"
+        if run.status == good.status and run.output != good.output:
+            yield "other results"
+        if run.status != good.status and points != STREAMS:
+            if not run.error.startswith("ventoctl: ") and "\nventoctl: " not in run.error:
+                yield "no sentence"
+            elif not any(reason in run.error for reason in REASONS):
+                yield "no reason"
+            elif run.status in (65, 66, 73) and not any(name in run.error for name in before.files):
+                yield "no file"
+        if "--json" in run.case.arguments and run.output:
+            json.loads(run.output)
+        yield from self.wrong_files(run, before, good)
+
+    def try_all(self, points, modes, calls_of):
+        found, count = [], 0
+        for case in CASES:
+            template, good = self.prepare(case)
+            before = Run(Case("version"), template)
+            names = self.count(case, template, points)
+            runs = [(call, everything) for call in calls_of(names) for everything in modes]
+            environments = [self.environment(points, *run) for run in runs]
+            for (call, everything), run in zip(runs, self.pool.map(lambda e: Run(case, template, e), environments)):
+                count += 1
+                problems = list(self.problems(run, before, good, points))
+                if problems:
+                    found.append(f"{' '.join(case.arguments)}: call {call} {names[call - 1]}{' and all behind it' if everything else ''}: "
+                                 f"{problems}, status {run.status}\n  {run.error}")
+        print(count, "runs", file=sys.stderr)
+        self.assertGreater(count, 500, "the calls were not counted")
+        self.assertFalse(found, "\n".join(found))
+
+    def test_calls_that_fail(self):
+        self.try_all(CALLS, (False, True), lambda names: range(1, len(names) + 1))
+
+    def test_streams_that_fail(self):
+        self.try_all(STREAMS, (False, True), lambda names: range(1, len(names) + 1))
+
+    def test_transfers_that_are_short(self):
+        self.try_all(SHORT, (False,), lambda names: range(1, len(names) + 1))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
