@@ -1,8 +1,9 @@
-# A Debian package for each component but the codec, by `cpack` in the folder of the build. scripts/package-linux makes them.
+# A Debian package for each component, by `cpack` in the folder of the build. scripts/package-linux makes them.
 set(documents ${CMAKE_CURRENT_BINARY_DIR}/debian)
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(contact "VENTO developers <vento@vento.invalid>")
-foreach(package IN ITEMS console:vento-console window:vento simulator:vento-simulator)
+foreach(package IN ITEMS console:vento-console window:vento simulator:vento-simulator
+        codec:libvento-codec1 codec-dev:libvento-codec-dev)
     string(REPLACE ":" ";" pair ${package})
     list(GET pair 0 component)
     list(GET pair 1 name)
@@ -45,6 +46,23 @@ set(CPACK_DEBIAN_WINDOW_DESCRIPTION "Put code tables into a remote control, in a
 set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "Transmitter and remote control in software, for VENTO
  A simulated transmitter with a remote control in front of it that the kernel
  takes for a real HID or USB device, for training and tests without hardware.")
+set(CPACK_DEBIAN_CODEC_DESCRIPTION "Codec for self-contained Huffman-compressed data
+ One container holds the data, its code tree and a checksum; encoding and
+ decoding take bytes, texts or files. This is the shared library.")
+set(CPACK_DEBIAN_CODEC_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_CODEC-DEV_DESCRIPTION "Codec for self-contained Huffman-compressed data: development files
+ One container holds the data, its code tree and a checksum; encoding and
+ decoding take bytes, texts or files. These are the headers for C++ and C, the
+ static library, and what CMake and pkg-config need to find it.")
+set(CPACK_DEBIAN_CODEC-DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_CODEC-DEV_PACKAGE_DEPENDS "libvento-codec1 (= ${PROJECT_VERSION})")
+# CPack calls ldconfig for a shared library, come what may, where Debian would have the trigger alone.
+file(WRITE ${documents}/overrides "libvento-codec1: maintscript-calls-ldconfig *\n")
+install(FILES ${documents}/overrides
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT codec RENAME libvento-codec1)
+file(WRITE ${documents}/shlibs "libvento_codec 1 libvento-codec1 (>= ${PROJECT_VERSION})\n")
+file(WRITE ${documents}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_CODEC_PACKAGE_CONTROL_EXTRA ${documents}/shlibs ${documents}/triggers)
 set(CPACK_DEBIAN_CONSOLE_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_SOURCE_DIR}/postinst")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

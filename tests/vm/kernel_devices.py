@@ -29,6 +29,19 @@ def hidraw_nodes() -> list[str]:
     return sorted(str(node) for node in pathlib.Path("/dev").glob("hidraw*"))
 
 
+class DeviceManager:
+    """The system's udevd, with the rules that it finds, from when it listens."""
+
+    def __init__(self):
+        self._process = subprocess.Popen(["/lib/systemd/systemd-udevd"], stderr=subprocess.DEVNULL)
+        ping = ["udevadm", "control", "--ping"]
+        wait_for(lambda: subprocess.run(ping, stderr=subprocess.DEVNULL).returncode == 0)
+
+    def stop(self) -> None:
+        self._process.terminate()
+        self._process.wait()
+
+
 class Simulator:
     """vento-simulator at work on a scenario, from when its devices are there."""
 

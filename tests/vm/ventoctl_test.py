@@ -17,7 +17,7 @@ import time
 import unittest
 
 from kernel_devices import (
-    BentTransmitter, LoginManager, Simulator, StallingTransmitter, UsbTransmitter, good_reply, hidraw_nodes, is_poll,
+    BentTransmitter, DeviceManager, LoginManager, Simulator, StallingTransmitter, UsbTransmitter, good_reply, hidraw_nodes, is_poll,
     wait_for,
 )
 
@@ -131,11 +131,7 @@ class Access(unittest.TestCase):
         seat = f"IS_SEAT0=1\nACTIVE=1\nACTIVE_UID={self.SEAT}\nSESSIONS=1\nUIDS={self.SEAT}\n"
         (seats / "seat0").write_text(seat)
         shutil.copy(RULES, "/etc/udev/rules.d/")
-        daemon = subprocess.Popen(["/lib/systemd/systemd-udevd"], stderr=subprocess.DEVNULL)
-        self.addCleanup(daemon.wait)
-        self.addCleanup(daemon.terminate)
-        ping = ["udevadm", "control", "--ping"]
-        wait_for(lambda: subprocess.run(ping, stderr=subprocess.DEVNULL).returncode == 0)
+        self.addCleanup(DeviceManager().stop)
         for interfaces, options in (([KEYBOARD, FIRST_KIND], ()), ([SECOND_KIND], COMPOSITE)):
             scenario = {"interfaces": interfaces, **QUICK}
             with self.subTest(options=options), Simulator(SIMULATOR, scenario, *options):
