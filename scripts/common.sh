@@ -51,6 +51,22 @@ build() {
     cmake --build --preset "$preset" "$@" >&2
 }
 
+# has_packages PACKAGE... - whether this system offers all of these, installed or not.
+has_packages() {
+    command -v apt-cache >/dev/null && [ "$(LC_ALL=C apt-cache policy "$@" | grep -c 'Candidate: [^(]')" = $# ]
+}
+
+# need_npm - has what packaging/web/package-lock.json names in build/npm.
+need_npm() {
+    cmp -s packaging/web/package-lock.json build/npm/installed && return
+    command -v npm >/dev/null || need_packages npm
+    say "Installing the npm packages"
+    mkdir -p build/npm
+    cp packaging/web/package*.json build/npm
+    npm ci --prefix build/npm --ignore-scripts --no-audit --no-fund --loglevel=error >&2
+    cp packaging/web/package-lock.json build/npm/installed
+}
+
 packages_build=(cmake g++ ninja-build libcli11-dev libgcrypt20-dev libsystemd-dev nlohmann-json3-dev)
 packages_test=(fish fiu-utils libfiu-dev libgtest-dev pkgconf python3 zsh)
 packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
@@ -61,5 +77,8 @@ packages_vm=(busybox-static cpio dbus-daemon kmod python3 python3-gi qemu-system
 packages_debian=(dpkg-dev gzip lintian)
 packages_windows=(fonts-crosextra-carlito fonts-liberation fonts-wine g++-mingw-w64-x86-64-posix googletest icoutils
     libgcrypt-mingw-w64-dev librsvg2-bin nsis openssl osslsigncode wine wine64)
+packages_web=(binaryen clang-19 dpkg-dev libc++-19-dev-wasm32 libc++abi-19-dev-wasm32 libclang-rt-19-dev-wasm32
+    librsvg2-bin lld-19 llvm-19 nlohmann-json3-dev python3 wasi-libc)
+packages_web_test=(chromium clang-tidy-19 googletest)
 packages_mutate=(ccache lld python3)
 packages_bench=(libbenchmark-dev libdeflate-dev libzstd-dev zlib1g-dev util-linux)

@@ -28,5 +28,6 @@ set(CMAKE_CXX_FLAGS_INIT "-fwasm-exceptions -nostdinc++ -isystem ${runtimes}/inc
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld -nostdlib++ -L${runtimes}/lib -Wl,--strip-all,--gc-sections")
 set(CMAKE_CXX_STANDARD_LIBRARIES "-lc++ -lc++abi -lunwind")
 
-# Programs with a main(), the tests, run under node.
-set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../../tests/web/run)
+# Programs with a main(), the tests, run under node, in a version that can wait in the middle of a call.
+set(node ${runtimes}/../npm/node_modules/.bin/node --experimental-wasm-jspi --no-warnings)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${node} ${CMAKE_CURRENT_LIST_DIR}/../../tests/web/run_program.mjs)

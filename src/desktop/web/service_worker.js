@@ -2,6 +2,7 @@
 // Keeps the page's own files, so that it opens without a network. Packaging fills in the files and a version, which
 // changes with any of them; a new version takes over when no page of the old one is open any more.
 
+/** @type {string[]} */
 const files = [/* files */];
 const version = "vento-";
 

@@ -34,7 +34,7 @@ VENTO_SCRIPT("hid_is_system_input") bool HidIsSystemInput(std::uint32_t device);
 /// Bytes of the longest input report in the upper half, of the longest output report in the lower one.
 VENTO_SCRIPT("hid_lengths") std::uint32_t HidLengths(std::uint32_t device);
 
-enum class Opened : std::int32_t { opened, forbidden, held, failed };
+enum class Opened : std::uint8_t { opened, forbidden, held, failed };
 /// Suspending. Opens the interface, unless it is open, locks it against other pages, and forgets what has
 /// come from it.
 VENTO_SCRIPT("hid_open") Opened HidOpen(std::uint32_t device);
