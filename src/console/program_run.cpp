@@ -20,6 +20,14 @@ void Report(const Console& console, const FormWeb& form, const OperationOutcome&
     if (succeeded && lost && console.options.strict && answer.status == 0) answer.status = kNotWhole;
 }
 
+void ReportUnfinished(const FormWeb& form, Answer& answer) {
+    ProgrammingOutcome outcome = form.Unfinished();
+    if (!outcome.writing) return;
+    if (const auto column = outcome.ColumnInWork())
+        outcome.columns.at(*column).problem = Phrase{"interrotta a metà.", "cut off in its midst."};
+    ReportColumns(form, outcome, "outcome", answer);
+}
+
 std::optional<OperationOutcome> Verify(const Console& console, ConsoleMachine& machine, FormWeb& form,
                                        Answer& answer) {
     Operate(console, machine, form, answer, [&] { form.Verify(); });
@@ -113,6 +121,7 @@ std::optional<OperationOutcome> ProgramOne(const Console& console, ConsoleMachin
         return programming;
     } catch (const EndedAtOnce& end) {
         ReportPanel(form, machine, answer);
+        ReportUnfinished(form, answer);
         answer.status = end.status;
         answer.Diagnose(form.HalfProgrammed() ? "Ended at once, with the remote half-programmed."
                                               : "Ended at once.");

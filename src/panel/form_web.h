@@ -108,9 +108,11 @@ class FormWeb {
     /// Whether a transmitter is there for the next operation. Opens nothing.
     [[nodiscard]] platform::Presence Transmitter() const { return machine_.hid.Detect(IsTransmitter); }
 
-    /// A programming run has begun to change the remote and has not come to its end: it is at it, or was left
-    /// there.
-    [[nodiscard]] bool HalfProgrammed() const { return ongoing_.programming.writing; }
+    /// How far a run has come that is at it, or was left by an exception.
+    [[nodiscard]] const ProgrammingOutcome& Unfinished() const { return ongoing_.programming; }
+
+    /// Such a run has begun to change the remote.
+    [[nodiscard]] bool HalfProgrammed() const { return Unfinished().writing; }
 
     [[nodiscard]] bool Ended() const { return ended_; }
 

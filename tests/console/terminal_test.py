@@ -109,7 +109,10 @@ class Terminal(ConsoleTest):
             out, _ = self.finish(status)
             self.assertEqual(out, f"Remote 1: good\nEnd of the series: {good} good, 0 bad\n" if good else "")
             self.assertEqual(self.raw.count(b"\a"), good)
-            self.assertEqual([json.loads(line)["status"] for line in log.read_text().splitlines()], [status])
+            (line,) = map(json.loads, log.read_text().splitlines())
+            self.assertEqual((line["status"], line["complete"]), (status, status == 0))
+            cut_off = [column["outcome"]["reason"] == "cut off in its midst." for column in line["columns"]]
+            self.assertEqual(sum(cut_off), int(status != 0))
             self.assertEqual("The series ends after this remote" in self.raw.decode(), shown == " 15 %")
 
     def test_the_time_of_a_wait_is_shown_as_it_passes(self):
