@@ -188,18 +188,24 @@ TEST(NativeReplacement, HasThePermissionsFromTheStartAndGoesToTheFileBehindALink
     EXPECT_THROW(static_cast<void>(ReplaceNatively("/dev/null")), FileError);
 }
 
-TEST(NativeLanguage, IsTakenFromTheFirstVariableThatIsSet) {
-    // LC_ALL, LC_MESSAGES and LANG; an empty one counts as none.
-    for (const auto& [all, messages, lang, language] :
-         std::vector<std::array<const char*, 4>>{{"", "", "", "ENG"},
-                                                 {"", "it_CH", "de_CH.UTF-8", "ITA"},
-                                                 {"C", "it_IT", "it_IT", "ENG"},
-                                                 {"", "", "it", "ITA"},
-                                                 {"", "", "ita_X", "ENG"}}) {
+TEST(NativeLanguage, IsTheFirstKnownOneOfTheListOrElseTheLocales) {
+    // LANGUAGE, LC_ALL, LC_MESSAGES and LANG; an empty one counts as none.
+    for (const auto& [list, all, messages, lang, language] :
+         std::vector<std::array<const char*, 5>>{{"", "", "", "", "ENG"},
+                                                 {"", "", "it_CH", "de_CH.UTF-8", "ITA"},
+                                                 {"", "C", "it_IT", "it_IT", "ENG"},
+                                                 {"", "", "", "it", "ITA"},
+                                                 {"", "", "", "ita_X", "ENG"},
+                                                 {"fr:it_CH:en", "", "", "de_DE.UTF-8", "ITA"},
+                                                 {"en:it", "", "", "it_IT", "ENG"},
+                                                 {"de:fr", "", "", "it_IT", "ENG"},
+                                                 {"it", "C.UTF-8", "", "it_IT", "ENG"},
+                                                 {"it", "", "", "", "ENG"}}) {
+        ::setenv("LANGUAGE", list, 1);
         ::setenv("LC_ALL", all, 1);
         ::setenv("LC_MESSAGES", messages, 1);
         ::setenv("LANG", lang, 1);
-        EXPECT_EQ(NativeLanguageAbbreviation(), language) << lang;
+        EXPECT_EQ(NativeLanguageAbbreviation(), language) << list << " " << lang;
     }
 }
 
