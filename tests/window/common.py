@@ -1,9 +1,15 @@
-"""What is the same for the windows of both systems."""
+"""What is the same for all windows."""
 
 import contextlib
+import json
 import os
+import pathlib
 import subprocess
+import tempfile
 import time
+import unittest
+
+LABELS = [["Città 100"], ["Un ricevitore dal nome davvero troppo lungo per il suo riquadro"], ["Gamma 300"]]
 
 
 def eventually(condition, what, seconds=30):
@@ -40,6 +46,10 @@ class Window:
         """The exit status, for which the program has little time."""
         return self.process.wait(timeout=seconds)
 
+    def keeps(self, file):
+        """Whether the file is still there after the end."""
+        return file.exists()
+
     def __enter__(self):
         return self
 
@@ -52,3 +62,41 @@ class Window:
         finally:
             self.process.kill()
             self.process.wait()
+
+
+class Case(unittest.TestCase):
+    """A case with a folder of its own, in which the program runs."""
+
+    window = program = None
+
+    def setUp(self):
+        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="prova è ")))
+
+    def programme(self, name="VENTO-prova.qlb", labels=LABELS, length=400):
+        """A programme file with three lists of so many bytes that read back as PROVA-01, PROVA-02, PROVA-03."""
+        lines = []
+        for column, [label] in enumerate(labels, 1):
+            codes = [ord(each) + 128 for each in f"PROVA-0{column}"] + [column] * (length - 8)
+            lines += [f"{column};{label};{','.join(map(str, codes))};x;y\n"] * 2
+        (self.folder / name).write_text("".join(lines), encoding="windows-1252")
+        return self.folder / name
+
+    def scenario(self, **keys):
+        (self.folder / "scenario.json").write_text(json.dumps(keys))
+        return "scenario.json"
+
+    def open(self, *arguments, **options):
+        return self.enterContext(self.window(self.program, self.folder, *arguments, **options))
+
+    def open_slowly(self, microseconds=5000, **keys):
+        """With a programme loaded whose transfer takes some six seconds."""
+        self.file = self.programme(length=2000)
+        return self.open(self.file, simulate=self.scenario(reportMicroseconds=microseconds, **keys))
+
+    def close(self, window, file=None):
+        window.close()
+        self.assert_ends(window, file)
+
+    def assert_ends(self, window, file=None, status=0):
+        self.assertEqual(window.ends(), status)
+        self.assertFalse(file and window.keeps(file))

@@ -32,6 +32,10 @@ def inside_a_desktop():
         os.execv(on_screen, [on_screen, "dbus-run-session", "--", sys.executable, *sys.argv])
 
 
+def native(path):
+    return str(path)
+
+
 def below(node):
     for child in filter(None, map(node.get_child_at_index, range(node.get_child_count()))):
         yield child

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""window_test.py VENTO: the real window, Qt's or that of vento.exe, used as an operator or a screen reader would."""
+"""window_test.py VENTO: the real window, Qt's, that of vento.exe or the page in a browser, used as an operator or a screen
+reader would."""
 
 import json
 import os
@@ -11,15 +12,16 @@ import tempfile
 import time
 import unittest
 
-from common import eventually
+import common
+from common import LABELS, eventually
 
-WINDOWS = sys.argv[1].endswith(".exe")
+WINDOWS, WEB = (sys.argv[1].endswith(ending) for ending in (".exe", ".html"))
+QT = not WINDOWS and not WEB
 CAPTIONS = {"it": ["Leggi Programmazione", "CHIUDI", "APRI"], "en": ["CODE READING", "CLOSE", "OPEN"]}
 DIALOG = "Seleziona il file da aprire"
 SUCCESS, ENGLISH_SUCCESS = "Programmazione eseguita con successo", "Operation succesfully completed"
 WAITING = "Posizionare il telecomando di fronte al trasmettitore"
 READ = "TV PROVA-01\nDTT PROVA-02\nSAT PROVA-03"
-LABELS = [["Città 100"], ["Un ricevitore dal nome davvero troppo lungo per il suo riquadro"], ["Gamma 300"]]
 # Left, top, right and bottom, in pixels at the scale of 1.
 PLACES = {"VENTO": (8, 16, 228, 78), "OPEN": (56, 136, 161, 185), "TV column": (168, 136, 289, 185),
           "DTT column": (312, 136, 433, 185), "SAT column": (456, 136, 577, 185), "PROGRAM": (56, 216, 209, 273),
@@ -28,39 +30,7 @@ if WINDOWS:  # which tells of what is hidden too
     PLACES["Progress"] = (64, 400, 585, 425)
 
 
-class WindowTest(unittest.TestCase):
-    def setUp(self):
-        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="prova è ")))
-
-    def programme(self, name="VENTO-prova.qlb", labels=LABELS, length=400):
-        """A programme file with three lists of so many bytes that read back as PROVA-01, PROVA-02, PROVA-03."""
-        lines = []
-        for column, [label] in enumerate(labels, 1):
-            codes = [ord(each) + 128 for each in f"PROVA-0{column}"] + [column] * (length - 8)
-            lines += [f"{column};{label};{','.join(map(str, codes))};x;y\n"] * 2
-        (self.folder / name).write_text("".join(lines), encoding="windows-1252")
-        return self.folder / name
-
-    def scenario(self, **keys):
-        (self.folder / "scenario.json").write_text(json.dumps(keys))
-        return "scenario.json"
-
-    def open(self, *arguments, **options):
-        return self.enterContext(Window(VENTO, self.folder, *arguments, **options))
-
-    def open_slowly(self, microseconds=5000, **keys):
-        """With a programme loaded whose transfer takes some six seconds."""
-        self.file = self.programme(length=2000)
-        return self.open(self.file, simulate=self.scenario(reportMicroseconds=microseconds, **keys))
-
-    def close(self, window, file=None):
-        window.close()
-        self.assert_ends(window, file)
-
-    def assert_ends(self, window, file=None, status=0):
-        self.assertEqual(window.ends(), status)
-        self.assertFalse(file and file.exists())
-
+class WindowTest(common.Case):
     def test_starts_without_a_file_in_the_language_of_the_desktop(self):
         for language, simulated in (("it", "simulazione"), ("en", "simulation")):
             window = self.open(language=language)
@@ -80,6 +50,7 @@ class WindowTest(unittest.TestCase):
             _, (left, top, right, bottom), area = window.frame()
             if scale == 1 or not WINDOWS:  # Wine's frame has one size, and a new screen another middle
                 self.assertEqual(area, [618 * scale, 447 * scale])
+            if QT or WINDOWS and scale == 1:
                 self.assertAlmostEqual(left + right, 1600, delta=2 * scale)
                 self.assertAlmostEqual(top + bottom, 1200, delta=2 * scale)
             window.picture(f"density-{scale}")
@@ -124,6 +95,7 @@ class WindowTest(unittest.TestCase):
         window.answer()
         self.close(window, file)
 
+    @unittest.skipIf(WEB, "the browser's dialog, which nothing can look into")
     def test_opens_a_file_through_the_dialog_or_says_why_not(self):
         file, other = self.programme("VENTO perché.qlb"), self.programme("altro.qlb")
         bad = self.folder / ("VENTO-è.qlb" if WINDOWS else "VENTO-<b>.qlb")
@@ -182,6 +154,7 @@ class WindowTest(unittest.TestCase):
         time.sleep(0.3)
         self.assertEqual((window.status(), window.items(), window.shows_a_dialog()), (cancelled, LABELS, False))
 
+    @unittest.skipIf(WEB, "what a scenario has written stays in the page")
     def test_closing_ends_whatever_is_open_and_deletes_the_file(self):
         image = self.folder / "image.json"
         ways = (lambda window: window.press("CHIUDI"), Window.close, Window.end_session)
@@ -269,7 +242,7 @@ class WindowTest(unittest.TestCase):
         hidden = [each for each in self.open().controls("Button") if not each["visible"]]
         self.assertEqual({each["text"]: each["enabled"] for each in hidden}, {"PROGRAMMA": False, "": False})
 
-    @unittest.skipUnless(WINDOWS, "a button there")
+    @unittest.skipIf(QT, "no button there")
     def test_a_wait_is_cancelled_by_a_click_and_what_can_not_be_done_now_is_dimmed(self):
         window = self.open_slowly(remote=None)
         window.press("Leggi Programmazione")
@@ -281,7 +254,7 @@ class WindowTest(unittest.TestCase):
         self.assertEqual([window.enabled(each) for each in CAPTIONS["it"]], [True, True, True])
         self.assertNotIn("Esc: annulla", window.buttons())
 
-    @unittest.skipIf(WINDOWS, "the other system's file names and signals")
+    @unittest.skipUnless(QT, "the other system's file names and signals")
     def test_takes_a_single_argument_as_it_stands_and_leaves_what_it_may_not_write(self):
         neighbour, file = self.programme(), self.programme('VENTO-"prova".qlb', [["12"], ["b"], ["c"]])
         self.close(self.open(file.name), file)
@@ -315,7 +288,7 @@ class WindowTest(unittest.TestCase):
             self.close(window)
         self.assertEqual([each.exists() for each in (protected, large)], [True, False])
 
-    @unittest.skipIf(WINDOWS, "the other system's signals")
+    @unittest.skipUnless(QT, "the other system's signals")
     def test_a_signal_ends_it_at_any_time_unless_it_was_ignored_from_the_start(self):
         window = self.open(simulate="missing.json")
         window.box()
@@ -339,7 +312,7 @@ class WindowTest(unittest.TestCase):
 
     def test_a_screen_reader_hears_how_an_operation_goes_and_finds_the_labels(self):
         window = self.open_slowly(remote=None)
-        self.assertIn("Colonna TV" if WINDOWS else f"Colonna TV: {LABELS[0][0]}", window.names("list"))
+        self.assertIn(f"Colonna TV: {LABELS[0][0]}" if QT else "Colonna TV", window.names("list"))
         spoken = self.enterContext(window.spoken())
         window.press("PROGRAMMA")
         window.await_status(WAITING)
@@ -364,15 +337,18 @@ class WindowTest(unittest.TestCase):
         bad = self.folder / "bad.qlb"
         bad.write_text("1;a;1\n")
         window = self.open(bad)
+        if WEB:  # a drop, and no silent start
+            window.answer()
         for description in window.descriptions("list"):
-            end = re.escape(native(bad) if WINDOWS else str(bad))
+            end = re.escape(native(bad))
             self.assertRegex(description, f"^Colonna .*: Il file non è stato caricato: Riga 1, campo 4: (.|\n)*{end}$")
         self.close(window, bad)
-        desktop = None if WINDOWS else self.enterContext(Desktop())
+        desktop = self.enterContext(Desktop()) if QT else None
         window = self.open(self.file, simulate=self.scenario(reportMicroseconds=10000, remote={"arrivesAtPoll": 200}))
         self.assertEqual(window.descriptions("list"), ["Colonna TV: <b>B</b>", "Colonna DTT: C", "Colonna SAT: D"])
-        shown = native(self.file) if WINDOWS else self.file
-        self.assertIn(f"Elimina il file {shown}", window.description("CHIUDI"))
+        shown = native(self.file)
+        deletes = "Chiede se eliminare il file" if WEB else "Elimina il file"
+        self.assertIn(f"{deletes} {shown}", window.description("CHIUDI"))
         self.assertIn(f"File aperto: {shown}", window.description("APRI"))
         self.assertRegex(window.description("PROGRAMMA"), r"Trasmettitore: collegato$")
         window.press("PROGRAMMA")
@@ -388,7 +364,7 @@ class WindowTest(unittest.TestCase):
                    "the column that is being written")  # there is a turn before it is announced
         window.await_status(SUCCESS, 60)
         eventually(lambda: f"File aperto: {shown}" in window.description("APRI"), "the open file")
-        if WINDOWS:
+        if not QT:
             return
         shares = [told["progress"] for _, told in desktop.told if "progress" in told]
         self.assertEqual((shares, len(set(shares))), (sorted(shares), len(shares)))
@@ -411,7 +387,7 @@ class WindowTest(unittest.TestCase):
                 window.answer()
             self.close(window)
 
-    @unittest.skipIf(WINDOWS, "the settings of the other system")
+    @unittest.skipUnless(QT, "the settings of the other system")
     def test_follows_the_contrast_of_the_desktop_and_fits_a_small_screen(self):
         white, black, corner, yellow = (255, 255, 255), (0, 0, 0), (5, 5), (70, 220)
         desktop = self.enterContext(Desktop())
@@ -435,6 +411,7 @@ class WindowTest(unittest.TestCase):
         window.await_status(SUCCESS)
         self.close(window)
 
+    @unittest.skipIf(WEB, "a scenario is dropped on the page")
     def test_says_what_it_can_not_do_with_a_scenario(self):
         file = self.programme(length=8)
         for simulate in ("missing.json", self.scenario(remote={"version": 300}), ".", "x" * 5000):
@@ -457,9 +434,11 @@ class WindowTest(unittest.TestCase):
 if __name__ == "__main__":
     if WINDOWS:
         from win32 import SC_HOLD_CAPTION, SC_KEYMENU, Window, native
+    elif WEB:
+        from web import Window, native
     else:
-        from harness import Desktop, Window, inside_a_desktop, screen
+        from harness import Desktop, Window, inside_a_desktop, native, screen
 
         inside_a_desktop()
-    VENTO = os.path.abspath(sys.argv.pop(1))
+    common.Case.window, common.Case.program = Window, os.path.abspath(sys.argv.pop(1))
     unittest.main(verbosity=2)

@@ -37,8 +37,15 @@ const ListView* ListOf(ControlId id, const FormWeb& form) {
                               static_cast<std::size_t>(ControlId::ListView1_0));
 }
 
+std::string PageGuidanceFor(ControlId id, FormWeb& form, Presence transmitter) {
+    const std::string& file = form.Label2.Caption();
+    if (id == ControlId::Command3 && !file.empty() && !form.ProgressBar1.Visible())
+        return CloseGuidance(file, form.PanelLanguage());
+    return GuidanceFor(id, form, transmitter);
+}
+
 json ViewOf(ControlId id, FormWeb& form, Presence transmitter) {
-    json view{{"id", ElementOf(id)}, {"guidance", GuidanceFor(id, form, transmitter)}};
+    json view{{"id", ElementOf(id)}, {"guidance", PageGuidanceFor(id, form, transmitter)}};
     if (const Button* const button = ButtonOf(id, form)) {
         view["text"] = ShownText(button->Caption());
         view["visible"] = button->Visible();
@@ -112,6 +119,7 @@ void Page::Press(ControlId id) {
 
 void Page::Connect() {
     std::vector<std::uint16_t> vendors;
+    vendors.reserve(kTransmitterKinds.size());
     for (const TransmitterKind& kind : kTransmitterKinds)
         vendors.push_back(kind.vendorId);
     const bool chosen = platform::RequestDevices(vendors);
@@ -151,7 +159,7 @@ void Page::DoHint() {
     }
 }
 
-void Page::Refuse(std::string_view name) {
+void Page::Refuse(std::string_view name) const {
     script::Tell(BoxJson(ForeignFileText(PageLanguage()), name));
 }
 
@@ -193,6 +201,7 @@ void Page::End() {
 LinkState Page::StateOfLink() const {
     if (machine_.backEnd == platform::HidBackEnd::simulation)
         return script::CanReachTransmitters() ? LinkState::simulated : LinkState::unreachable;
+    if (form_.Operating()) return LinkState::ready;
     switch (transmitter_) {
         case Presence::forbidden:
             return LinkState::forbidden;

@@ -41,7 +41,7 @@ class Page {
     /// A device has come or gone.
     void Look();
     /// Says that a file is of no use here.
-    void Refuse(std::string_view name);
+    void Refuse(std::string_view name) const;
 
     [[nodiscard]] bool Operating() const { return form_.Operating(); }
     [[nodiscard]] bool Ended() const { return form_.Ended(); }

@@ -161,6 +161,12 @@ std::string NothingChosenDetail(Language language) {
         .In(language);
 }
 
+std::string CloseGuidance(const std::string& file, Language language) {
+    const Sentence asks =
+        Fill({"Chiede se eliminare il file {0}", "Asks whether to delete the file {0}"}, {file});
+    return ShownText(ToolTipOf(LayoutOf(ControlId::Command3), language) + "\n" + asks.In(language));
+}
+
 std::string ForeignFileText(Language language) {
     return Phrase{"VENTO apre file di programmazione (.qlb) e scenari (.json)",
                   "VENTO opens programme files (.qlb) and scenarios (.json)"}

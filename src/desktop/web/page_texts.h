@@ -37,6 +37,9 @@ struct Step {
 [[nodiscard]] std::string NothingChosenText(Language language);
 [[nodiscard]] std::string NothingChosenDetail(Language language);
 
+/// The tool tip of the close button while this file is open: the page asks before it deletes.
+[[nodiscard]] std::string CloseGuidance(const std::string& file, Language language);
+
 /// What is told of a file that is neither a programme nor a scenario.
 [[nodiscard]] std::string ForeignFileText(Language language);
 

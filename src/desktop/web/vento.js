@@ -41,6 +41,8 @@ let over = false;
 const scenes = []; // what is to be shown, where the program can't wait for it
 let playing = false;
 /** @type {Promise<void>} */
+let played = Promise.resolve();
+/** @type {Promise<void>} */
 let boxes = Promise.resolve();
 
 /** @param {string} id @returns {any} */
@@ -67,7 +69,7 @@ function leave(text) {
 function play(scene) {
     if (suspending) return scene();
     scenes.push(scene);
-    if (!playing) void playScenes();
+    if (!playing) played = playScenes();
 }
 
 async function playScenes() {
@@ -125,8 +127,9 @@ function setCaption(node, caption) {
 /** @param {ControlView} control */
 function showControl(control) {
     const node = element(control.id);
-    if (control.guidance && node.title !== control.guidance) node.title = control.guidance;
-    if (!control.guidance) node.removeAttribute('title');
+    const tip = control.guidance === node.ariaLabel ? '' : control.guidance;
+    if (tip && node.title !== tip) node.title = tip;
+    if (!tip) node.removeAttribute('title');
     if (control.items) {
         node.replaceChildren(...control.items.map((text) => Object.assign(document.createElement('li'), { textContent: text })));
     } else if (control.largest !== undefined) {
@@ -284,7 +287,8 @@ function imports() {
 
 /** Calls an export that may wait. @param {string} name @param {...number} args */
 async function call(name, ...args) {
-    if (over || playing) return;
+    await played;
+    if (over) return;
     await (suspending ? ENGINE.promising(program[name])(...args) : program[name](...args));
     if (!scenario) return;
     const path = scenario;
@@ -324,6 +328,7 @@ function begin(simulation) {
 function press(id) {
     if (id === 'Command3') return program.close();
     if (id === 'hint') return program.hint();
+    if (playing && view?.operating) return;
     if (id === 'Command4' && !suspending) return void pick('').then((chosen) => chosen && take(chosen.file, chosen.handle));
     void call('press', texts.controls.find((/** @type {ControlTexts} */ each) => each.id === id).number);
 }
@@ -390,6 +395,7 @@ const language = () => {
 
 function listen() {
     for (const id of ['Command2', 'Command3', 'Command4', 'Command6_0', 'hint']) element(id).onclick = () => press(id);
+    element('hint').onmousedown = (/** @type {Event} */ event) => event.preventDefault(); // the focus stays where it is
     element('connect').onclick = () => call('connect');
     element('saveRule').onclick = () => save('60-vento.rules', answered(program.udevRule()));
     element('saveTrace').onclick = () => save('vento-trace.jsonl', answered(program.trace()));
