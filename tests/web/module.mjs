@@ -9,6 +9,7 @@ export async function loadModule(file, { language = 'en' } = {}) {
     const text = (start, length) => new TextDecoder().decode(new Uint8Array(program.memory.buffer, start, length));
     const boxed = (start, length) => void seen.boxes.push(JSON.parse(text(start, length)));
     const platform = platformImports({ memory: () => program.memory, language: () => language });
+    platform.onDevicesChanged(() => program?.look());
     const desktop = {
         texts: () => undefined,
         show: (start, length) => (seen.view = JSON.parse(text(start, length))),
@@ -30,6 +31,8 @@ export async function loadModule(file, { language = 'en' } = {}) {
     return {
         seen,
         program,
+        ready: platform.ready,
+        nextTurn: platform.nextTurn,
         putFile: platform.putFile,
         getFile: platform.getFile,
         start: (simulation) => (leave(simulation), program.start()),

@@ -127,7 +127,7 @@ def main():
         runs = pathlib.Path(__file__).with_name("runs.mjs")
         module = subprocess.run([*NODE, runs, MODULE], input="".join(json.dumps(case) + "\n" for case in cases), text=True,
                                 stdout=subprocess.PIPE, timeout=3600, check=True)
-        answers = [json.loads(line) for line in module.stdout.splitlines()]
+        answers = [json.loads(line) for line in module.stdout.split("\n") if line]
         if len(answers) != len(cases):
             sys.exit(f"{len(cases)} runs, but {len(answers)} answers of the module")
         for seed, (case, answer) in enumerate(zip(cases, answers), SEED):

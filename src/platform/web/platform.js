@@ -87,28 +87,47 @@ function screenLight() {
     };
 }
 
-/** One page at a time works with a transmitter of the same ids: the browser tells no two such devices apart. */
-function pageLocks() {
-    /** @type {Map<string, () => void>} */
+/**
+ * One page at a time works with a transmitter of the same ids: the browser tells no two such devices apart.
+ * @param {() => void} onChange
+ */
+function pageLocks(onChange) {
+    /** @type {Map<string, {end: () => void, ended: Promise<unknown>}>} */
     const held = new Map();
+    /** @type {Set<string>} */
+    const others = new Set();
+    const nameOf = (/** @type {any} */ device) => `${LOCK} ${device.vendorId}:${device.productId}`;
+    const note = (/** @type {string} */ name) => {
+        if (others.has(name)) return;
+        others.add(name);
+        void navigator.locks.request(name, () => void others.delete(name)).then(onChange);
+    };
     return {
+        /** Another page had it when it was last wanted, and has not let go since. @param {any} device */
+        isElsewhere: (device) => others.has(nameOf(device)),
         /** @param {any} device @returns {Promise<boolean>} whether it is ours */
         take: (device) => {
-            const name = `${LOCK} ${device.vendorId}:${device.productId}`;
+            const name = nameOf(device);
             if (held.has(name) || !navigator.locks) return Promise.resolve(true);
             return new Promise((answer) => {
                 const hold = (/** @type {any} */ lock) => {
-                    if (!lock) return void answer(false);
-                    const ended = new Promise((/** @type {(value?: any) => void} */ end) => held.set(name, end));
-                    answer(true);
-                    return ended;
+                    if (!lock) {
+                        note(name);
+                        return void answer(false);
+                    }
+                    return new Promise((/** @type {(value?: any) => void} */ end) => {
+                        held.set(name, { end, ended });
+                        answer(true);
+                    });
                 };
-                navigator.locks.request(name, { ifAvailable: true }, hold).catch(() => answer(true)); // no locks here
+                const ended = navigator.locks.request(name, { ifAvailable: true }, hold).catch(() => answer(true)); // none here
             });
         },
         release: () => {
-            for (const end of held.values()) end();
+            const ending = [...held.values()];
             held.clear();
+            for (const each of ending) each.end();
+            return Promise.all(ending.map((each) => each.ended));
         },
     };
 }
@@ -116,7 +135,7 @@ function pageLocks() {
 /** The devices that were granted to the page and are plugged in. @param {() => void} onChange */
 function hidDevices(onChange) {
     const hid = typeof navigator === 'undefined' ? undefined : /** @type {any} */ (navigator).hid;
-    const locks = pageLocks();
+    const locks = pageLocks(onChange);
     /** @type {Interface[]} */
     let present = [];
     let latest = 0;
@@ -164,6 +183,10 @@ function hidDevices(onChange) {
         identity: (/** @type {number} */ number) => {
             const device = find(number)?.device;
             return device ? (device.vendorId << 16) | device.productId : 0;
+        },
+        isElsewhere: (/** @type {number} */ number) => {
+            const device = find(number)?.device;
+            return Number(!!device && locks.isElsewhere(device));
         },
         isSystemInput: (/** @type {number} */ number) => {
             const pointerOrKeyboard = (/** @type {any} */ { usagePage, usage }) => usagePage === 1 && [1, 2, 6, 7].includes(usage);
@@ -230,8 +253,8 @@ function hidDevices(onChange) {
             return from.queue.shift();
         },
         release: () => {
-            closing = Promise.all(present.filter((each) => each.device.opened).map((each) => each.device.close().catch(() => undefined)));
-            void closing.then(locks.release);
+            const open = present.filter((each) => each.device.opened);
+            closing = Promise.all(open.map((each) => each.device.close().catch(() => undefined))).then(locks.release);
         },
     };
 }
@@ -268,6 +291,7 @@ export function platformImports({ memory, language, onDelete = () => undefined, 
         hid_request: waits((start, count) => hid.request(new Uint16Array(memory().buffer.slice(start, start + 2 * count))), never),
         hid_at: suspending ? hid.at : never,
         hid_identity: hid.identity,
+        hid_is_elsewhere: hid.isElsewhere,
         hid_is_system_input: hid.isSystemInput,
         hid_lengths: hid.lengths,
         hid_open: waits(hid.open, never),

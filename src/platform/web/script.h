@@ -29,6 +29,8 @@ VENTO_SCRIPT("hid_request") bool HidRequest(const std::uint16_t* vendorIds, std:
 VENTO_SCRIPT("hid_at") std::uint32_t HidAt(std::size_t place);
 /// Vendor id in the upper half, product id in the lower one; 0 for one that is gone.
 VENTO_SCRIPT("hid_identity") std::uint32_t HidIdentity(std::uint32_t device);
+/// Another page works with it, and did so when it was last to be opened here.
+VENTO_SCRIPT("hid_is_elsewhere") bool HidIsElsewhere(std::uint32_t device);
 /// Keyboard or mouse, and nothing else.
 VENTO_SCRIPT("hid_is_system_input") bool HidIsSystemInput(std::uint32_t device);
 /// Bytes of the longest input report in the upper half, of the longest output report in the lower one.

@@ -82,7 +82,6 @@ OpenAnswer WebHidHost::Open(std::string_view path, Wanted wanted) {
     }
     const script::Opened opened = script::HidOpen(device);
     forbidden_.erase(device);
-    held_.erase(device);
     switch (opened) {
         case script::Opened::opened:
             answer.outcome = OpenOutcome::opened;
@@ -94,7 +93,6 @@ OpenAnswer WebHidHost::Open(std::string_view path, Wanted wanted) {
             break;
         case script::Opened::held:
             answer.outcome = OpenOutcome::held;
-            held_.insert(device);
             break;
         case script::Opened::failed:
             break;
@@ -111,9 +109,9 @@ Presence WebHidHost::Detect(Wanted wanted) {
     Presence found = Presence::absent;
     for (const std::uint32_t device : Present()) {
         if (!IsWanted(device, IdentityOf(device), wanted)) continue;
-        const Presence one = forbidden_.contains(device) ? Presence::forbidden
-                             : held_.contains(device)    ? Presence::inUse
-                                                         : Presence::ready;
+        const Presence one = forbidden_.contains(device)      ? Presence::forbidden
+                             : script::HidIsElsewhere(device) ? Presence::inUse
+                                                              : Presence::ready;
         if (one == Presence::ready) return one;
         if (found == Presence::absent) found = one;
     }

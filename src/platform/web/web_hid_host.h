@@ -18,7 +18,7 @@ class WebHidHost final : public HidHost {
     void Search(const std::function<bool(std::string_view path)>& visit) override;
     [[nodiscard]] OpenAnswer Open(std::string_view path, Wanted wanted) override;
     [[nodiscard]] std::optional<ReportLengths> Lengths(HidHandle device) override;
-    /// By what the latest open came to, for each device.
+    /// Whether one is forbidden is known from its latest open.
     [[nodiscard]] Presence Detect(Wanted wanted) override;
     ReportTransfer Write(HidHandle device, const Report& report) override;
     ReportTransfer Read(HidHandle device, Report& report) override;
@@ -29,7 +29,6 @@ class WebHidHost final : public HidHost {
   private:
     std::weak_ptr<Conversation> conversation_;
     std::set<std::uint32_t> forbidden_;  ///< devices whose latest open was refused for want of permission
-    std::set<std::uint32_t> held_;       ///< or because another page has them
 };
 
 }  // namespace vento::platform
