@@ -1,9 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "platform/clock.h"
@@ -11,7 +11,7 @@
 
 namespace vento {
 
-/// A line of JSON for each step on the link, with the time at which the step was over.
+/// A line of JSON for each step on the link, with the time at which the step was over. Allocates nothing.
 class Trace {
   public:
     /// `write` gets each line, its end included, at once. `clock` outlives this.
@@ -26,9 +26,11 @@ class Trace {
     void Close(std::uint64_t cycle);
 
   private:
-    void Line(std::uint64_t cycle, const std::string& rest);
+    /// `addRest` adds to the text of the line, behind its time.
+    template <typename AddRest>
+    void Line(std::uint64_t cycle, const AddRest& addRest);
 
-    [[nodiscard]] std::string SecondsSinceFirst();
+    [[nodiscard]] std::chrono::microseconds SinceFirst();
 
     std::function<void(std::string_view line)> write_;
     platform::Clock& clock_;
