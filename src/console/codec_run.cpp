@@ -63,8 +63,7 @@ void Guard(const fs::path& source, const std::string& name, ordered_json& error,
         error = ErrorFields("overflow", overflow);
         throw Failure(kUnusableInput, About(name, overflow));
     } catch (const codec::MemoryError&) {
-        throw Failure(kUnforeseen,
-                      Fill({"{0}: memoria insufficiente", "{0}: there is not enough memory"}, {name}));
+        throw Failure(kUnforeseen, Labelled(name, kNoMemory));
     } catch (const fs::filesystem_error& failed) {
         const bool reading = failed.path1() == source;
         throw Failure(reading ? kMissingInput : kFailedOutput,

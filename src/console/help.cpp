@@ -213,12 +213,16 @@ void RunHelp(const Console& console, Answer& answer) {
     answer.fields["text"] = answer.text;
 }
 
+std::string JsonVersion() {
+    return std::to_string(NLOHMANN_JSON_VERSION_MAJOR) + "." + std::to_string(NLOHMANN_JSON_VERSION_MINOR) +
+           "." + std::to_string(NLOHMANN_JSON_VERSION_PATCH);
+}
+
 void RunVersion(const Console&, Answer& answer) {
     answer.fields = {{"version", VENTO_VERSION}, {"commit", nullptr}, {"compiler", VENTO_COMPILER}};
     if (!kCommit.empty()) answer.fields["commit"] = kCommit;
-    answer.fields["libraries"] = {{"CLI11", CLI11_VERSION},
-                                  {"libgcrypt", gcry_check_version(nullptr)},
-                                  {"nlohmann-json", nlohmann::ordered_json::meta()["version"]["string"]}};
+    answer.fields["libraries"] = {
+        {"CLI11", CLI11_VERSION}, {"libgcrypt", GCRYPT_VERSION}, {"nlohmann-json", JsonVersion()}};
     answer.text = "ventoctl " VENTO_VERSION "\n";
 }
 

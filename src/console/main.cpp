@@ -1,6 +1,10 @@
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <new>
+#include <optional>
+#include <span>
 #include <system_error>
 
 #include "console/commands.h"
@@ -52,8 +56,7 @@ int RunCommand(const Options& options, const Terminal& terminal, Language langua
 }
 
 // The console program from its arguments (UTF-8, without the program's name) to its exit status.
-int RunConsole(const std::vector<std::string>& arguments, const Terminal& terminal) {
-    const Language language = LanguageFor(arguments);
+int RunConsole(const std::vector<std::string>& arguments, const Terminal& terminal, Language language) {
     try {
         return RunCommand(ParseOptions(arguments), terminal, language);
     } catch (const Failure& failure) {
@@ -65,10 +68,40 @@ int RunConsole(const std::vector<std::string>& arguments, const Terminal& termin
     }
 }
 
+// The exit status, when not even the memory to say more can be had.
+int EndWithoutMemory(Language language) {
+    const std::string_view text = kNoMemory.View(language);
+    std::fprintf(stderr, "ventoctl: %.*s.\n", static_cast<int>(text.size()), text.data());
+    return kUnforeseen;
+}
+
+std::optional<Language> languageOfTheEnd;  // nothing before `main`
+
+// Where an exception can't be caught: in a destructor, and before `main`, where libraries make their
+// constants.
+[[noreturn]] void EndAtOnce() {
+    try {
+        if (const auto current = std::current_exception()) std::rethrow_exception(current);
+    } catch (const std::bad_alloc&) {
+        std::_Exit(EndWithoutMemory(languageOfTheEnd ? *languageOfTheEnd : LanguageFor({})));
+    } catch (...) {  // NOLINT(bugprone-empty-catch): a fault that a debugger is to see
+    }
+    std::abort();
+}
+
+const std::terminate_handler kUsualHandler = std::set_terminate(EndAtOnce);
+
 }  // namespace
 }  // namespace vento::console
 
 int main(int argc, char* argv[]) {
-    const auto terminal = vento::platform::MakeNativeTerminal();
-    return vento::console::RunConsole(vento::platform::NativeArguments(argc, argv), *terminal);
+    using namespace vento;
+    const Language language = console::LanguageFor(std::span(argv, static_cast<std::size_t>(argc)));
+    console::languageOfTheEnd = language;
+    try {
+        const auto terminal = platform::MakeNativeTerminal();
+        return console::RunConsole(platform::NativeArguments(argc, argv), *terminal, language);
+    } catch (const std::bad_alloc&) {
+        return console::EndWithoutMemory(language);
+    }
 }

@@ -101,7 +101,7 @@ std::optional<Language> LanguageNamed(std::string_view name) {
     return std::nullopt;
 }
 
-Language LanguageFor(const std::vector<std::string>& arguments) {
+Language LanguageFor(std::span<const char* const> arguments) {
     constexpr std::string_view kOption = "--language";
     std::optional<Language> chosen;
     for (std::size_t i = 0; i < arguments.size(); ++i) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,7 +46,8 @@ struct Options {
 [[nodiscard]] std::optional<Language> LanguageNamed(std::string_view name);
 
 /// The language that the command line asks for, however wrong the rest of it is, or else the desktop's.
-[[nodiscard]] Language LanguageFor(const std::vector<std::string>& arguments);
+/// Allocates nothing.
+[[nodiscard]] Language LanguageFor(std::span<const char* const> arguments);
 
 /// Throws Failure, with the nearest command that there is.
 [[noreturn]] void RefuseCommand(const std::string& name);

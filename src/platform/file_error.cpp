@@ -28,6 +28,7 @@ constexpr std::array kReasons{
     Reason{std::errc::text_file_busy, {"È un programma in esecuzione", "Text file busy"}},
     Reason{std::errc::io_error, {"Errore di lettura o scrittura", "Input/output error"}},
     Reason{std::errc::no_such_device, {"Il dispositivo non c'è più", "No such device"}},
+    Reason{std::errc::not_enough_memory, {"La memoria non basta", "Cannot allocate memory"}},
     Reason{std::errc::broken_pipe, {"Chi doveva ricevere ha smesso", "Broken pipe"}},
 };
 

@@ -1,5 +1,7 @@
 #include "text/language.h"
 
+#include <new>
+
 namespace vento {
 
 Sentence::Sentence(const Phrase& phrase) {
@@ -40,6 +42,7 @@ Sentence Labelled(const Sentence& name, const Sentence& text) {
 }
 
 Sentence ReasonOf(const std::exception& error) {
+    if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) return kNoMemory;
     const auto* const reasoned = dynamic_cast<const ReasonedError*>(&error);
     return reasoned != nullptr ? reasoned->Reason() : Sentence(error.what());
 }

@@ -24,8 +24,10 @@ class Phrase {
     requires(sizeof...(Texts) == kLanguageCount) constexpr Phrase(Texts... texts)
         : texts_{std::string_view(texts)...} {}
 
-    [[nodiscard]] std::string In(Language language) const {
-        return std::string(texts_[static_cast<std::size_t>(language)]);
+    [[nodiscard]] std::string In(Language language) const { return std::string(View(language)); }
+    /// The same where there is no memory to allocate.
+    [[nodiscard]] constexpr std::string_view View(Language language) const {
+        return texts_[static_cast<std::size_t>(language)];
     }
 
   private:
@@ -74,6 +76,9 @@ class ReasonedError : public std::runtime_error {
   private:
     Sentence reason_;
 };
+
+/// What is said when nothing can be allocated any more.
+inline constexpr Phrase kNoMemory{"La memoria non basta", "There is not enough memory"};
 
 /// The reason of any error: of one that is no ReasonedError what it says, in whatever language.
 [[nodiscard]] Sentence ReasonOf(const std::exception& error);

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <new>
 #include <optional>
 #include <random>
 #include <string>
@@ -107,6 +108,7 @@ class PosixReplacement final : public Replacement {
 std::unique_ptr<Replacement> ReplaceNatively(const fs::path& target) {
     std::error_code failed;
     const fs::path file = fs::weakly_canonical(target, failed);
+    if (failed == std::errc::not_enough_memory) throw std::bad_alloc();  // as which it began
     if (failed) throw FileError(failed);
     return std::make_unique<PosixReplacement>(file);
 }
