@@ -39,6 +39,13 @@ struct Globals {
 /// The bits of each report, by its id.
 using Bits = std::array<std::uint64_t, 256>;
 
+/// More than any device has; a sum of fields that claim the most would begin anew at zero.
+constexpr std::uint64_t kMostBits = std::uint64_t{1} << 40U;
+
+void AddBits(std::uint64_t& sum, std::uint64_t bits) {
+    sum = std::min(sum + std::min(bits, kMostBits), kMostBits);
+}
+
 class Parser {
   public:
     void Take(std::uint8_t item, std::uint32_t data, std::size_t size) {
@@ -85,10 +92,10 @@ class Parser {
         const std::uint64_t bits = std::uint64_t{globals_.reportSize} * globals_.reportCount;
         switch (item) {
             case kInput:
-                inputBits_[globals_.reportId] += bits;
+                AddBits(inputBits_[globals_.reportId], bits);
                 break;
             case kOutput:
-                outputBits_[globals_.reportId] += bits;
+                AddBits(outputBits_[globals_.reportId], bits);
                 break;
             case kCollection:
                 if (depth_++ == 0 && data == kApplication) Classify(usage_.value_or(0));
