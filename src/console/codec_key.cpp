@@ -27,7 +27,7 @@ std::int64_t Element(const json& value, const std::string& place) {
     if (!value.is_number_integer() || tooLarge) {
         throw ContentError(Fill({"riga {0}: previsto un numero intero di 64 bit, trovato {1}",
                                  "row {0}: expected a whole number of 64 bits, found {1}"},
-                                {place, value.dump()}));
+                                {place, Shorten(value.dump(), kQuotedCharacters)}));
     }
     return value.get<std::int64_t>();
 }

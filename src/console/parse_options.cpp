@@ -9,6 +9,7 @@
 #include "console/failure.h"
 #include "console/options.h"
 #include "console/text_layout.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
@@ -58,7 +59,7 @@ Sentence Suggestion(std::string_view wrong, const std::vector<std::string_view>&
 }
 
 std::string Quotable(std::string_view text) {
-    return Shorten(Printable(text), 40);
+    return Shorten(Printable(text), kQuotedCharacters);
 }
 
 bool HasOption(std::span<const OptionEntry> options, std::string_view name) {

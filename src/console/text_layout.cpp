@@ -3,20 +3,13 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "text/encoding.h"
+
 namespace vento::console {
 namespace {
 
 bool StartsCharacter(char byte) {
     return (static_cast<std::uint8_t>(byte) & 0xC0U) != 0x80U;
-}
-
-// The bytes that the first `count` characters take.
-std::size_t BytesOf(std::string_view text, std::size_t count) {
-    std::size_t bytes = 0;
-    for (; bytes < text.size(); ++bytes) {
-        if (StartsCharacter(text[bytes]) && count-- == 0) break;
-    }
-    return bytes;
 }
 
 // Control characters are one byte below 32 or 127, or the bytes C2 80 to C2 9F.
@@ -40,7 +33,7 @@ void WrapLine(std::string_view text, std::size_t width, std::vector<std::string>
         if (!line.empty()) line += ' ';
         line += word;
         while (Width(line) > width) {
-            const std::size_t cut = BytesOf(line, width);
+            const std::size_t cut = BytesOfCharacters(line, width);
             lines.push_back(line.substr(0, cut));
             line.erase(0, cut);
         }
@@ -59,11 +52,6 @@ std::string Pad(std::string_view text, std::size_t width) {
     const std::size_t own = Width(text);
     if (own < width) padded.append(width - own, ' ');
     return padded;
-}
-
-std::string Shorten(std::string_view text, std::size_t width) {
-    if (Width(text) <= width) return std::string(text);
-    return std::string(text.substr(0, BytesOf(text, width - 1))) + "…";
 }
 
 std::string Printable(std::string_view text) {

@@ -14,9 +14,6 @@ namespace vento::console {
 /// `text` followed by blanks up to `width`.
 [[nodiscard]] std::string Pad(std::string_view text, std::size_t width);
 
-/// `text`, or if it is wider than `width` (at least 1) its beginning and an ellipsis.
-[[nodiscard]] std::string Shorten(std::string_view text, std::size_t width);
-
 /// `text` without control characters: what comes from a file or a device must not steer the terminal.
 [[nodiscard]] std::string Printable(std::string_view text);
 

@@ -5,6 +5,7 @@
 
 #include "programme/fields.h"
 #include "protocol/commands.h"
+#include "text/encoding.h"
 
 namespace vento {
 namespace {
@@ -36,7 +37,7 @@ Sentence DescribeBadPiece(const BadPiece& bad, std::string_view column, char lis
          "riaprirlo.",
          "List {0} of column {1}, value {2}: \"{3}\" is not a number from 0 to 255. Correct the file and "
          "open it again."},
-        {std::string(1, listName), column, std::to_string(bad.place), bad.text});
+        {std::string(1, listName), column, std::to_string(bad.place), Shorten(bad.text, kQuotedCharacters)});
 }
 
 SequenceResult DecodeCodeLists(const ProgrammeRecords& labelRecords, CodeSet& codeSet,

@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "text/encoding.h"
+
 namespace vento::storage {
 namespace {
 
@@ -60,7 +62,7 @@ class Strictness {
             if (level.isList) {
                 path += "[" + std::to_string(level.index) + "]";
             } else {
-                path += (path.empty() ? "" : ".") + level.key;
+                path += (path.empty() ? "" : ".") + Shorten(level.key, kQuotedCharacters);
             }
         }
         return path;
@@ -69,13 +71,16 @@ class Strictness {
     std::vector<Level> levels_;
 };
 
+// The parser quotes the whole of a text that breaks off.
+constexpr std::size_t kMostOfReason = 200;
+
 // What the parser says, without the number that it gives its errors, and in ASCII.
 std::string Reason(std::string text) {
     const std::size_t end = text.find("] ");
     if (text.starts_with('[') && end != std::string::npos) text.erase(0, end + 2);
     std::ranges::replace_if(
         text, [](char each) { return static_cast<unsigned char>(each) > 126; }, '?');
-    return text;
+    return Shorten(text, kMostOfReason);
 }
 
 constexpr std::size_t kShownCharacters = 60;
@@ -85,9 +90,8 @@ constexpr Phrase kObject{"un oggetto", "an object"};
 Sentence Shown(const Json& value) {
     if (value.is_array()) return Fill({"una lista di {0}", "a list of {0}"}, {std::to_string(value.size())});
     if (value.is_object()) return kObject;
-    std::string text = value.dump(-1, ' ', true);
-    if (text.size() > kShownCharacters) text = text.substr(0, kShownCharacters) + "...";
-    return text;
+    const std::string text = value.dump(-1, ' ', true);
+    return Shorten(text, kShownCharacters);
 }
 
 std::string Joined(std::span<const std::string_view> words) {
@@ -148,7 +152,7 @@ void JsonNode::AllowKeys(std::span<const std::string_view> keys) const {
 
 JsonNode JsonNode::At(std::string_view key) const {
     if (!IsObject()) Refuse(kObject);
-    std::string path = path_.empty() ? std::string(key) : path_ + "." + std::string(key);
+    std::string path = (path_.empty() ? "" : path_ + ".") + Shorten(key, kQuotedCharacters);
     const auto found = value_->find(key);
     return {found == value_->end() ? nullptr : &*found, std::move(path)};
 }

@@ -106,6 +106,20 @@ bool SameButForCase(std::string_view one, std::string_view other) {
     return std::ranges::equal(one, other, {}, AsciiLower, AsciiLower);
 }
 
+std::size_t BytesOfCharacters(std::string_view text, std::size_t count) {
+    std::size_t bytes = 0;
+    for (; bytes < text.size(); ++bytes) {
+        const bool startsCharacter = (static_cast<std::uint8_t>(text[bytes]) & 0xC0U) != 0x80U;
+        if (startsCharacter && count-- == 0) break;
+    }
+    return bytes;
+}
+
+std::string Shorten(std::string_view text, std::size_t count) {
+    if (BytesOfCharacters(text, count) == text.size()) return std::string(text);
+    return std::string(text.substr(0, BytesOfCharacters(text, count - 1))) + "…";
+}
+
 std::filesystem::path PathFromUtf8(std::string_view text) {
     return std::u8string(text.begin(), text.end());
 }

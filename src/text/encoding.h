@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -27,6 +28,15 @@ namespace vento {
 
 /// Whether two texts are the same but for the case of letters of ASCII.
 [[nodiscard]] bool SameButForCase(std::string_view one, std::string_view other);
+
+/// The number of bytes that the first `count` characters of a UTF-8 text take.
+[[nodiscard]] std::size_t BytesOfCharacters(std::string_view text, std::size_t count);
+
+/// `text`, or if it has more than `count` characters (at least 1) its beginning and an ellipsis.
+[[nodiscard]] std::string Shorten(std::string_view text, std::size_t count);
+
+/// Characters of what somebody has written that a message shows, where they can be any number.
+inline constexpr std::size_t kQuotedCharacters = 40;
 
 /// The path that a UTF-8 text names, on every system, and back.
 [[nodiscard]] std::filesystem::path PathFromUtf8(std::string_view text);
