@@ -1,0 +1,199 @@
+#include "fuzzing.h"
+#include "panel/advice.h"
+
+namespace vento::fuzzing {
+namespace {
+
+using simulator::WordRuns;
+
+/// The words of a memory, which are few, by their places.
+template <class Visit>
+void ForEachWord(const WordRuns& memory, Visit visit) {
+    for (const auto& [offset, words] : memory) {
+        for (std::size_t i = 0; i < words.size(); ++i)
+            visit(offset + i, words[i]);
+    }
+}
+
+simulator::Word WordAt(const WordRuns& memory, std::size_t place) {
+    auto run = memory.upper_bound(static_cast<std::uint16_t>(place));
+    if (run == memory.begin() || place - (--run)->first >= run->second.size()) return {};
+    return run->second[place - run->first];
+}
+
+/// A panel with a hostile transmitter, and an operator who presses anything at any time.
+class Machine {
+  public:
+    explicit Machine(FuzzedDataProvider& data)
+        : data_(data), simulated_(TakeScenario(data), clock_), host_(simulated_, data, clock_) {
+        files_.contents["p"] = TakeProgramme(data);
+        PlanGesture();
+        desktop_.onYield = [this](int) { Yield(); };
+        form_.Form_Load("p");
+    }
+
+    void Run() {
+        for (int i = data_.ConsumeIntegralInRange(1, 3); i > 0 && !form_.Ended(); --i)
+            Operate(data_.ConsumeIntegralInRange<std::size_t>(0, 4));
+        Require(form_.Ended() || simulated_.TheRemote()->Contents().memory == memory_, "nothing else writes");
+        form_.Form_Unload();
+        Require(desktop_.ends == 1 && files_.deleted == std::vector<std::string>{"p"},
+                "the program ends once, and so does its file");
+    }
+
+  private:
+    struct Operation {
+        void (FormWeb::*begin)();
+        std::vector<int> codes;
+        int waits;
+    };
+
+    void Operate(std::size_t index) {
+        static const std::array<Operation, 5> kOperations{
+            {{nullptr, {0, 2, 3, 5, 6, 9, 10, 11, 12, 13, 15, 18, 19}, 2},
+             {&FormWeb::Command2_Click, {0, 2, 3, 5, 6, 9, 11, 12, 13, 15, 21}, 2},
+             {&FormWeb::Verify, {0, 2, 3, 5, 6, 9, 10, 11, 12, 13, 15, 18, 21}, 1},
+             {&FormWeb::Inspect, {0, 2, 3, 5, 6, 9, 11, 12, 13, 15, 21}, 1},
+             {&FormWeb::AwaitRemoval, {2, 9, 13, 0}, 1}}};
+        const Operation& operation = kOperations.at(index);
+        desktop_.messages.clear();
+        const Programme programme = form_.GatherProgramme();
+        host_.harmed = host_.forged = false;
+        cancelled_ = form_.Command6(3).Tag() == kTagTrue;  // the flag stays until a wait has seen it
+        host_.reports = 0;
+        yieldsLeft_ = index == 4 ? 1000 : 1U << 30U;
+        index == 0 ? form_.Command6_Click(0) : (form_.*operation.begin)();
+        Require(host_.open == 0, "every device that was opened is closed");
+        if (form_.Ended()) return;
+
+        Require(!form_.ProgressBar1.Visible(), "the bar is hidden");
+        Require(form_.Command6(0).Enabled() && !form_.Command6(3).Enabled() && !form_.Operating(),
+                "the program button is enabled and the cancel control is not");
+        const auto& outcome = form_.LatestOutcome();
+        if (!outcome) {
+            Require(host_.harmed, "a transmitter that stays is found");
+            Require(desktop_.messages.size() == 1, "a missing transmitter is told of");
+            return;
+        }
+        const int code = static_cast<int>(outcome->code);
+        Require(std::ranges::find(operation.codes, code) != operation.codes.end(),
+                "operation " + std::to_string(index) + " ends with " + std::to_string(code));
+        Require(form_.Label1.Caption() == outcome->message, "the line tells the outcome");
+        if (code != 0) RequireReadable(outcome->diagnostic);
+        Require(code != 13 || cancelled_, "it is cancelled by the operator alone");
+        constexpr std::array kOfProgramme{0, 5, 10, 15, 18};
+        Require(host_.harmed || cancelled_ || std::ranges::find(kOfProgramme, code) != kOfProgramme.end(),
+                "nothing fails on a good link but for the programme");
+        CheckBound(operation.waits, index == 0 ? programme : Programme{});
+        if (index != 0) return;
+        CheckMemory(outcome->programming);
+        CheckProgramming(*outcome, programme);
+    }
+
+    /// A wait is 20000 tries of ten polls at the most; a column is a few frames, and three for each block.
+    void CheckBound(int waits, const Programme& programme) const {
+        std::size_t most = 100 + static_cast<std::size_t>(waits) * 200'000;
+        for (const auto* lists : {&programme.ListARecords, &programme.ListBRecords}) {
+            for (const ProgrammeRecord& list : *lists)
+                most += 4 * list.Text.size();
+        }
+        Require(host_.reports <= most, "an operation ends within its bound");
+    }
+
+    /// Nothing is written but where the lists go, and where a column is proved the list is there.
+    void CheckMemory(const ProgrammingOutcome& programming) {
+        const WordRuns before = std::exchange(memory_, simulated_.TheRemote()->Contents().memory);
+        ForEachWord(before, [&](std::size_t place, const simulator::Word&) {
+            Require(WordAt(memory_, place) != simulator::Word{}, "nothing is wiped out");
+        });
+        ForEachWord(memory_, [&](std::size_t place, const simulator::Word& word) {
+            if (WordAt(before, place) == word) return;
+            const bool isInside = std::ranges::any_of(programming.columns, [&](const ColumnOutcome& column) {
+                return column.selected && column.offset && place >= *column.offset &&
+                       place < *column.offset + column.bytes;
+            });
+            Require(isInside, "nothing outside a section is written");
+        });
+    }
+
+    void CheckProgramming(const OperationOutcome& outcome, const Programme& programme) const {
+        const auto& columns = outcome.programming.columns;
+        bool lost = false;
+        for (std::size_t c = 0; c < kColumns; ++c) {
+            lost = lost || columns[c].Lost();
+            if (!columns[c].verified || columns[c].overwrittenBy || host_.forged) continue;
+            const auto& lists =
+                outcome.programming.list == 'A' ? programme.ListARecords : programme.ListBRecords;
+            const ParsedCodeList list = ParseCodeList(lists[c].Text);
+            for (std::size_t i = 0; i < list.bytes.size(); ++i)
+                Require(WordAt(memory_, *columns[c].offset + i) == simulator::Word{list.bytes[i], 52},
+                        "the list of a proved column is in the remote");
+        }
+        if (outcome.code != ResultCode::success) return;
+        const auto& messages = desktop_.messages;  // cancelling may have told of a missing transmitter
+        const std::string incomplete = kIncompleteProgramming.In(Language::english);
+        const bool told = !messages.empty() && messages.back() == incomplete;
+        Require(told == !DescribeLosses(outcome.programming).Empty() && (told || !lost),
+                "what is lost is told of");
+        Require(host_.harmed || outcome.programming.closed, "a run with a good transmitter is closed");
+    }
+
+    void PlanGesture() {
+        gesture_ = data_.remaining_bytes() == 0 ? 255 : data_.ConsumeIntegral<std::uint8_t>();
+        yieldsToGesture_ = data_.ConsumeIntegral<std::uint8_t>() * 4U;
+    }
+
+    void Yield() {
+        if (--yieldsLeft_ == 0) {
+            cancelled_ = true;
+            form_.Cancel();
+        }
+        if (yieldsToGesture_-- > 0) return;
+        const std::uint8_t gesture = gesture_;
+        PlanGesture();
+        switch (gesture) {
+            case 0:
+                cancelled_ = true;
+                return form_.Cancel();
+            case 1:
+                cancelled_ = true;
+                return form_.Command6_Click(3);
+            case 2:
+                return form_.Command3_Click();
+            case 3:
+                return form_.Form_Unload();
+            case 4:
+                return form_.Command6_Click(0);
+            case 5:
+                return form_.Command2_Click();
+            case 6:
+                return form_.Command4_Click();
+            case 7:
+                return form_.DropFile("q");
+            default:
+                return;
+        }
+    }
+
+    FuzzedDataProvider& data_;
+    test::FakeClock clock_;
+    test::FakeDesktop desktop_;
+    test::FakeFiles files_;
+    simulator::SimulatedHidHost simulated_;
+    HostileHidHost host_;
+    FormWeb form_{{host_, desktop_, files_, clock_, platform::HidBackEnd::hidraw}};
+    WordRuns memory_;
+    std::uint8_t gesture_ = 255;
+    unsigned yieldsToGesture_ = 0;
+    unsigned yieldsLeft_ = 0;
+    bool cancelled_ = false;
+};
+
+}  // namespace
+}  // namespace vento::fuzzing
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider provider(data, size);
+    vento::fuzzing::Machine(provider).Run();
+    return 0;
+}
