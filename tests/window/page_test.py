@@ -9,7 +9,7 @@ import unittest
 
 import common
 from common import LABELS, eventually
-from web import Window, browser
+from web import Window, address_of, browser, serve
 
 ROOT = pathlib.Path(__file__).parents[2]
 AXE = ROOT / "build/npm/node_modules/axe-core/axe.min.js"
@@ -133,23 +133,16 @@ class PageTest(common.Case):
         self.assertEqual(window.box()[0], "Programmatore non collegato")
         window.picture("forbidden-box")
         window.answer()
-        commands = window.evaluate("[...document.querySelectorAll('#steps code')].map(c => c.textContent)")
+        commands = eventually(
+            lambda: window.evaluate("[...document.querySelectorAll('#steps code')].map(c => c.textContent)"), "the commands")
         self.assertEqual([command.split()[:2] for command in commands], [["sudo", "install"], ["sudo", "sh"], ["sudo", "usermod"]])
         self.assertIn("permesso", window.text("steps"))
         window.picture("forbidden")
-        rule = self.saved(window, "Salva 60-vento.rules")
+        rule = window.saved("Salva 60-vento.rules")
         self.assertEqual(rule, (ROOT / "packaging/linux/60-vento.rules").read_text())
         window.evaluate("window.refusal = ''")
         window.press("Leggi Programmazione")
         eventually(lambda: not window.text("steps"), "the end of the help")
-
-    def saved(self, window, caption):
-        """What a button saves."""
-        browser().call("Browser.setDownloadBehavior", behavior="allow", downloadPath=str(self.folder / "saved"),
-                       browserContextId=window.context)
-        window.press(caption)
-        return eventually(lambda: [each.read_text() for each in (self.folder / "saved").glob("*") if each.stat().st_size
-                                   and each.suffix in (".rules", ".jsonl")], "what is saved")[0]
 
     def test_one_page_at_a_time_works_with_a_transmitter(self):
         first = self.real()
@@ -205,6 +198,26 @@ class PageTest(common.Case):
             window.press("Apri di nuovo")
             eventually(lambda: "APRI" in window.buttons(), "the page anew")
 
+    def test_the_site_can_be_installed_opens_what_it_is_launched_with_and_works_without_a_network(self):
+        server = serve(str(pathlib.Path(self.program).parent / "site"))
+        launch = "Object.defineProperty(window, 'launchQueue', {value: {setConsumer: call => window.launch = call}});"
+        window = self.open(address=address_of(server) + "/", before=PICKER + launch)
+        manifest = window.call("Page.getAppManifest")
+        self.assertEqual(manifest["errors"], [])
+        accepted = json.loads(manifest["data"])["file_handlers"][0]["accept"]
+        self.assertEqual(list(accepted.values()), [[".qlb"]])
+        obstacles = {each["errorId"] for each in window.call("Page.getInstallabilityErrors")["installabilityErrors"]}
+        self.assertLessEqual(obstacles, {"in-incognito"})  # as all storage of a test's own is
+        window.evaluate("void showOpenFilePicker().then(files => launch({files}))")
+        self.assertIn("Riga 1, campo 4", window.box()[0])
+        window.answer()
+        window.evaluate("navigator.serviceWorker.ready.then(() => 0)")
+        server.shutdown()
+        server.server_close()
+        for query in ("?simulate", ""):
+            window.go(query)
+        self.assertIn("non ancora scelto", window.text("linkText"))
+
     def test_forgets_a_file_that_it_can_not_delete(self):
         window = self.open(before="delete window.showOpenFilePicker;")
         window.call("Page.setInterceptFileChooserDialog", enabled=True)
@@ -247,7 +260,7 @@ class PageTest(common.Case):
         window = self.open(self.programme(length=8), language="en")
         window.press("PROGRAM")
         window.await_status("succesfully completed")
-        lines = [json.loads(line) for line in self.saved(window, "Save the trace").splitlines()]
+        lines = [json.loads(line) for line in window.saved("Save the trace").splitlines()]
         self.assertEqual([lines[0]["event"], lines[0]["cycle"], lines[-1]["event"]], ["search", 1, "close"])
         self.assertTrue(all(len(each["report"]) == 130 for each in lines if each["event"] == "write"))
         window.evaluate("(s => { s.value = 'it'; s.dispatchEvent(new Event('change')); })(document.getElementById('language'))")

@@ -31,19 +31,22 @@ def native(path):
 class Browser:
     """Chromium without a window. What a page tells of its own accord is in `events`."""
 
+    PREFIX = ()  # what runs it
+
     def __init__(self):
         executable = shutil.which("chromium")
         if not executable:
             print("skipped: no chromium")
             sys.exit(1 if os.environ.get("VENTO_SKIP_NOTHING") else 77)
         self.profile = tempfile.mkdtemp(prefix="chromium.")
+        os.chmod(self.profile, 0o777)
         from_browser, their_out = os.pipe()
         their_in, to_browser = os.pipe()
 
         def descriptors():  # the browser reads 3 and writes 4
             ours = os.dup(their_in), os.dup(their_out)
             os.dup2(ours[0], 3), os.dup2(ours[1], 4)
-        command = [executable, "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run", "--remote-debugging-pipe",
+        command = [*self.PREFIX, executable, "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run", "--remote-debugging-pipe",
                    "--disable-dev-shm-usage", f"--user-data-dir={self.profile}", "about:blank"]
         self.process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, close_fds=False,
                                         preexec_fn=descriptors, env=os.environ | {"HOME": self.profile})
@@ -64,7 +67,7 @@ class Browser:
         raw, self.buffer = self.buffer.split(b"\0", 1)
         return json.loads(raw)
 
-    def call(self, method, session=None, seconds=60, **parameters):
+    def call(self, method, session=None, seconds=60 * common.PATIENCE, **parameters):
         self.number += 1
         request = {"id": self.number, "method": method, "params": parameters} | ({"sessionId": session} if session else {})
         os.write(self.write, json.dumps(request).encode() + b"\0")
@@ -96,15 +99,23 @@ def browser():
     return started
 
 
-@functools.cache
-def site(folder):
-    """Serves a folder on this machine; the address."""
+def serve(folder):
+    """A server of a folder to this machine alone."""
     class Quiet(http.server.SimpleHTTPRequestHandler):
         def log_message(self, *_):
             pass
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), functools.partial(Quiet, directory=folder))
     threading.Thread(target=server.serve_forever, daemon=True).start()
+    return server
+
+
+def address_of(server):
     return f"http://127.0.0.1:{server.server_address[1]}"
+
+
+@functools.cache
+def site(folder):
+    return address_of(serve(folder))
 
 
 class Window(common.Window):
@@ -284,6 +295,16 @@ class Window(common.Window):
             self.answer()
             return False
         return True
+
+    def saved(self, caption):
+        """What a button saves."""
+        place = self.folder / "saved"
+        for each in place.glob("*"):
+            each.unlink()
+        browser().call("Browser.setDownloadBehavior", behavior="allow", downloadPath=str(place), browserContextId=self.context)
+        self.press(caption)
+        whole = (".rules", ".jsonl")  # under another name until then
+        return eventually(lambda: [each.read_text() for each in place.glob("*") if each.suffix in whole], "what is saved")[0]
 
     def close(self):
         self.press({"it": "CHIUDI", "en": "CLOSE"}[self.evaluate("document.documentElement.lang")])
