@@ -163,6 +163,7 @@ function show(next) {
     document.body.classList.toggle('operating', view.operating);
     if (element('linkText').textContent !== view.link.text) element('linkText').textContent = view.link.text;
     element('connect').hidden = !view.connectable;
+    element('connect').setAttribute('aria-disabled', String(view.operating));
     const steps = JSON.stringify(view.link.steps);
     if (element('steps').dataset.shown !== steps) {
         element('steps').dataset.shown = steps;
