@@ -240,7 +240,7 @@ class PageTest(common.Case):
         eventually(lambda: window.told_now("Page.javascriptDialogOpening"), "the question")
         window.call("Page.handleJavaScriptDialog", accept=False)
         window.await_status(SUCCESS, 60)
-        window.call("Page.reload")
+        window.go("?simulate")
         self.assertEqual(len(window.told("Page.javascriptDialogOpening")), 1)
 
     def test_closing_ends_an_operation_at_once_and_a_scenario_is_told_what_is_wrong_with_it(self):

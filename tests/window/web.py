@@ -144,13 +144,10 @@ class Window(common.Window):
         Window.opened.append(self)
 
     def __exit__(self, *failure):
-        self.call("Page.close") if self.alive() else None
-        with contextlib.suppress(RuntimeError):
-            browser().call("Target.disposeBrowserContext", browserContextId=self.context)
-
-    def alive(self):
-        with contextlib.suppress(RuntimeError):
-            return bool(self.call("Target.getTargetInfo"))
+        for method, what in (("Target.closeTarget", {"targetId": self.target}),
+                             ("Target.disposeBrowserContext", {"browserContextId": self.context})):
+            with contextlib.suppress(RuntimeError):  # it may have gone with another window of its context
+                browser().call(method, **what)
 
     def go(self, query):
         self.call("Page.navigate", url=self.address + query)
@@ -171,7 +168,7 @@ class Window(common.Window):
 
     def told(self, method):
         """What the page has told by this event, so far."""
-        self.evaluate("0")
+        browser().call("Browser.getVersion")
         return [each["params"] for each in browser().events[self.session] if each.get("method") == method]
 
     def told_now(self, method):
