@@ -2,6 +2,9 @@
 set(documents ${CMAKE_CURRENT_BINARY_DIR}/debian)
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(contact "VENTO developers <vento@vento.invalid>")
+set(libraries_of_console CLI11 nlohmann-json libgcrypt libgpg-error systemd)
+set(libraries_of_simulator CLI11 nlohmann-json systemd)
+set(libraries_of_window nlohmann-json Qt systemd)
 foreach(package IN ITEMS console:vento-console window:vento simulator:vento-simulator
         codec:libvento-codec1 codec-dev:libvento-codec-dev)
     string(REPLACE ":" ";" pair ${package})
@@ -17,6 +20,11 @@ foreach(package IN ITEMS console:vento-console window:vento simulator:vento-simu
     endif()
     install(FILES ${documents}/${name}/changelog.gz ${documents}/${name}/copyright
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
+    install(CODE "
+        execute_process(COMMAND ${PROJECT_SOURCE_DIR}/packaging/dependencies linux ${PROJECT_VERSION}
+            \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/doc/${name}/dependencies.spdx\"
+            libstdc++ libgcc libc ${libraries_of_${component}} COMMAND_ERROR_IS_FATAL ANY)"
+        COMPONENT ${component})
     list(APPEND components ${component})
     string(TOUPPER ${component} upper)
     set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name})
