@@ -30,6 +30,7 @@ std::vector<std::string> TakeWords(FuzzedDataProvider& data) {
         if (kind % 4 == 0) word = kCommands.at(which % kCommands.size())->name;
         if (kind % 4 == 1) word = "--" + std::string(option.name);
         if (kind % 4 == 2 && option.letter != '\0') word = {'-', option.letter};
+        if (kind % 8 == 7) word = data.PickValueInArray({"bash", "zsh", "fish", "it", "--", "-"});
         if ((kind & 16U) != 0 && !word.empty()) word += '=';
         if (word.empty() || (kind & 32U) != 0) word += data.ConsumeRandomLengthString(60);
         std::erase(word, '\0');  // no argument holds one

@@ -57,6 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(second.fields["programme"] == first.fields["programme"],
             "the other form holds the same programme");
     Require(third.text == first.text, "and gives it back");
+    RunCommand(vento::console::kDiffCommand, second.text, {0}, {Folder().Write("first", first.text), "-"});
     const bool isJson = first.text.find_first_not_of(' ') == std::string::npos || first.text.front() != '{';
     const auto opened = isJson ? Open(first.text) : columns;
     Require(opened == Open(isJson ? first.text : second.text), "the panel takes the same from both");

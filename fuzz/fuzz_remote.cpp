@@ -56,6 +56,9 @@ class Machine {
              {&FormWeb::Inspect, {0, 2, 3, 5, 6, 9, 11, 12, 13, 15, 21}, 1},
              {&FormWeb::AwaitRemoval, {2, 9, 13, 0}, 1}}};
         const Operation& operation = kOperations.at(index);
+        for (const auto other :
+             std::to_array<std::int16_t>({6, 8, 10}))  // frames for the transmitter itself, and nothing
+            form_.Command6_Click(other);
         desktop_.messages.clear();
         const Programme programme = form_.GatherProgramme();
         host_.harmed = host_.forged = false;
@@ -144,6 +147,8 @@ class Machine {
     }
 
     void Yield() {
+        (void)form_.Transmitter();
+        (void)form_.ColumnInWork();
         if (--yieldsLeft_ == 0) {
             cancelled_ = true;
             form_.Cancel();
