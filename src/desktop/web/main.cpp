@@ -44,9 +44,10 @@ template <class Body>
 void MayWait(Body body) {
     Program& program = TheProgram();
     if (program.waiting || !program.page || program.page->Ended()) return;
-    program.waiting = true;
+    // What the script throws passes through here too, and must not leave the page waiting for ever.
+    const auto done = [](bool* waiting) { *waiting = false; };
+    const std::unique_ptr<bool, decltype(done)> waiting(&(program.waiting = true), done);
     Guarded([&] { body(*program.page); });
-    program.waiting = false;
 }
 
 template <class Body>
