@@ -59,8 +59,8 @@ Notice StartNotice(std::string_view simulate, const std::exception& error, Langu
             std::string(simulate).append(": ").append(ReasonOf(error).In(language))};
 }
 
-Notice FailureNotice(std::string_view reason, Language language) {
-    return {kUnforeseen.In(language), std::string(reason)};
+Notice FailureNotice(const std::exception& error, Language language) {
+    return {kUnforeseen.In(language), ReasonOf(error).In(language)};
 }
 
 Language DesktopLanguage() {

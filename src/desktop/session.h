@@ -60,7 +60,7 @@ class Session {
 [[nodiscard]] Notice StartNotice(std::string_view simulate, const std::exception& error, Language language);
 
 /// What the operator is told of anything unforeseen.
-[[nodiscard]] Notice FailureNotice(std::string_view reason, Language language);
+[[nodiscard]] Notice FailureNotice(const std::exception& error, Language language);
 
 /// The language of the desktop, for what has to be said before there is a panel.
 [[nodiscard]] Language DesktopLanguage();

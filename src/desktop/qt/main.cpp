@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -53,17 +54,22 @@ class Application : public QApplication {
             if (isQuestion && desktop_ != nullptr) desktop_->CountQuestion();
             return QApplication::notify(receiver, event);
         } catch (const std::exception& error) {
-            Tell(error.what());
+            Tell(error);
             return false;
         }
     }
 
   private:
-    void Tell(const char* reason) {
+    // Where not even the box can be had for lack of memory, the program goes on without it.
+    void Tell(const std::exception& error) {
         if (telling_ || desktop_ == nullptr) return;
         telling_ = true;
-        const Notice notice = FailureNotice(reason, DesktopLanguage());
-        desktop_->ShowMessage(notice.text, notice.detail);
+        try {
+            const Notice notice = FailureNotice(error, DesktopLanguage());
+            desktop_->ShowMessage(notice.text, notice.detail);
+        } catch (const std::bad_alloc&) {
+            qCritical("There is not enough memory.");
+        }
         telling_ = false;
     }
 
@@ -133,7 +139,7 @@ int main(int argc, char** argv) {
     try {
         status = Run(desktop, look, termination, file, language, notice);
     } catch (const std::exception& error) {
-        notice = FailureNotice(error.what(), language);
+        notice = FailureNotice(error, language);
     }
     if (notice) desktop.ShowMessage(notice->text, notice->detail);
     return status;

@@ -35,7 +35,7 @@ void Guarded(Body body) {
     try {
         body();
     } catch (const std::exception& error) {
-        const Notice notice = FailureNotice(error.what(), DesktopLanguage());
+        const Notice notice = FailureNotice(error, DesktopLanguage());
         web::script::Tell(web::BoxJson(notice.text, notice.detail));
     }
 }

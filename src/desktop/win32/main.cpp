@@ -93,7 +93,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int) {
     try {
         return RunProgram(platform::Utf8(commandLine));
     } catch (const std::exception& error) {
-        const Notice notice = FailureNotice(error.what(), DesktopLanguage());
+        const Notice notice = FailureNotice(error, DesktopLanguage());
         win32::ShowBox(nullptr, notice.text, notice.detail);
         return EXIT_FAILURE;
     }
