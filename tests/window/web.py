@@ -140,6 +140,9 @@ class Window(common.Window):
         self.go(("?simulate" if simulate else "") if query is None else query)
         for file in ([simulate] if simulate not in ("", "1") else []) + ([" ".join(map(str, arguments))] if arguments else []):
             self.drop(self.folder / file)
+        if arguments:
+            opened = f"document.getElementById('Command4').title.includes({json.dumps(' '.join(map(native, arguments)))})"
+            eventually(lambda: self.evaluate(opened) or self.shows_a_dialog(), "the file, or why not")
         self.key("Tab")
         Window.opened.append(self)
 
