@@ -82,7 +82,9 @@ std::vector<std::string> SpellOut(const Options& o) {
 }
 
 void Try(const std::vector<std::string>& words) {
-    (void)console::LanguageFor(words);
+    std::vector<const char*> arguments(words.size());
+    std::ranges::transform(words, arguments.begin(), &std::string::c_str);
+    (void)console::LanguageFor(arguments);
     const Options options = console::ParseOptions(words);
     Require(options.command != nullptr, "a command line that is taken has a command");
     const auto& places = options.command->arguments;
