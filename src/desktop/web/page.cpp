@@ -87,8 +87,8 @@ void Page::ObserveControls() {
     const auto note = [this] { changed_ = true; };
     for (ListView& list : form_.ListView1)
         list.Observe(note);
-    for (Button* const button :
-         {&form_.Command2, &form_.Command3, &form_.Command4, &form_.Command6(0), &form_.Command6(3)})
+    for (Button* const button : {&form_.Command2, &form_.Command3, &form_.Command4, &form_.Command6(0),
+                                 &form_.Command6(FormWeb::kCancelHolder)})
         button->Observe(note);
     form_.Label1.Observe(note);
     form_.ProgressBar1.Observe(note);

@@ -43,7 +43,6 @@ class Page {
     /// Says that a file is of no use here.
     void Refuse(std::string_view name) const;
 
-    [[nodiscard]] bool Operating() const { return form_.Operating(); }
     [[nodiscard]] bool Ended() const { return form_.Ended(); }
     /// The programme file that was named last; empty for none.
     [[nodiscard]] const std::string& File() const { return form_.Label2.Caption(); }
@@ -52,7 +51,6 @@ class Page {
     [[nodiscard]] const std::string& TraceText() const { return traceText_; }
 
   private:
-    [[nodiscard]] Machine TracedMachine();
     void ObserveControls();
     [[nodiscard]] bool HasTransmitter();
     void BeginTrace();
