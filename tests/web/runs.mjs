@@ -19,4 +19,4 @@ for await (const line of createInterface({ input: process.stdin })) {
     const { view, boxes } = page.seen;
     console.log(JSON.stringify({ view, boxes, trace: page.trace() }));
 }
-process.exit(0);
+process.stdout.write('', () => process.exit(0)); // not before the reader has taken all

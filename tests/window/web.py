@@ -206,6 +206,10 @@ class Window(common.Window):
     def buttons(self):
         return self.evaluate("[...document.querySelectorAll('#form button')].filter(b => b.checkVisibility()).map(b => b.textContent)")
 
+    def answer(self):
+        super().answer()
+        self.evaluate("new Promise(done => requestAnimationFrame(() => setTimeout(done)))")  # it is told in a turn of its own
+
     def press(self, name):
         """By the mouse, wherever it has to be scrolled to."""
         node = self.one("button", name)[3]
