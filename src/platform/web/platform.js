@@ -178,7 +178,6 @@ function hidDevices(onChange) {
 
     return {
         ready,
-        available: () => Number(!!hid),
         at: (/** @type {number} */ place) => present[place]?.number ?? 0,
         identity: (/** @type {number} */ number) => {
             const device = find(number)?.device;
@@ -287,7 +286,6 @@ export function platformImports({ memory, language, onDelete = () => undefined, 
         turn: waits(nextTurn, never),
         italian: () => Number(/^it/i.test(language())),
         awake: screenLight(),
-        hid_available: hid.available,
         hid_request: waits((start, count) => hid.request(new Uint16Array(memory().buffer.slice(start, start + 2 * count))), never),
         hid_at: suspending ? hid.at : never,
         hid_identity: hid.identity,

@@ -21,7 +21,6 @@ VENTO_SCRIPT("italian") bool Italian();
 /// Begins or ends to keep the screen awake.
 VENTO_SCRIPT("awake") void Awake(bool on);
 
-VENTO_SCRIPT("hid_available") bool HidAvailable();
 /// Suspending. The browser asks its user for a device of one of these vendors; whether one was chosen.
 VENTO_SCRIPT("hid_request") bool HidRequest(const std::uint16_t* vendorIds, std::size_t count);
 /// The number of the granted interface in this place of the list, 0 behind the last. An interface gets a new

@@ -6,9 +6,6 @@
 /// What a page needs of the browser beside the platform's interfaces.
 namespace vento::platform {
 
-/// Whether the browser lets pages use HID devices.
-[[nodiscard]] bool HasWebHid();
-
 /// Has the browser ask its user for a device of one of these vendors. False if nothing was chosen, also where
 /// the browser does not ask. Suspends.
 bool RequestDevices(std::span<const std::uint16_t> vendorIds);

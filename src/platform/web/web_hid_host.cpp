@@ -135,10 +135,6 @@ void WebHidHost::Close(HidHandle /*device*/) {
     if (conversation_.expired()) script::HidRelease();
 }
 
-bool HasWebHid() {
-    return script::HidAvailable();
-}
-
 bool RequestDevices(std::span<const std::uint16_t> vendorIds) {
     return script::HidRequest(vendorIds.data(), vendorIds.size());
 }
