@@ -1,6 +1,7 @@
 #include "console/chosen_hid_host.h"
 
 #include "console/input.h"
+#include "platform/file_error.h"
 #include "text/encoding.h"
 
 namespace vento::console {
@@ -8,7 +9,11 @@ namespace {
 
 // Links to a device node, as udev makes them, are names of it too.
 bool SameNode(std::string_view a, std::string_view b) {
-    return a.starts_with('/') && b.starts_with('/') && SameFile(a, b);
+    try {
+        return a.starts_with('/') && b.starts_with('/') && SameFile(a, b);
+    } catch (const platform::FileError&) {
+        return false;
+    }
 }
 
 }  // namespace

@@ -14,16 +14,19 @@
 namespace vento::console {
 namespace {
 
-simulator::Scenario ScenarioFor(const std::string& path) {
-    return path.empty() ? simulator::Scenario{} : simulator::LoadScenario(path);
-}
+constexpr Phrase kOverwritten{"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."};
 
-// A slip of the hand must not cost the file that is to be read.
-void RequireOther(const std::string& trace, std::string_view input) {
-    if (SameFile(trace, input)) {
-        throw Failure(kWrongUsage,
-                      Fill({"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."}, {input}));
+simulator::Scenario ScenarioFor(const Options& options) {
+    if (!options.simulate->empty()) return simulator::LoadScenario(*options.simulate);
+    simulator::Scenario plain;
+    if (options
+            .series) {  // nobody takes a simulated remote away, so it goes by itself, and the next one comes
+        constexpr std::uint32_t kStays = 50;
+        constexpr std::uint32_t kAway = 400;
+        plain.remote->leavesAfterPolls = kStays;
+        plain.remote->awayForPolls = kAway;
     }
+    return plain;
 }
 
 // What `--simulate` names may be a trace, too.
@@ -39,8 +42,8 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
                                                                platform::Clock& clock) {
     if (!options.simulate) return nullptr;
     try {
-        const simulator::Scenario scenario = ScenarioFor(*options.simulate);
-        if (options.trace) RequireOther(*options.trace, Utf8FromPath(scenario.image));
+        const simulator::Scenario scenario = ScenarioFor(options);
+        if (options.trace) RequireOther(*options.trace, Utf8FromPath(scenario.image), kOverwritten);
         return std::make_unique<simulator::SimulatedHidHost>(scenario, clock);
     } catch (const storage::ContentError& error) {
         throw Failure(kUnusableInput, About(*options.simulate, error));
@@ -52,8 +55,8 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
 std::optional<TraceFile> MakeTrace(const Options& options, platform::Clock& clock) {
     if (!options.trace) return std::nullopt;
     for (const std::string& argument : options.arguments)
-        RequireOther(*options.trace, argument);
-    if (options.simulate) RequireOther(*options.trace, *options.simulate);
+        RequireOther(*options.trace, argument, kOverwritten);
+    if (options.simulate) RequireOther(*options.trace, *options.simulate, kOverwritten);
     return std::optional<TraceFile>(std::in_place, *options.trace, clock);
 }
 

@@ -115,7 +115,10 @@ class Page {
             text_ += std::string(indent, ' ') + line + "\n";
     }
 
-    void Heading(const Phrase& phrase) { text_ += "\n" + phrase.In(language_) + ":\n"; }
+    void Heading(const Phrase& phrase) {
+        text_ += "\n";
+        Paragraph(phrase.In(language_) + ":");
+    }
 
     void Term(const std::string& term, const std::string& meaning, std::size_t termWidth) {
         const std::size_t indent = width_ < 2 * termWidth ? 6 : termWidth + 4;

@@ -1,6 +1,7 @@
 #include "console/input.h"
 
 #include <filesystem>
+#include <new>
 #include <system_error>
 #include <vector>
 
@@ -11,13 +12,36 @@
 namespace vento::console {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr std::size_t kLargestInput = std::size_t{1} << 30U;
 
 }  // namespace
 
 bool SameFile(std::string_view one, std::string_view other) {
-    std::error_code noSuchFile;
-    return std::filesystem::equivalent(PathFromUtf8(one), PathFromUtf8(other), noSuchFile);
+    const fs::path first = PathFromUtf8(one);
+    const fs::path second = PathFromUtf8(other);
+    try {
+        const fs::path folder = fs::current_path();
+        const bool exists = fs::exists(first);
+        if (exists != fs::exists(second)) return false;
+        return exists ? fs::equivalent(first, second)
+                      : fs::weakly_canonical(folder / first) == fs::weakly_canonical(folder / second);
+    } catch (const fs::filesystem_error& error) {
+        if (error.code() == std::errc::not_enough_memory) throw std::bad_alloc();
+        throw platform::FileError(error.code());
+    }
+}
+
+void RequireOther(const std::string& output, std::string_view input, const Phrase& refusal) {
+    try {
+        if (!SameFile(output, input)) return;
+    } catch (const platform::FileError& error) {
+        throw Failure(kFailedOutput, Fill({"Non è certo che {0} non sia {1}: {2}.",
+                                           "It is not certain that {0} is not {1}: {2}."},
+                                          {output, input, error.Reason()}));
+    }
+    throw Failure(kWrongUsage, Fill(refusal, {input}));
 }
 
 std::string ReadStandardInput(const platform::Terminal& terminal) {

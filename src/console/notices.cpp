@@ -12,7 +12,7 @@ namespace vento::console {
 namespace {
 
 constexpr std::string_view kName = "ventoctl: ";
-constexpr std::size_t kNarrowest = 20;  // columns below which nothing is wrapped any more
+constexpr std::size_t kNarrowest = 20;  // columns that a text wants beside its prefix
 
 // https://no-color.org: set to anything but nothing, it forbids colour.
 bool ColourForbidden() {
@@ -22,8 +22,13 @@ bool ColourForbidden() {
 
 constexpr std::size_t kWidestBar = 50;
 constexpr std::size_t kPercentWidth = 6;  // "  42 %"
-// Room at the end of a line for the ^C that the terminal itself shows, so that it does not break the line.
-constexpr std::size_t kMargin = 3;
+// Leaves room at the end of a line for what the terminal itself shows there, a ^C or an answer, so that it
+// does not break the line.
+std::size_t RoomIn(const platform::Terminal& terminal) {
+    constexpr std::size_t kMargin = 3;
+    const std::size_t columns = terminal.Columns();
+    return columns > kMargin ? columns - kMargin : 1;
+}
 
 std::string Repeat(std::string_view text, std::size_t count) {
     std::string repeated;
@@ -79,8 +84,7 @@ std::string ProgressLine::Erasure() const {
 }
 
 void ProgressLine::Show(const Progress& progress) {
-    const std::size_t columns = terminal_.Columns();
-    std::vector<Line> lines = LayOut(progress, columns > kMargin ? columns - kMargin : 1);
+    std::vector<Line> lines = LayOut(progress, RoomIn(terminal_));
     if (lines == shown_) return;
     std::string picture = Erasure();
     for (std::size_t i = 0; i < lines.size(); ++i)
@@ -110,22 +114,21 @@ Notices::Notices(const platform::Terminal& terminal, Language language, bool qui
     if (redraws_ && !quiet_) line_.emplace(terminal_, colour_);
 }
 
-// On a terminal the text is broken at words, indented below the prefix.
+// On a terminal the text is broken at words, beside the prefix or, where that leaves too little room, below
+// it.
 void Notices::Say(std::string_view prefix, std::string_view text) {
     ClearProgress();
-    const std::size_t columns = terminal_.Columns();
-    const bool wraps = redraws_ && columns >= kNarrowest + prefix.size();
-    std::string said;
-    for (const std::string& line : Wrap(text, wraps ? columns - prefix.size() : std::string::npos)) {
-        if (!said.empty()) {
-            said.append(prefix.size(), ' ');
-        } else if (colour_ && prefix == kName) {
-            said += "\033[31m" + std::string(prefix) + "\033[0m";
-        } else {
-            said += prefix;
-        }
-        said += line + "\n";
+    const std::size_t columns = redraws_ ? terminal_.Columns() : std::string::npos;
+    const bool beside = columns >= kNarrowest + prefix.size();
+    const std::string indent(beside ? prefix.size() : 0, ' ');
+    std::string said = indent;
+    if (prefix == kName) {
+        said = colour_ ? "\033[31m" + std::string(kName) + "\033[0m" : kName;
+        if (!beside) said += "\n";
     }
+    const std::vector<std::string> lines = Wrap(text, columns - indent.size());
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        said += (i > 0 ? indent : "") + lines[i] + "\n";
     WriteOut(said);
 }
 
@@ -136,7 +139,10 @@ void Notices::Error(const Sentence& text, const Sentence& detail) {
 
 void Notices::Ask(const Sentence& text) {
     ClearProgress();
-    WriteOut(Printable(text.In(language_)));
+    std::string question;
+    for (const std::string& line : Wrap(text.In(language_), RoomIn(terminal_)))
+        question += (question.empty() ? "" : "\n") + line;
+    WriteOut(question + " ");
 }
 
 void Notices::Note(const Sentence& text) {

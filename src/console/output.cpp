@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 bool Agrees(const Console& console, const std::string& path) {
     console.notices.Ask(
-        Fill({"{0} esiste già. Sovrascriverlo? [s/N] ", "{0} exists. Overwrite it? [y/N] "}, {path}));
+        Fill({"{0} esiste già. Sovrascriverlo? [s/N]", "{0} exists. Overwrite it? [y/N]"}, {path}));
     std::array<char, 256> reply{};
     const std::size_t count = console.terminal.ReadInput(reply);
     EndIfInterrupted(console.terminal);

@@ -1,12 +1,17 @@
 #include <array>
+#include <filesystem>
+#include <string>
+#include <system_error>
 
 #include "console/commands.h"
 #include "console/console_machine.h"
+#include "console/notices.h"
 #include "console/panel_report.h"
 #include "console/program_run.h"
 #include "console/run_log.h"
 #include "panel/form_web.h"
 #include "programme/fields.h"
+#include "text/encoding.h"
 
 namespace vento::console {
 namespace {
@@ -69,41 +74,54 @@ constexpr std::array kExamples{
              "Programs remote after remote and keeps the record of the day."}},
 };
 
-// Closes the form at the end, however that comes, if the programme is to be consumed.
-class Closing {
-  public:
-    Closing(FormWeb& form, bool consume) : form_(form), consume_(consume) {}
-    ~Closing() {
-        if (consume_) form_.Form_Unload();
+void Program(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer) {
+    if (!LoadProgramme(console, form, answer)) {
+        ReportPanel(form, machine, answer);
+        return;
     }
-    Closing(const Closing&) = delete;
-    Closing& operator=(const Closing&) = delete;
-    Closing(Closing&&) = delete;
-    Closing& operator=(Closing&&) = delete;
+    RunLog log(console.options, machine.ForPanel().files);
+    if (console.options.series) {
+        ProgramSeries(console, machine, form, log, answer);
+    } else {
+        ProgramOne(console, machine, form, log, answer);
+        log.Add(answer, machine.Chosen());
+    }
+}
 
-  private:
-    FormWeb& form_;
-    bool consume_;
-};
+// Closing the form deletes the programme file and says nothing of one that can't be deleted: a window's
+// operator would see it, here nobody would.
+void Consume(const Console& console, FormWeb& form, Answer& answer) {
+    if (!console.options.consume) return;
+    form.Form_Unload();
+    const std::string file = console.options.Argument(0);
+    std::error_code unknown;
+    const auto type = std::filesystem::symlink_status(PathFromUtf8(file), unknown).type();
+    const bool gone = type == std::filesystem::file_type::not_found;
+    answer.fields["consumed"] = gone;
+    if (gone) return;
+    const Sentence stays = Fill({"{0} non è stato eliminato.", "{0} was not deleted."}, {file});
+    console.notices.Error(
+        stays,
+        Phrase{"È protetto da scrittura, o non è un file comune, o la sua cartella non lo permette; se non "
+               "serve più va eliminato a mano.",
+               "It is write-protected, or no regular file, or its folder does not let it go; if it is no "
+               "longer needed, delete it by hand."});
+    answer.Diagnose(stays.In(Language::english));
+}
 
 void Run(const Console& console, Answer& answer) {
     answer.fields = BlankRunFields(console);
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
-    const Closing closing(form, console.options.consume);
     form.Form_Load("");
-    if (!LoadProgramme(console, form, answer)) {
-        ReportPanel(form, machine, answer);
-    } else {
-        RunLog log(console.options, machine.ForPanel().files);
-        if (console.options.series) {
-            ProgramSeries(console, machine, form, log, answer);
-        } else {
-            ProgramOne(console, machine, form, log, answer);
-            log.Add(answer, machine.Chosen());
-        }
+    try {
+        Program(console, machine, form, answer);
+        machine.Finish();
+    } catch (...) {
+        Consume(console, form, answer);
+        throw;
     }
-    machine.Finish();
+    Consume(console, form, answer);
 }
 
 }  // namespace

@@ -103,6 +103,7 @@ ordered_json BlankRunFields(const Console& console) {
         if (console.options.verify) column["verification"] = nullptr;
     }
     if (console.options.series) fields["series"] = nullptr;
+    if (console.options.consume) fields["consumed"] = nullptr;
     return fields;
 }
 

@@ -75,12 +75,10 @@ std::string Sha256(std::string_view bytes) {
 
 RunLog::RunLog(const Options& options, platform::Files& files) : options_(options) {
     if (!options_.log) return;
-    for (const std::string& argument : options_.arguments) {
-        if (!SameFile(*options_.log, argument)) continue;
-        throw Failure(
-            kWrongUsage,
-            Fill({"Il registro è lo stesso file di {0}.", "The log is the same file as {0}."}, {argument}));
-    }
+    constexpr Phrase kSame{"Il registro è lo stesso file di {0}.", "The log is the same file as {0}."};
+    for (const std::string& argument : options_.arguments)
+        RequireOther(*options_.log, argument, kSame);
+    if (options_.trace) RequireOther(*options_.log, *options_.trace, kSame);
     try {
         digest_ = Sha256(files.ReadAll(options_.Argument(0), kLargestProgramme));
     } catch (const platform::FileError& error) {

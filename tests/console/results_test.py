@@ -218,11 +218,17 @@ class Program(ConsoleTest):
 
     def test_only_consume_deletes_the_file_and_does_so_whatever_comes(self):
         nothing = {"interfaces": []}
-        for status, content, scenario in ((0, programme(), {}), (2, programme(), nothing), (65, "1;2\n", {})):
+        for status, content, scenario, mode in (
+            (0, programme(), {}, 0o644), (2, programme(), nothing, 0o644), (65, "1;2\n", {}, 0o644), (0, programme(), {}, 0o444),
+        ):  # fmt: skip
             arguments = ["program", self.file("VENTO-x.qlb", content), self.simulate(**scenario)]
-            for consume in ([], ["--consume"]):
-                self.run_console(status, *arguments, *consume)
-                self.assertEqual(os.path.exists(arguments[1]), not consume)
+            os.chmod(arguments[1], mode)
+            self.assertNotIn("deleted", self.run_console(status, *arguments)[1])
+            self.assertTrue(os.path.exists(arguments[1]))
+            stays = mode == 0o444
+            answer = self.run_json(status, *arguments, "--consume")
+            self.assertEqual((answer["consumed"], os.path.exists(arguments[1])), (not stays, stays))
+            self.assertEqual("VENTO-x.qlb was not deleted." in (answer["diagnostic"] or ""), stays)
 
 
 class Check(ConsoleTest):
@@ -409,6 +415,9 @@ class Files(ConsoleTest):
             before = victim.read_bytes()
             self.run_console(64, "program", path, simulate, "--trace", str(victim))
             self.assertEqual(victim.read_bytes(), before)
+        new = ["--trace", "new.json", "--log", "./new.json"], [self.simulate(image="new.json"), "--trace", "./new.json"]
+        for options in new:
+            self.run_console(64, "program", path, "--simulate", *options)
 
 
 class Series(ConsoleTest):

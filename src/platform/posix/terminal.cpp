@@ -75,8 +75,10 @@ class PosixTerminal final : public Terminal {
 
     [[nodiscard]] std::size_t Columns() const override {
         winsize size{};
-        if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
-        return size.ws_col;
+        if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0) return size.ws_col;
+        const char* told = std::getenv("COLUMNS");
+        const long columns = told != nullptr ? std::strtol(told, nullptr, 10) : 0;
+        return columns > 0 ? static_cast<std::size_t>(columns) : kUsualColumns;
     }
 
     [[nodiscard]] bool CanAsk() const override {
