@@ -41,14 +41,14 @@ struct Problem {
     std::string reason;
 };
 
-constexpr std::array kArguments{
+constexpr std::array kCheckArguments{
     ArgumentEntry{{"FILE", "FILE"},
                   {"Il file di programmazione, o più d'uno; - per lo standard input",
                    "The programme file, or several; - for standard input"},
                   true,
                   true}};
 
-constexpr std::array kOptions{
+constexpr std::array kCheckOptions{
     OptionEntry{"strict",
                 '\0',
                 OptionEntry::Value::none,
@@ -56,13 +56,8 @@ constexpr std::array kOptions{
                 {"Con un avvertimento termina con lo stato 1", "End with status 1 if there is a warning"},
                 [](Options& options, std::string_view) { return options.strict = true; }}};
 
-std::string ColumnName(std::size_t column) {
-    return std::string(kSections[column].name);
-}
-
 void TakeList(const ListView& view, CheckedList place, std::vector<CheckedList>& lists) {
-    if (view.Items().empty()) return;
-    const std::string_view text = TrimBlanks(view.Items().front());
+    const std::string_view text = TrimBlanks(view.FirstItem());
     if (text.empty()) return;  // no list: a remote that would want it is refused, others are not
     place.list = ParseCodeList(text);
     lists.push_back(std::move(place));
@@ -86,7 +81,7 @@ std::optional<Problem> ProblemOf(const LoadResult& load, const std::vector<Check
         if (each.list.bad) {
             return Problem{
                 each.line, kListField,
-                DescribeBadPiece(*each.list.bad, ColumnName(each.column), each.letter).In(language)};
+                DescribeBadPiece(*each.list.bad, kSections[each.column].name, each.letter).In(language)};
         }
     }
     return std::nullopt;
@@ -95,7 +90,7 @@ std::optional<Problem> ProblemOf(const LoadResult& load, const std::vector<Check
 ordered_json ListFields(const std::vector<CheckedList>& lists) {
     ordered_json fields = ordered_json::array();
     for (const CheckedList& each : lists) {
-        fields.push_back({{"column", ColumnName(each.column)},
+        fields.push_back({{"column", kSections[each.column].name},
                           {"list", std::string(1, each.letter)},
                           {"bytes", each.list.bytes.size()},
                           {"name", DecodeName(each.list.bytes)},
@@ -135,7 +130,7 @@ std::string DescribeProgramme(const FormWeb& form, const std::vector<CheckedList
         }
         if (labels.empty() && own.empty()) continue;
         text += std::string(
-            TrimBlanks(Pad(ColumnName(c), 5) + (labels.empty() ? "" : Printable(labels.front()))));
+            TrimBlanks(Pad(kSections[c].name, 5) + (labels.empty() ? "" : Printable(labels.front()))));
         text += "\n" + own;
     }
     return text;
@@ -207,7 +202,7 @@ void CheckFile(const Console& console, const Machine& machine, const std::string
     TellWarnings(console, path, FindWarnings(text, form, load), answer);
 }
 
-void Run(const Console& console, Answer& answer) {
+void RunCheck(const Console& console, Answer& answer) {
     answer.fields = BlankFields();
     ConsoleMachine machine(console);
     FilesAndInput files(console.terminal);
@@ -239,9 +234,9 @@ constinit const CommandEntry kCheckCommand{
     "check",
     {"Dice che cosa contengono dei file di programmazione, o che cosa non va",
      "Say what programme files hold, or what is wrong with them"},
-    kArguments,
-    kOptions,
+    kCheckArguments,
+    kCheckOptions,
     {},
-    Run};
+    RunCheck};
 
 }  // namespace vento::console

@@ -14,10 +14,10 @@ namespace {
 
 using Value = OptionEntry::Value;
 
-constexpr std::array kArguments{ArgumentEntry{
+constexpr std::array kCompletionArguments{ArgumentEntry{
     {"SHELL", "SHELL"}, {"bash, zsh o fish", "bash, zsh or fish"}, true, false, "bash zsh fish"}};
 
-constexpr std::array kExamples{
+constexpr std::array kCompletionExamples{
     Example{"completion bash > ~/.local/share/bash-completion/completions/ventoctl",
             {"Per bash, dalla prossima sessione.", "For bash, from the next session on."}},
 };
@@ -203,13 +203,13 @@ struct Shell {
 };
 constexpr std::array kShells{Shell{"bash", Bash}, Shell{"zsh", Zsh}, Shell{"fish", Fish}};
 
-void Run(const Console& console, Answer& answer) {
+void RunCompletion(const Console& console, Answer& answer) {
     answer.fields["script"] = nullptr;
     const std::string name = console.options.Argument(0);
     const auto* const shell = std::ranges::find(kShells, name, &Shell::name);
     if (shell == kShells.end()) {
         throw Failure(kWrongUsage, Fill({"SHELL può essere {0}, non '{1}'", "SHELL is one of {0}, not '{1}'"},
-                                        {kArguments[0].choices, name}));
+                                        {kCompletionArguments[0].choices, name}));
     }
     answer.text = shell->script(console.language);
     answer.fields["script"] = answer.text;
@@ -220,9 +220,9 @@ void Run(const Console& console, Answer& answer) {
 constinit const CommandEntry kCompletionCommand{"completion",
                                                 {"Scrive ciò che serve a una shell per completare i comandi",
                                                  "Print what a shell needs to complete commands"},
-                                                kArguments,
+                                                kCompletionArguments,
                                                 {},
-                                                kExamples,
-                                                Run};
+                                                kCompletionExamples,
+                                                RunCompletion};
 
 }  // namespace vento::console

@@ -154,7 +154,7 @@ void Explain(const Found& found, const Console& console, platform::HidBackEnd ba
     if (!advice.Empty()) console.notices.Error(found.name, advice.In(console.language));
 }
 
-void Run(const Console& console, Answer& answer) {
+void RunDevices(const Console& console, Answer& answer) {
     answer.fields = {{"interfaces", ordered_json::array()}};
     ConsoleMachine machine(console);
     const Language language = console.language;
@@ -176,6 +176,6 @@ constinit const CommandEntry kDevicesCommand{"devices",
                                              {},
                                              {},
                                              {},
-                                             Run};
+                                             RunDevices};
 
 }  // namespace vento::console

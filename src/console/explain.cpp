@@ -12,11 +12,12 @@ namespace {
 
 using nlohmann::ordered_json;
 
-constexpr std::array kArguments{ArgumentEntry{{"TRACCIA", "TRACE"},
-                                              {"Il file che --trace ha scritto; - per lo standard input",
-                                               "The file that --trace wrote; - for standard input"}}};
+constexpr std::array kExplainArguments{
+    ArgumentEntry{{"TRACCIA", "TRACE"},
+                  {"Il file che --trace ha scritto; - per lo standard input",
+                   "The file that --trace wrote; - for standard input"}}};
 
-constexpr std::array kExamples{
+constexpr std::array kExplainExamples{
     Example{"explain trace.jsonl",
             {"Racconta che cosa è passato sul collegamento, e dove è andato storto.",
              "Tells what crossed the link, and where it went wrong."}}};
@@ -62,7 +63,7 @@ ordered_json FieldsOf(const ExplainedStep& step, Language language) {
     return fields;
 }
 
-void Run(const Console& console, Answer& answer) {
+void RunExplain(const Console& console, Answer& answer) {
     answer.fields = {{"steps", ordered_json::array()}, {"firstDeviation", nullptr}, {"ending", ""}};
     const Language language = console.language;
     const std::string path = console.options.Argument(0);
@@ -91,6 +92,8 @@ void Run(const Console& console, Answer& answer) {
 }  // namespace
 
 constinit const CommandEntry kExplainCommand{
-    "explain", {"Racconta a parole una traccia", "Tell a trace in words"}, kArguments, {}, kExamples, Run};
+    "explain",         {"Racconta a parole una traccia", "Tell a trace in words"},
+    kExplainArguments, {},
+    kExplainExamples,  RunExplain};
 
 }  // namespace vento::console

@@ -45,9 +45,9 @@ void RequireOther(const std::string& output, std::string_view input, const Phras
 }
 
 std::string ReadStandardInput(const platform::Terminal& terminal) {
-    constexpr std::size_t kPiece = 65536;
+    constexpr std::size_t kAtOnce = 65536;
     std::string bytes;
-    std::vector<char> piece(kPiece);
+    std::vector<char> piece(kAtOnce);
     while (const std::size_t count = terminal.ReadInput(piece)) {
         if (count > kLargestInput - bytes.size()) throw platform::FileTooLarge();
         bytes.append(piece.data(), count);

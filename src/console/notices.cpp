@@ -12,7 +12,7 @@ namespace vento::console {
 namespace {
 
 constexpr std::string_view kName = "ventoctl: ";
-constexpr std::size_t kNarrowest = 20;  // columns that a text wants beside its prefix
+constexpr std::size_t kNarrowestBeside = 20;  // columns that a text wants beside its prefix
 
 // https://no-color.org: set to anything but nothing, it forbids colour.
 bool ColourForbidden() {
@@ -119,7 +119,7 @@ Notices::Notices(const platform::Terminal& terminal, Language language, bool qui
 void Notices::Say(std::string_view prefix, std::string_view text) {
     ClearProgress();
     const std::size_t columns = redraws_ ? terminal_.Columns() : std::string::npos;
-    const bool beside = columns >= kNarrowest + prefix.size();
+    const bool beside = columns >= kNarrowestBeside + prefix.size();
     const std::string indent(beside ? prefix.size() : 0, ' ');
     std::string said = indent;
     if (prefix == kName) {

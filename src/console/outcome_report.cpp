@@ -9,10 +9,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-std::string NameOf(std::size_t column) {
-    return std::string(kSections.at(column).name);
-}
-
 template <class Value>
 ordered_json OrNull(const std::optional<Value>& value) {
     return value ? ordered_json(*value) : ordered_json(nullptr);
@@ -21,10 +17,10 @@ ordered_json OrNull(const std::optional<Value>& value) {
 // "TV (list B, 328 bytes from word 256): written and verified"
 Sentence DescribeLine(const ProgrammingOutcome& outcome, std::size_t column, const Sentence& fate) {
     const ColumnOutcome& each = outcome.columns.at(column);
-    if (!each.HasPlace() || !outcome.list) return Labelled(NameOf(column), fate);
+    if (!each.HasPlace() || !outcome.list) return Labelled(kSections.at(column).name, fate);
     return Fill(
         {"{0} (lista {1}, {2} byte dalla parola {3}): {4}", "{0} (list {1}, {2} bytes from word {3}): {4}"},
-        {NameOf(column), std::string(1, *outcome.list), std::to_string(each.bytes),
+        {kSections.at(column).name, std::string(1, *outcome.list), std::to_string(each.bytes),
          std::to_string(*each.offset), fate});
 }
 
@@ -43,7 +39,7 @@ ordered_json OutcomeFields(const ProgrammingOutcome& outcome, std::size_t column
         {"offset", OrNull(each.offset)}, {"written", each.written}, {"verified", each.verified},
         {"overwrittenBy", nullptr},      {"lost", each.Lost()},     {"reason", nullptr}};
     if (each.selected && outcome.list) fields["list"] = std::string(1, *outcome.list);
-    if (each.overwrittenBy) fields["overwrittenBy"] = NameOf(*each.overwrittenBy);
+    if (each.overwrittenBy) fields["overwrittenBy"] = kSections.at(*each.overwrittenBy).name;
     if (!each.problem.Empty()) fields["reason"] = each.problem.In(language);
     return fields;
 }
@@ -65,7 +61,7 @@ ordered_json SectionFields(const RemoteReading& reading) {
     for (std::size_t i = 0; i < reading.offsets.count; ++i) {
         ordered_json free = nullptr;
         if (reading.flags) free = (*reading.flags & kSections.at(i).SectionMask) != 0;
-        sections.push_back({{"column", NameOf(i)},
+        sections.push_back({{"column", kSections.at(i).name},
                             {"offset", reading.offsets.words.at(i)},
                             {"free", free},
                             {"name", OrNull(reading.names.at(i))}});

@@ -19,7 +19,7 @@ constexpr Phrase kHalfProgrammed{
     "Interrotto durante la programmazione: il telecomando è programmato a metà e va programmato di nuovo.",
     "Ended in the middle of programming: the remote is half-programmed and has to be programmed again."};
 
-ordered_json ItemOf(const ListView& view) {
+ordered_json FirstItemOrNull(const ListView& view) {
     return view.Items().empty() ? ordered_json(nullptr) : ordered_json(view.Items().front());
 }
 
@@ -108,7 +108,7 @@ class Shown {
 };
 
 // A message of several lines, without what would steer the terminal and without blanks at the ends.
-std::string LinesOf(std::string_view message) {
+std::string PrintableLines(std::string_view message) {
     std::string text;
     while (!message.empty()) {
         const auto end = message.find('\n');
@@ -145,7 +145,7 @@ void Conclude(FormWeb& form, ConsoleMachine& machine, const Console& console, An
         notices.Error(outcome->message, outcome->diagnostic.In(form.PanelLanguage()));
         return;
     }
-    answer.text += LinesOf(outcome->message);
+    answer.text += PrintableLines(outcome->message);
 }
 
 }  // namespace
@@ -176,9 +176,9 @@ ordered_json BlankProgrammingFields(Language language) {
 ordered_json ColumnFields(const FormWeb& form) {
     ordered_json columns = ordered_json::array();
     for (std::size_t c = 0; c < kColumns; ++c) {
-        columns.push_back({{"label", ItemOf(form.ListView1[c])},
-                           {"listA", ItemOf(form.ListView2[c])},
-                           {"listB", ItemOf(form.ListView3[c])}});
+        columns.push_back({{"label", FirstItemOrNull(form.ListView1[c])},
+                           {"listA", FirstItemOrNull(form.ListView2[c])},
+                           {"listB", FirstItemOrNull(form.ListView3[c])}});
     }
     return columns;
 }
@@ -235,7 +235,7 @@ void ReportColumns(const FormWeb& form, const ProgrammingOutcome& outcome, std::
 void TellColumns(const FormWeb& form, const ProgrammingOutcome& outcome,
                  Sentence (*describe)(const ColumnOutcome&), Answer& answer) {
     const Sentence lines = DescribeColumns(outcome, form.Label2.Caption(), describe);
-    answer.text += LinesOf(lines.In(form.PanelLanguage()));
+    answer.text += PrintableLines(lines.In(form.PanelLanguage()));
 }
 
 bool LoadProgramme(const Console& console, FormWeb& form, Answer& answer) {
@@ -253,7 +253,7 @@ void ReportReading(const FormWeb& form, Answer& answer) {
     answer.fields["sections"] = SectionFields(reading);
     if (outcome->code != ResultCode::success) return;
     if (const Sentence reason = ExplainEmptyReading(reading); !reason.Empty()) {
-        answer.text = LinesOf(reason.In(form.PanelLanguage()));
+        answer.text = PrintableLines(reason.In(form.PanelLanguage()));
         answer.Diagnose(reason.In(Language::english));
     }
 }

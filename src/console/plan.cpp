@@ -62,10 +62,10 @@ bool TakeSections(Options& options, std::string_view value) {
     return true;
 }
 
-constexpr std::array kArguments{
+constexpr std::array kPlanArguments{
     ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
 
-constexpr std::array kOptions{
+constexpr std::array kPlanOptions{
     OptionEntry{"remote-version",
                 '\0',
                 OptionEntry::Value::required,
@@ -82,9 +82,10 @@ constexpr std::array kOptions{
                 TakeSections},
     kTransmitterOption};
 
-constexpr std::array kExamples{Example{"plan VENTO-casa.qlb --remote-version 3.0.4",
-                                       {"Dice quale lista andrebbe dove, senza interrogare un telecomando.",
-                                        "Says which list would go where, without asking a remote."}}};
+constexpr std::array kPlanExamples{
+    Example{"plan VENTO-casa.qlb --remote-version 3.0.4",
+            {"Dice quale lista andrebbe dove, senza interrogare un telecomando.",
+             "Says which list would go where, without asking a remote."}}};
 
 // What a run would do with one column.
 struct PlannedColumn {
@@ -208,7 +209,7 @@ std::optional<RemoteReading> RemoteOf(const Console& console, ConsoleMachine& ma
     return outcome->reading;
 }
 
-void Run(const Console& console, Answer& answer) {
+void RunPlan(const Console& console, Answer& answer) {
     if (console.options.sections && !console.options.remoteVersion) {
         throw Failure(kWrongUsage, Phrase{"--sections vuole anche --remote-version",
                                           "--sections wants --remote-version too"});
@@ -239,9 +240,9 @@ void Run(const Console& console, Answer& answer) {
 constinit const CommandEntry kPlanCommand{"plan",
                                           {"Dice che cosa si scriverebbe in un telecomando, senza scrivere",
                                            "Say what would be written to a remote, without writing"},
-                                          kArguments,
-                                          kOptions,
-                                          kExamples,
-                                          Run};
+                                          kPlanArguments,
+                                          kPlanOptions,
+                                          kPlanExamples,
+                                          RunPlan};
 
 }  // namespace vento::console

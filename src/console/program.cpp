@@ -16,7 +16,7 @@
 namespace vento::console {
 namespace {
 
-constexpr std::array kArguments{
+constexpr std::array kProgramArguments{
     ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
 
 bool TakeSeries(Options& options, std::string_view value) {
@@ -28,7 +28,7 @@ bool TakeSeries(Options& options, std::string_view value) {
     return true;
 }
 
-constexpr std::array kOptions{
+constexpr std::array kProgramOptions{
     OptionEntry{
         "consume",
         '\0',
@@ -63,7 +63,7 @@ constexpr std::array kOptions{
     kLogOption,
     kTransmitterOption};
 
-constexpr std::array kExamples{
+constexpr std::array kProgramExamples{
     Example{"program VENTO-casa.qlb --consume",
             {"Programma il telecomando ed elimina il file, come fa la finestra.",
              "Programs the remote and deletes the file, as the window does."}},
@@ -109,7 +109,7 @@ void Consume(const Console& console, FormWeb& form, Answer& answer) {
     answer.Diagnose(stays.In(Language::english));
 }
 
-void Run(const Console& console, Answer& answer) {
+void RunProgram(const Console& console, Answer& answer) {
     answer.fields = BlankRunFields(console);
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
@@ -129,9 +129,9 @@ void Run(const Console& console, Answer& answer) {
 constinit const CommandEntry kProgramCommand{
     "program",
     {"Inserisce un file di programmazione in un telecomando", "Put a programme file into a remote"},
-    kArguments,
-    kOptions,
-    kExamples,
-    Run};
+    kProgramArguments,
+    kProgramOptions,
+    kProgramExamples,
+    RunProgram};
 
 }  // namespace vento::console

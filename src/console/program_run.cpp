@@ -10,8 +10,8 @@ namespace {
 
 using nlohmann::ordered_json;
 
-void Report(const Console& console, const FormWeb& form, const OperationOutcome& programming,
-            const std::optional<OperationOutcome>& verification, Answer& answer) {
+void ReportRun(const Console& console, const FormWeb& form, const OperationOutcome& programming,
+               const std::optional<OperationOutcome>& verification, Answer& answer) {
     const bool lost = programming.programming.Incomplete();
     const bool succeeded = programming.code == ResultCode::success;
     ReportColumns(form, programming.programming, "outcome", answer);
@@ -28,8 +28,8 @@ void ReportUnfinished(const FormWeb& form, Answer& answer) {
     ReportColumns(form, outcome, "outcome", answer);
 }
 
-std::optional<OperationOutcome> Verify(const Console& console, ConsoleMachine& machine, FormWeb& form,
-                                       Answer& answer) {
+std::optional<OperationOutcome> VerifyRun(const Console& console, ConsoleMachine& machine, FormWeb& form,
+                                          Answer& answer) {
     Operate(console, machine, form, answer, [&] { form.Verify(); });
     const auto& outcome = form.LatestOutcome();
     if (outcome) TellColumns(form, outcome->programming, DescribeVerification, answer);
@@ -116,9 +116,9 @@ std::optional<OperationOutcome> ProgramOne(const Console& console, ConsoleMachin
         const bool succeeded = programming && programming->code == ResultCode::success;
         if (succeeded || (programming && programming->programming.writing))
             TellColumns(form, programming->programming, DescribeColumnOutcome, answer);
-        if (succeeded && console.options.verify) verification = Verify(console, machine, form, answer);
+        if (succeeded && console.options.verify) verification = VerifyRun(console, machine, form, answer);
         ReportPanel(form, machine, answer);
-        if (programming) Report(console, form, *programming, verification, answer);
+        if (programming) ReportRun(console, form, *programming, verification, answer);
         return programming;
     } catch (const EndedAtOnce& end) {
         ReportPanel(form, machine, answer);

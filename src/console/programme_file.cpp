@@ -80,10 +80,6 @@ bool IsJson(std::string_view text) {
     return first != std::string_view::npos && text[first] == '{';
 }
 
-std::string ItemOf(const ListView& view) {
-    return view.Items().empty() ? std::string{} : view.Items().front();
-}
-
 ProgrammeTexts LoadTexts(const std::string& path, platform::Files& files) {
     std::array<ListView, kColumns> labels;
     std::array<ListView, kColumns> listsA;
@@ -98,8 +94,10 @@ ProgrammeTexts LoadTexts(const std::string& path, platform::Files& files) {
     }
     ProgrammeTexts texts;
     for (std::size_t c = 0; c < kColumns; ++c) {
-        if (!labels.at(c).Items().empty())
-            texts.at(c) = {ItemOf(labels.at(c)), ItemOf(listsA.at(c)), ItemOf(listsB.at(c))};
+        if (labels.at(c).Items().empty()) continue;
+        texts.at(c) =
+            ColumnTexts{std::string(labels.at(c).FirstItem()), std::string(listsA.at(c).FirstItem()),
+                        std::string(listsB.at(c).FirstItem())};
     }
     return texts;
 }

@@ -6,9 +6,9 @@
 namespace vento::console {
 namespace {
 
-constexpr std::array kOptions{kTransmitterOption};
+constexpr std::array kReadOptions{kTransmitterOption};
 
-void Run(const Console& console, Answer& answer) {
+void RunRead(const Console& console, Answer& answer) {
     answer.fields = BlankPanelFields(console.language);
     answer.fields.update(
         {{"version", nullptr}, {"free", nullptr}, {"sections", nlohmann::ordered_json::array()}});
@@ -24,7 +24,7 @@ void Run(const Console& console, Answer& answer) {
 }  // namespace
 
 constinit const CommandEntry kReadCommand{
-    "read", {"Chiede a un telecomando che cosa contiene", "Ask a remote what it holds"}, {}, kOptions, {},
-    Run};
+    "read", {"Chiede a un telecomando che cosa contiene", "Ask a remote what it holds"}, {}, kReadOptions, {},
+    RunRead};
 
 }  // namespace vento::console

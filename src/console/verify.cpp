@@ -10,14 +10,15 @@
 namespace vento::console {
 namespace {
 
-constexpr std::array kArguments{
+constexpr std::array kVerifyArguments{
     ArgumentEntry{{"FILE", "FILE"}, {"Il file di programmazione", "The programme file"}}};
 
-constexpr std::array kOptions{kLogOption, kTransmitterOption};
+constexpr std::array kVerifyOptions{kLogOption, kTransmitterOption};
 
-constexpr std::array kExamples{Example{"verify VENTO-casa.qlb",
-                                       {"Dice colonna per colonna se il telecomando contiene quel programma.",
-                                        "Says column by column whether the remote holds that programme."}}};
+constexpr std::array kVerifyExamples{
+    Example{"verify VENTO-casa.qlb",
+            {"Dice colonna per colonna se il telecomando contiene quel programma.",
+             "Says column by column whether the remote holds that programme."}}};
 
 void Verify(const Console& console, ConsoleMachine& machine, FormWeb& form, Answer& answer) {
     RunLog log(console.options, machine.ForPanel().files);
@@ -33,7 +34,7 @@ void Verify(const Console& console, ConsoleMachine& machine, FormWeb& form, Answ
     log.Add(answer, machine.Chosen());
 }
 
-void Run(const Console& console, Answer& answer) {
+void RunVerify(const Console& console, Answer& answer) {
     answer.fields = BlankProgrammingFields(console.language);
     ConsoleMachine machine(console);
     FormWeb form(machine.ForPanel());
@@ -52,9 +53,9 @@ constinit const CommandEntry kVerifyCommand{
     "verify",
     {"Prova che un telecomando contiene un file di programmazione, senza scrivere",
      "Prove that a remote holds a programme file, without writing"},
-    kArguments,
-    kOptions,
-    kExamples,
-    Run};
+    kVerifyArguments,
+    kVerifyOptions,
+    kVerifyExamples,
+    RunVerify};
 
 }  // namespace vento::console

@@ -13,16 +13,12 @@
 namespace vento::console {
 namespace {
 
-constexpr std::size_t kMostBytes = 32767;    // of the lists that one run sends
-constexpr std::size_t kUsualSection = 4096;  // words between the sections of a usual remote
+constexpr std::size_t kMostListBytes = 32767;  // of the lists that one run sends
+constexpr std::size_t kUsualSection = 4096;    // words between the sections of a usual remote
 constexpr std::array<std::string_view, 3> kByteOrderMarks{"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"};
 
-std::string ColumnName(std::size_t column) {
-    return std::string(kSections[column].name);
-}
-
-std::string_view ItemOf(const ListView& view) {
-    return view.Items().empty() ? std::string_view{} : TrimBlanks(view.Items().front());
+std::string_view RecordIn(const ListView& view) {
+    return TrimBlanks(view.FirstItem());
 }
 
 // The column that a line names; nothing if it names none.
@@ -32,7 +28,7 @@ std::optional<std::size_t> ColumnOf(std::string_view line) {
     return *number - 1U;
 }
 
-std::vector<std::string_view> LinesOf(std::string_view text) {
+std::vector<std::string_view> SplitLines(std::string_view text) {
     std::vector<std::string_view> lines;
     for (auto end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
         lines.push_back(text.substr(0, end));
@@ -64,7 +60,7 @@ bool LooksLikeUtf8(std::string_view text) {
 class Search {
   public:
     Search(std::string_view text, const FormWeb& form, const LoadResult& load)
-        : text_(text), lines_(LinesOf(text)), form_(form), load_(load) {}
+        : text_(text), lines_(SplitLines(text)), form_(form), load_(load) {}
 
     std::vector<Warning> Find() {
         Encoding();
@@ -113,11 +109,11 @@ class Search {
         const std::size_t line = lines_.size();
         Sentence lost;
         if (const auto column = ColumnOf(lines_.back()); column && load_.lines[*column].listA == 0)
-            lost += Fill({" Si perde la colonna {0}.", " Column {0} is lost."}, {ColumnName(*column)});
+            lost += Fill({" Si perde la colonna {0}.", " Column {0} is lost."}, {kSections[*column].name});
         for (std::size_t column = 0; column < kColumns; ++column) {
             if (load_.lines[column].listA == 0 || load_.lines[column].listA + 1 != line) continue;
             lost += Fill({" Si perde la lista B della colonna {0}.", " List B of column {0} is lost."},
-                         {ColumnName(column)});
+                         {kSections[column].name});
         }
         Warn(line,
              {"non finisce con un line feed, e non viene letta.{0}",
@@ -139,14 +135,14 @@ class Search {
                       "prima riga.",
                       "is of column {0} but taken as list B of column {1}, since it stands below its first "
                       "line."},
-                     {ColumnName(*own), ColumnName(column)});
+                     {kSections[*own].name, kSections[column].name});
             }
         }
         if (!used) {
             Warn(line,
                  {"non ha effetto: la colonna {0} compare già sopra.",
                   "has no effect: column {0} stands above already."},
-                 {ColumnName(*own)});
+                 {kSections[*own].name});
         }
         std::string_view list = lines_[line - 1];
         for (int field = 0; field < 2; ++field)
@@ -158,14 +154,14 @@ class Search {
     void Column(std::size_t column) {
         const ColumnLines& lines = load_.lines[column];
         if (lines.listA == 0) return;
-        if (ItemOf(form_.ListView1[column]).empty()) {
+        if (RecordIn(form_.ListView1[column]).empty()) {
             Warn(lines.listA,
                  {"l'etichetta è vuota, e la colonna {0} non sarà programmata.",
                   "the label is blank, and column {0} will not be programmed."},
-                 {ColumnName(column)});
+                 {kSections[column].name});
         }
-        List(column, "A", lines.listA, ItemOf(form_.ListView2[column]));
-        List(column, "B", lines.listB != 0 ? lines.listB : lines.listA, ItemOf(form_.ListView3[column]));
+        List(column, "A", lines.listA, RecordIn(form_.ListView2[column]));
+        List(column, "B", lines.listB != 0 ? lines.listB : lines.listA, RecordIn(form_.ListView3[column]));
     }
 
     void List(std::size_t column, const char* letter, std::size_t line, std::string_view list) {
@@ -174,7 +170,7 @@ class Search {
                  {"la colonna {0} non ha una lista {1}: i telecomandi che la richiedono non si possono "
                   "programmare.",
                   "column {0} has no list {1}: remotes that take it can't be programmed."},
-                 {ColumnName(column), letter});
+                 {kSections[column].name, letter});
         } else if (Bytes(list) > kUsualSection) {
             Warn(line,
                  {"la lista {1} della colonna {0} ha {2} byte, più dei 4096 di una sezione usuale: può "
@@ -183,17 +179,17 @@ class Search {
                   "list {1} of column {0} has {2} bytes, more than the 4096 of a usual section: it may run "
                   "into "
                   "the next one."},
-                 {ColumnName(column), letter, std::to_string(Bytes(list))});
+                 {kSections[column].name, letter, std::to_string(Bytes(list))});
         }
     }
 
     void Total(const char* letter, const std::array<ListView, kColumns>& views) {
         std::size_t total = 0;
         for (std::size_t column = 0; column < kColumns; ++column) {
-            const std::string_view list = ItemOf(views[column]);
-            if (!list.empty() && !ItemOf(form_.ListView1[column]).empty()) total += Bytes(list);
+            const std::string_view list = RecordIn(views[column]);
+            if (!list.empty() && !RecordIn(form_.ListView1[column]).empty()) total += Bytes(list);
         }
-        if (total <= kMostBytes) return;
+        if (total <= kMostListBytes) return;
         Warn(0,
              {"le liste {0} hanno insieme {1} byte; se ne possono inviare al massimo 32767.",
               "the lists {0} have {1} bytes together; 32767 is the most that can be sent."},

@@ -90,6 +90,10 @@ class TextBox {
 class ListView {
   public:
     [[nodiscard]] const std::vector<std::string>& Items() const { return items_; }
+    /// The first item; empty if there is none.
+    [[nodiscard]] std::string_view FirstItem() const {
+        return items_.empty() ? std::string_view{} : items_.front();
+    }
 
     void Clear() {
         if (items_.empty()) return;

@@ -39,8 +39,7 @@ struct ProgramEnded {};
 
 // The record of a view: only its first item counts, and only if there is more to it than blanks.
 ProgrammeRecord RecordOf(const ListView& view) {
-    if (view.Items().empty()) return {};
-    const std::string_view text = TrimBlanks(view.Items().front());
+    const std::string_view text = TrimBlanks(view.FirstItem());
     return {std::string(text), !text.empty()};
 }
 
