@@ -1,3 +1,5 @@
+#include <functional>
+
 #include "fuzzing.h"
 #include "panel/advice.h"
 
@@ -24,8 +26,7 @@ simulator::Word WordAt(const WordRuns& memory, std::size_t place) {
 /// A panel with a hostile transmitter, and an operator who presses anything at any time.
 class Machine {
   public:
-    explicit Machine(FuzzedDataProvider& data)
-        : data_(data), simulated_(TakeScenario(data), clock_), host_(simulated_, data, clock_) {
+    explicit Machine(FuzzedDataProvider& data) : data_(data), scenario_(TakeScenario(data)) {
         files_.contents["p"] = TakeProgramme(data);
         PlanGesture();
         desktop_.onYield = [this](int) { Yield(); };
@@ -61,7 +62,7 @@ class Machine {
             form_.Command6_Click(other);
         desktop_.messages.clear();
         const Programme programme = form_.GatherProgramme();
-        host_.harmed = host_.forged = false;
+        begin_ = host_.cycles;
         cancelled_ = form_.Command6(3).Tag() == kTagTrue;  // the flag stays until a wait has seen it
         host_.reports = 0;
         yieldsLeft_ = index == 4 ? 1000 : 1U << 30U;
@@ -74,7 +75,7 @@ class Machine {
                 "the program button is enabled and the cancel control is not");
         const auto& outcome = form_.LatestOutcome();
         if (!outcome) {
-            Require(host_.harmed, "a transmitter that stays is found");
+            Require(host_.Harmed(begin_), "a transmitter that stays is found");
             Require(desktop_.messages.size() == 1, "a missing transmitter is told of");
             return;
         }
@@ -85,8 +86,9 @@ class Machine {
         if (code != 0) RequireReadable(outcome->diagnostic);
         Require(code != 13 || cancelled_, "it is cancelled by the operator alone");
         constexpr std::array kOfProgramme{0, 5, 10, 15, 18};
-        Require(host_.harmed || cancelled_ || std::ranges::find(kOfProgramme, code) != kOfProgramme.end(),
-                "nothing fails on a good link but for the programme");
+        Require(
+            host_.Harmed(begin_) || cancelled_ || std::ranges::find(kOfProgramme, code) != kOfProgramme.end(),
+            "nothing fails on a good link but for the programme");
         CheckBound(operation.waits, index == 0 ? programme : Programme{});
         if (index != 0) return;
         CheckMemory(outcome->programming);
@@ -121,10 +123,12 @@ class Machine {
 
     void CheckProgramming(const OperationOutcome& outcome, const Programme& programme) const {
         const auto& columns = outcome.programming.columns;
+        // Behind such a fault a reply may be another than the remote's.
+        const bool forged = host_.Harmed(begin_, simulator::fault::Status{});
         bool lost = false;
         for (std::size_t c = 0; c < kColumns; ++c) {
             lost = lost || columns[c].Lost();
-            if (!columns[c].verified || columns[c].overwrittenBy || host_.forged) continue;
+            if (!columns[c].verified || columns[c].overwrittenBy || forged) continue;
             const auto& lists =
                 outcome.programming.list == 'A' ? programme.ListARecords : programme.ListBRecords;
             const ParsedCodeList list = ParseCodeList(lists[c].Text);
@@ -138,7 +142,8 @@ class Machine {
         const bool told = !messages.empty() && messages.back() == incomplete;
         Require(told == !DescribeLosses(outcome.programming).Empty() && (told || !lost),
                 "what is lost is told of");
-        Require(host_.harmed || outcome.programming.closed, "a run with a good transmitter is closed");
+        Require(host_.Harmed(begin_) || outcome.programming.closed,
+                "a run with a good transmitter is closed");
     }
 
     void PlanGesture() {
@@ -154,40 +159,27 @@ class Machine {
             form_.Cancel();
         }
         if (yieldsToGesture_-- > 0) return;
+        const std::array<std::function<void()>, 8> gestures{
+            [this] { form_.Cancel(); },          [this] { form_.Command6_Click(3); },
+            [this] { form_.Command3_Click(); },  [this] { form_.Form_Unload(); },
+            [this] { form_.Command6_Click(0); }, [this] { form_.Command2_Click(); },
+            [this] { form_.Command4_Click(); },  [this] { form_.DropFile("q"); }};
         const std::uint8_t gesture = gesture_;
         PlanGesture();
-        switch (gesture) {
-            case 0:
-                cancelled_ = true;
-                return form_.Cancel();
-            case 1:
-                cancelled_ = true;
-                return form_.Command6_Click(3);
-            case 2:
-                return form_.Command3_Click();
-            case 3:
-                return form_.Form_Unload();
-            case 4:
-                return form_.Command6_Click(0);
-            case 5:
-                return form_.Command2_Click();
-            case 6:
-                return form_.Command4_Click();
-            case 7:
-                return form_.DropFile("q");
-            default:
-                return;
-        }
+        cancelled_ = cancelled_ || gesture < 2;
+        if (gesture < gestures.size()) gestures.at(gesture)();
     }
 
     FuzzedDataProvider& data_;
     test::FakeClock clock_;
     test::FakeDesktop desktop_;
     test::FakeFiles files_;
-    simulator::SimulatedHidHost simulated_;
-    HostileHidHost host_;
+    simulator::Scenario scenario_;
+    simulator::SimulatedHidHost simulated_{scenario_, clock_};
+    WatchedHidHost host_{simulated_, scenario_, clock_};
     FormWeb form_{{host_, desktop_, files_, clock_, platform::HidBackEnd::hidraw}};
     WordRuns memory_;
+    std::uint64_t begin_ = 0;  ///< cycles before the operation
     std::uint8_t gesture_ = 255;
     unsigned yieldsToGesture_ = 0;
     unsigned yieldsLeft_ = 0;

@@ -37,21 +37,21 @@ Outcome Operate(platform::HidHost& host, test::FakeClock& clock, const std::stri
 /// The trace of an operation that the fuzzer's bytes have gone wrong, or not; explained and replayed.
 std::string TakeTrace(FuzzedDataProvider& data) {
     test::FakeClock clock;
-    simulator::Scenario scenario = TakeScenario(data);
+    const simulator::Scenario scenario = TakeScenario(data);
     const std::string programme = TakeProgramme(data);
     const auto index = data.ConsumeIntegralInRange<std::size_t>(0, 2);
     std::string text = data.ConsumeRandomLengthString(40);
     simulator::SimulatedHidHost simulated(scenario, clock);
-    HostileHidHost hostile(simulated, data, clock);
+    WatchedHidHost watched(simulated, scenario, clock);
     std::string written;
     Trace trace([&written](std::string_view line) { written += line; }, clock);
-    TracedHidHost traced(hostile, &trace, {});
+    TracedHidHost traced(watched, &trace, {});
     const Outcome outcome = Operate(traced, clock, programme, index);
     const console::RecordedTrace recorded = console::ParseTrace(written);
     const auto explained = console::ExplainTrace(recorded);
-    Require(
-        hostile.harmed || scenario.interfaces.size() > 1 || !explained.firstDeviation || outcome.text != "0",
-        "nothing deviates where nothing went wrong");
+    Require(watched.Harmed(0) || scenario.interfaces.size() > 1 || !explained.firstDeviation ||
+                outcome.text != "0",
+            "nothing deviates where nothing went wrong");
     console::RecordedHidHost replayed(recorded, "trace");
     const Outcome again = Operate(replayed, clock, programme, index);
     Require(again == outcome, "a replay comes to the same: " + outcome.message + ", " + outcome.diagnostic +

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -65,6 +64,34 @@ inline std::string TakeProgramme(FuzzedDataProvider& data) {
     return text;
 }
 
+/// Faults of the link, one behind the other, each in one cycle or in many.
+inline std::vector<simulator::Fault> TakeFaults(FuzzedDataProvider& data) {
+    namespace fault = simulator::fault;
+    std::vector<simulator::Fault> faults(data.ConsumeIntegralInRange<std::size_t>(0, 8));
+    std::uint32_t cycle = 0;
+    for (simulator::Fault& each : faults) {
+        const auto kind = data.ConsumeIntegral<std::uint8_t>();
+        const auto detail = data.ConsumeIntegral<std::uint8_t>();
+        const std::uint32_t length = data.ConsumeIntegral<std::uint8_t>();
+        fault::Reply reply;
+        std::ranges::copy(data.ConsumeBytes<std::uint8_t>(detail % 10U), reply.payload.begin());
+        const auto bit = static_cast<std::uint8_t>(1U << detail / 8U % 8U);
+        const std::array<simulator::FaultKind, 7> kinds{
+            fault::Unplugged{simulator::UnplugMoment(detail % 3)},
+            fault::Refused{},
+            fault::WriteFails{detail % 4U + 1},
+            fault::ReadFails{},
+            fault::Status{detail},
+            reply,
+            fault::Flip{static_cast<std::uint8_t>(detail % 8U), bit}};
+        each.kind = kinds.at(kind % kinds.size());
+        each.cycle = cycle + 1U + data.ConsumeIntegral<std::uint8_t>();
+        each.through = each.cycle + (length < 128 ? length % 4 : (length - 128) * (length - 128));
+        cycle = each.through;
+    }
+    return faults;
+}
+
 /// A simulated machine of which the fuzzer's bytes decide what it has.
 inline simulator::Scenario TakeScenario(FuzzedDataProvider& data) {
     simulator::Scenario scenario;
@@ -80,75 +107,43 @@ inline simulator::Scenario TakeScenario(FuzzedDataProvider& data) {
         for (std::uint16_t& section : scenario.remote->sections)
             section = data.ConsumeIntegral<std::uint16_t>();
     }
+    scenario.faults = TakeFaults(data);
     if ((bits & 32U) != 0) scenario.remote->arrivesAtPoll = data.ConsumeIntegral<std::uint16_t>() % 600;
     return scenario;
 }
 
-/// A transmitter that is good but for the cycles in which the fuzzer's bytes have it do something else, for
-/// one cycle or for many.
-class HostileHidHost final : public platform::ForwardingHidHost {
+/// Counts what a simulated machine is asked for, and gives a transfer that fails its second.
+class WatchedHidHost final : public platform::ForwardingHidHost {
   public:
-    enum class Harm : std::uint8_t { none, absent, notOpened, writeFails, readFails, status, reply, flip };
-
-    HostileHidHost(platform::HidHost& host, FuzzedDataProvider& data, test::FakeClock& clock)
-        : ForwardingHidHost(host), data_(data), clock_(clock) {
-        Plan();
-    }
+    WatchedHidHost(platform::HidHost& host, const simulator::Scenario& scenario, test::FakeClock& clock)
+        : ForwardingHidHost(host), faults_(scenario.faults), clock_(clock) {}
 
     std::uint64_t cycles = 0;
     std::uint64_t reports = 0;  ///< that were to go out
     int open = 0;
-    bool harmed = false;  ///< something went wrong
-    bool forged = false;  ///< a reply was another than the remote's
+
+    /// Whether a fault of this kind, or of one behind it, lay in the cycles behind `cycle`.
+    [[nodiscard]] bool Harmed(std::uint64_t cycle, const simulator::FaultKind& first = {}) const {
+        return std::ranges::any_of(faults_, [&](const simulator::Fault& each) {
+            return each.kind.index() >= first.index() && each.cycle <= cycles && each.through > cycle;
+        });
+    }
 
     void Search(const std::function<bool(std::string_view path)>& visit) override {
         ++cycles;
-        writes_ = 0;
-        if (left_ > 0) {
-            --left_;
-            harm_ = Harm::none;
-        } else if (through_ > 0) {
-            --through_;
-            harm_ = next_;
-        } else {
-            Plan();
-        }
-        if (!Does(Harm::absent)) ForwardingHidHost::Search(visit);
+        ForwardingHidHost::Search(visit);
     }
     [[nodiscard]] platform::OpenAnswer Open(std::string_view path, platform::Wanted wanted) override {
-        auto answer = ForwardingHidHost::Open(path, wanted);
-        if (answer.outcome != platform::OpenOutcome::opened) return answer;
-        if (Does(Harm::notOpened)) {
-            ForwardingHidHost::Close(answer.handle);
-            constexpr std::array kOutcomes{platform::OpenOutcome::forbidden, platform::OpenOutcome::busy,
-                                           platform::OpenOutcome::held, platform::OpenOutcome::noBandwidth,
-                                           platform::OpenOutcome::failed};
-            return {.outcome = kOutcomes[detail_ % kOutcomes.size()], .identity = answer.identity};
-        }
-        ++open;
+        const auto answer = ForwardingHidHost::Open(path, wanted);
+        if (answer.outcome == platform::OpenOutcome::opened) ++open;
         return answer;
     }
     platform::ReportTransfer Write(platform::HidHandle device, const platform::Report& report) override {
         ++reports;
-        if (writes_++ == detail_ % 4U && Does(Harm::writeFails)) {
-            clock_.Sleep(std::chrono::seconds(1));
-            return {.whole = false, .error = detail_, .bytes = detail_ / 4U};
-        }
-        return ForwardingHidHost::Write(device, report);
+        return Timed(ForwardingHidHost::Write(device, report));
     }
     platform::ReportTransfer Read(platform::HidHandle device, platform::Report& report) override {
-        platform::ReportTransfer transfer = ForwardingHidHost::Read(device, report);
-        if (Does(Harm::readFails)) transfer = {.whole = false, .error = detail_, .bytes = detail_ / 4U};
-        if (Does(Harm::reply)) {
-            report = reply_;
-            transfer = {.whole = true, .error = 0, .bytes = platform::kReportPayload};
-        } else if (transfer.whole && Does(Harm::status)) {
-            report[1] = detail_;
-        } else if (transfer.whole && Does(Harm::flip)) {
-            report.at(1 + detail_ % 8U) ^= static_cast<std::uint8_t>(1U << detail_ / 8U % 8U);
-        }
-        if (!transfer.whole) clock_.Sleep(std::chrono::seconds(1));
-        return transfer;
+        return Timed(ForwardingHidHost::Read(device, report));
     }
     void Close(platform::HidHandle device) override {
         --open;
@@ -156,36 +151,13 @@ class HostileHidHost final : public platform::ForwardingHidHost {
     }
 
   private:
-    /// Whether this is the harm of the cycle, which is then done.
-    bool Does(Harm harm) {
-        if (harm_ != harm) return false;
-        harmed = true;
-        forged = forged || harm >= Harm::status;
-        return true;
+    platform::ReportTransfer Timed(const platform::ReportTransfer& transfer) {
+        if (!transfer.whole) clock_.Sleep(std::chrono::seconds(1));
+        return transfer;
     }
 
-    /// What comes next: so many good cycles, and then a harm for so many.
-    void Plan() {
-        harm_ = Harm::none;
-        left_ = data_.remaining_bytes() == 0 ? ~0U : data_.ConsumeIntegral<std::uint8_t>();
-        next_ = static_cast<Harm>(data_.ConsumeIntegral<std::uint8_t>() % 8);
-        through_ = data_.ConsumeIntegral<std::uint8_t>();
-        through_ = through_ < 128 ? through_ % 4 : (through_ - 128) * (through_ - 128);
-        detail_ = data_.ConsumeIntegral<std::uint8_t>();
-        if (next_ != Harm::reply) return;
-        const auto bytes = data_.ConsumeBytes<std::uint8_t>(detail_ % 10U);
-        std::ranges::copy(bytes, reply_.begin() + 1);
-    }
-
-    FuzzedDataProvider& data_;
+    std::vector<simulator::Fault> faults_;
     test::FakeClock& clock_;
-    Harm harm_ = Harm::none;
-    Harm next_ = Harm::none;
-    std::uint32_t left_ = 0;
-    std::uint32_t through_ = 0;
-    std::uint8_t detail_ = 0;
-    platform::Report reply_{};
-    std::size_t writes_ = 0;  ///< in this cycle
 };
 
 }  // namespace vento::fuzzing

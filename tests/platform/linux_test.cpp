@@ -28,88 +28,83 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(HidrawHost, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
-    const test::ScratchFolder folder;
-    const auto add = [&](const std::string& node, const std::string& device) {
+/// What the kernel shows of its hidraw nodes, in a folder.
+class HidrawHostTest : public ::testing::Test {
+  protected:
+    HidrawHostTest() { fs::create_directory(folder / "dev"); }
+
+    void Add(const std::string& node, const std::string& device) const {
         fs::create_directories(folder / ("class/" + node));
         fs::create_symlink("../../../" + device, folder / ("class/" + node + "/device"));
-    };
-    add("hidraw10", "0003:2B11:0001.0004");
-    add("hidraw9", "0005:046D:C52B.0003");  // no node of that number: to try it would show as failed
-    add("hidraw2", "0003:2B11:0001.0001");  // its node has gone
-    add("hidraw3", "0003:2B11:00010.1");
-    for (const char* other : {"hidraw2x", "hidraw", "input3"})
-        add(other, "0003:2B11:0001.0001");
-    fs::create_directory(folder / "dev");
+    }
+    static bool IsWanted(HidIdentity each) { return each.vendorId == 0x2B11; }
+
+    const test::ScratchFolder folder;
+    HidrawHost host{folder.Path("dev"), folder.Path("class")};
+    HidrawHost second{folder.Path("dev"), folder.Path("class")};
+};
+
+TEST_F(HidrawHostTest, WalksTheInterfacesByNumberAndOpensNoForeignOne) {
+    Add("hidraw10", "0003:2B11:0001.0004");
+    Add("hidraw9", "0005:046D:C52B.0003");  // no node of that number: to try it would show as failed
+    Add("hidraw2", "0003:2B11:0001.0001");  // its node has gone
+    Add("hidraw3", "0003:2B11:00010.1");
+    Add("hidraw4", "0003:2B1G:0001.0001");
+    for (const char* other : {"hidraw2x", "hidraw", "input3", "hidraw-1", "hidraw99999999999999999999"})
+        Add(other, "0003:2B11:0001.0001");
     (void)folder.Write("dev/hidraw10", "");  // it opens, and doesn't know what is asked of it then
-    HidrawHost host((folder / "dev").string(), (folder / "class").string());
     using enum OpenOutcome;
     std::vector<std::tuple<std::string, OpenOutcome, std::optional<HidIdentity>>> found;
     host.Search([&](std::string_view path) {
-        const auto answer = host.Open(path, [](HidIdentity each) { return each.vendorId == 0x2B11; });
+        const auto answer = host.Open(path, IsWanted);
         found.emplace_back(fs::path(path).filename(), answer.outcome, answer.identity);
         return true;
     });
     const HidIdentity transmitter{0x2B11, 1};
     EXPECT_EQ(found, (decltype(found){{"hidraw2", failed, transmitter},
                                       {"hidraw3", failed, std::nullopt},
+                                      {"hidraw4", failed, std::nullopt},
                                       {"hidraw9", foreign, HidIdentity{0x046D, 0xC52B}},
                                       {"hidraw10", failed, transmitter}}));
 }
 
-TEST(HidrawHost, TellsWithoutOpeningWhetherADeviceIsThere) {
-    const test::ScratchFolder folder;
-    HidrawHost host((folder / "dev").string(), (folder / "class").string());
-    const auto detect = [&] { return host.Detect([](HidIdentity each) { return each.vendorId == 0x2B11; }); };
-    const auto add = [&](const std::string& node, const std::string& device) {
-        fs::create_directories(folder / ("class/" + node));
-        fs::create_directories(folder / "dev");
-        fs::create_symlink("../../../" + device, folder / ("class/" + node + "/device"));
-    };
+TEST_F(HidrawHostTest, TellsWithoutOpeningWhetherADeviceIsThere) {
+    const auto detect = [&] { return host.Detect(IsWanted); };
     using enum Presence;
     EXPECT_EQ(detect(), absent);
-    add("hidraw0", "0003:046D:C52B.0001");
-    add("hidraw1", "0003:2B11:0001.0002");
+    Add("hidraw0", "0003:046D:C52B.0001");
+    Add("hidraw1", "0003:2B11:0001.0002");
     EXPECT_EQ(detect(), absent) << "its node has yet to come";
     // Were it opened, this would wait for a writer.
-    const std::string node = (folder / "dev/hidraw1").string();
+    const std::string node = folder.Path("dev/hidraw1");
     ASSERT_EQ(::mkfifo(node.c_str(), 0600), 0);
     EXPECT_EQ(detect(), ready);
     const int file = ::open(node.c_str(), O_RDWR | O_CLOEXEC);
     EXPECT_EQ(detect(), ready) << "open somewhere, but not locked";
     ASSERT_EQ(::flock(file, LOCK_EX), 0);
     EXPECT_EQ(detect(), inUse);
-    add("hidraw2", "0003:2B11:0001.0003");
+    Add("hidraw2", "0003:2B11:0001.0003");
     (void)folder.Write("dev/hidraw2", "");
     EXPECT_EQ(detect(), ready) << "one of two is";
     ::close(file);
     EXPECT_EQ(detect(), ready);
 }
 
-TEST(HidrawHost, LetsGoOfATransmitterAtTheEndOfItsConversationAndNoSooner) {
-    const test::ScratchFolder folder;
-    fs::create_directories(folder / "class/hidraw0");
-    fs::create_symlink("../../../0003:2B11:0001.0001", folder / "class/hidraw0/device");
-    fs::create_directory(folder / "dev");
+TEST_F(HidrawHostTest, LetsGoOfATransmitterAtTheEndOfItsConversationAndNoSooner) {
+    Add("hidraw0", "0003:2B11:0001.0001");
     const std::string node = folder.Write("dev/hidraw0", "");
-    const auto open = [&](HidrawHost& host) {
-        return host.Open(node, [](HidIdentity) { return true; }).outcome;
-    };
-    const std::string nodes = folder.Path("dev");
-    const std::string list = folder.Path("class");
-    HidrawHost first(nodes, list);
-    HidrawHost second(nodes, list);
+    const auto open = [&](HidrawHost& each) { return each.Open(node, IsWanted).outcome; };
     using enum OpenOutcome;
-    auto conversation = first.Converse();
-    EXPECT_EQ(first.Converse(), conversation) << "joined";
+    auto conversation = host.Converse();
+    EXPECT_EQ(host.Converse(), conversation) << "joined";
     EXPECT_EQ(open(second), failed) << "free; a plain file is no device";
-    EXPECT_EQ(open(first), failed);
+    EXPECT_EQ(open(host), failed);
     const auto other = second.Converse();
     EXPECT_EQ(open(second), held);
     conversation.reset();
     EXPECT_EQ(open(second), failed);
-    conversation = first.Converse();
-    EXPECT_EQ(open(first), held) << "now the second one has it";
+    conversation = host.Converse();
+    EXPECT_EQ(open(host), held) << "now the second one has it";
 }
 
 TEST(BoundedWriter, LeavesAWriteThatHangsBehindWithWhatIsToBeClosedAfterIt) {

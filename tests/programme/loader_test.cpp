@@ -102,10 +102,9 @@ TEST(Loader, TakesTheMostLinesThereMayBeWhichAFileThatCannotBeOpenedLeavesAlone)
     panel.files.contents["file.qlb"] += "2;b;2;;\n";
     const LoadResult load = panel.Load("file.qlb");
     EXPECT_FALSE(load.problem);
-    EXPECT_EQ(load.lines[0].listA, 1U);
-    EXPECT_EQ(load.lines[0].listB, 2U);
-    EXPECT_EQ(load.lines[1].listA, 32767U);
-    EXPECT_EQ(load.lines[1].listB, 0U);
+    const auto& [first, second, _] = load.lines;
+    EXPECT_EQ(std::tuple(first.listA, first.listB, second.listA, second.listB),
+              std::tuple(1U, 2U, 32767U, 0U));
     const LoadResult gone = panel.Load("gone.qlb");
     ASSERT_TRUE(gone.problem);
     EXPECT_EQ(gone.problem->reason, Reason::cannotOpen);

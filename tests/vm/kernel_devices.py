@@ -25,6 +25,13 @@ def wait_for(get: Callable):
     return got
 
 
+def write_programme(path: pathlib.Path, size: int) -> None:
+    """Three columns with lists A and B, which read back as PROVA 1A and so on with `size` bytes behind it."""
+    codes = lambda name: [ord(letter) + 128 for letter in name] + list(range(size))
+    lines = [f"{name[0]};Prova;{','.join(map(str, codes('PROVA ' + name)))};x;y\n" for name in ("1A", "1B", "2A", "2B", "3A", "3B")]
+    path.write_text("".join(lines))
+
+
 def hidraw_nodes() -> list[str]:
     return sorted(str(node) for node in pathlib.Path("/dev").glob("hidraw*"))
 
@@ -113,26 +120,18 @@ class UsbTransmitter:
 
     def __init__(self, reply: Callable[[bytes], Iterable[bytes]] | None):
         self._reply = reply
-        self._create("hid.bent")
-        self._plug_in()
-        if reply:
-            threading.Thread(target=self._serve, daemon=True).start()
-
-    def _create(self, function: str) -> None:
-        configuration = self._GADGET / "configs/c.1"
+        configuration, self._function = self._GADGET / "configs/c.1", self._GADGET / "functions/hid.bent"
         configuration.mkdir(parents=True)
         (self._GADGET / "idVendor").write_text("1240")
         (self._GADGET / "idProduct").write_text("1")
-        self._function = self._GADGET / "functions" / function
         self._function.mkdir()
-        if function.startswith("hid"):
-            (self._function / "report_length").write_text("64")
-            (self._function / "report_desc").write_bytes(DESCRIPTOR)
-        (configuration / function).symlink_to(self._function)
-
-    def _plug_in(self) -> None:
+        (self._function / "report_length").write_text("64")
+        (self._function / "report_desc").write_bytes(DESCRIPTOR)
+        (configuration / self._function.name).symlink_to(self._function)
         (self._GADGET / "UDC").write_text("dummy_udc.0")
         wait_for(hidraw_nodes)
+        if reply:
+            threading.Thread(target=self._serve, daemon=True).start()
 
     def _serve(self) -> None:
         try:
@@ -152,51 +151,6 @@ class UsbTransmitter:
         (self._GADGET / "configs/c.1" / self._function.name).unlink()
         for folder in (self._GADGET / "configs/c.1", self._function, self._GADGET):
             folder.rmdir()
-
-
-class StallingTransmitter(UsbTransmitter):
-    """One whose output endpoint is halted, through the kernel's function file system."""
-
-    _PLACE = pathlib.Path("/run/stalling")
-
-    def __init__(self):
-        self._create("ffs.bent")
-        self._PLACE.mkdir(exist_ok=True)
-        subprocess.run(["mount", "-t", "functionfs", "bent", self._PLACE], check=True)
-        self._control = os.open(self._PLACE / "ep0", os.O_RDWR)
-        interface = struct.pack("<BBBBBBBBB", 9, 4, 0, 0, 2, 3, 0, 0, 0)
-        hid = struct.pack("<BBHBBBH", 9, 0x21, 0x0111, 0, 1, 0x22, len(DESCRIPTOR))
-        endpoints = b"".join(struct.pack("<BBBBHB", 7, 5, address, 3, 64, 4) for address in (0x81, 0x02))
-        speeds = 2 * (interface + hid + endpoints)  # full and high
-        os.write(self._control, struct.pack("<IIIII", 3, 20 + len(speeds), 3, 4, 4) + speeds)
-        os.write(self._control, struct.pack("<IIII", 2, 16, 0, 0))  # no strings
-        threading.Thread(target=self._answer, daemon=True).start()
-        self._plug_in()
-        endpoint = os.open(self._PLACE / "ep2", os.O_RDWR)
-        try:
-            os.write(endpoint, b"against its direction, which halts it")
-        except OSError:
-            pass
-        os.close(endpoint)
-
-    def _answer(self) -> None:
-        while True:
-            event = os.read(self._control, 12)
-            kind, request = event[8], struct.unpack_from("<BBHHH", event)
-            if kind != 4:  # not a request of the host
-                continue
-            try:
-                if request[0] & 0x80:
-                    os.write(self._control, DESCRIPTOR[: request[4]])
-                else:
-                    os.read(self._control, 0)
-            except OSError:
-                pass  # the host has given it up
-
-    def __exit__(self, *_):
-        super().__exit__()
-        os.close(self._control)
-        subprocess.run(["umount", "-l", self._PLACE], check=True)
 
 
 class LoginManager:

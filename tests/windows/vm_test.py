@@ -15,7 +15,7 @@ import sys
 import tempfile
 import unittest
 
-from kernel_devices import BentTransmitter, Simulator, good_reply, is_poll, wait_for
+from kernel_devices import BentTransmitter, Simulator, good_reply, is_poll, wait_for, write_programme
 
 WINDOWS, NATIVE = (pathlib.Path(folder) for folder in sys.argv[1:3])
 PROGRAMS = {"native": [NATIVE / "ventoctl"], "Windows": ["wine", WINDOWS / "ventoctl.exe"]}
@@ -70,15 +70,8 @@ class WindowsInTheMachine(unittest.TestCase):
     maxDiff = 2000
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        lines = []
-        for column in (1, 2, 3):
-            for version in "AB":
-                codes = [ord(letter) + 128 for letter in f"PROVA {column}{version}"] + list(range(250))
-                lines.append(f"{column};Prova {column};{','.join(map(str, codes))};x;y\n")
-        (self.folder / "VENTO-prova.qlb").write_text("".join(lines))
+        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
+        write_programme(self.folder / "VENTO-prova.qlb", 250)
 
     def run_in_turn(self, *arguments) -> dict:
         """The outcome, which has to be the same and to be come to by the same reports."""
