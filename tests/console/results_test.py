@@ -439,28 +439,19 @@ class Series(ConsoleTest):
         answer = self.run_json(1, *arguments)["series"]
         self.assertEqual((answer["good"], answer["bad"], len(answer["runs"])), (4, 1, 5))
 
-    @unittest.skipIf(len(COMMAND) > 1, "what ends the emulator does not end the program")
     def test_a_remote_that_stays_is_not_written_again_though_it_falters(self):
         # The polls of the wait behind the first run fail for a while, fewer than make an absence.
-        path = self.file("VENTO-x.qlb", programme(1))
+        path, trace = self.file("VENTO-x.qlb", programme(1)), self.folder / "trace.jsonl"
         first = self.run_json(0, "program", path, self.simulate(), "--series=1")["cycles"]
-        faults = [{"kind": kind, "cycle": first + 20, "through": first + 210} for kind in ("status", "readFails")]
-        faults[0]["value"] = 1
-        gone = [{"kind": "unplugged", "cycle": first + 250, "through": first + 260}]
-        for number, fault in enumerate((faults[:1], faults[1:], gone)):
-            path_of_trace = self.folder / f"trace{number}.jsonl"
-            process = subprocess.Popen(
-                [*COMMAND, "program", path, self.simulate(faults=fault, reportMicroseconds=100), "--series", "--trace",
-                 str(path_of_trace)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, cwd=self.folder,
-            )  # fmt: skip
-            self.addCleanup(process.stdout.close)
-            while '"cycle":%d,' % (first + 600) not in (path_of_trace.read_text() if path_of_trace.exists() else ""):
-                self.assertIsNone(process.poll())
-            process.terminate()
-            process.wait()
-            cycles = [json.loads(line) for line in path_of_trace.read_text().splitlines()[:-1]]
-            versions = [each for each in cycles if (each.get("report") or "").startswith("00075501000106")]
-            self.assertEqual(len(versions), 1)
+        stays = {"leavesAfterPolls": 400, "awayForPolls": 230}
+        for fault, through in (({"kind": "status", "value": 1}, 210), ({"kind": "readFails"}, 210), ({"kind": "unplugged"}, 30)):
+            faults = [{**fault, "cycle": first + 20, "through": first + through}]
+            simulate = self.simulate(faults=faults, remote=stays)
+            answer = self.run_json(0, "program", path, simulate, "--series=2", "--trace", str(trace))
+            self.assertEqual(answer["series"]["good"], 2)
+            steps = map(json.loads, trace.read_text().splitlines())
+            versions = [each["cycle"] for each in steps if (each.get("report") or "").startswith("00075501000106")]
+            self.assertEqual((len(versions), versions[-1] > first + 600), (2, True), versions)
 
     def test_processes_share_a_log_and_it_is_never_the_programme(self):
         path, log = self.file("VENTO-x.qlb", programme(200)), self.folder / "log.jsonl"

@@ -113,14 +113,13 @@ class BentTransmitter:
         wait_for(lambda: not hidraw_nodes())
 
 
-class UsbTransmitter:
-    """The same on USB. `reply` may take its time; without it the device takes no report."""
+class DeafUsbTransmitter:
+    """A transmitter on USB that takes no report."""
 
-    _GADGET = pathlib.Path("/sys/kernel/config/usb_gadget/bent")
+    _GADGET = pathlib.Path("/sys/kernel/config/usb_gadget/deaf")
 
-    def __init__(self, reply: Callable[[bytes], Iterable[bytes]] | None):
-        self._reply = reply
-        configuration, self._function = self._GADGET / "configs/c.1", self._GADGET / "functions/hid.bent"
+    def __init__(self):
+        configuration, self._function = self._GADGET / "configs/c.1", self._GADGET / "functions/hid.deaf"
         configuration.mkdir(parents=True)
         (self._GADGET / "idVendor").write_text("1240")
         (self._GADGET / "idProduct").write_text("1")
@@ -130,17 +129,6 @@ class UsbTransmitter:
         (configuration / self._function.name).symlink_to(self._function)
         (self._GADGET / "UDC").write_text("dummy_udc.0")
         wait_for(hidraw_nodes)
-        if reply:
-            threading.Thread(target=self._serve, daemon=True).start()
-
-    def _serve(self) -> None:
-        try:
-            with open("/dev/hidg0", "r+b", buffering=0) as reports:
-                while payload := reports.read(64):
-                    for report in self._reply(payload[: payload[0]]):
-                        reports.write(report)
-        except OSError:
-            pass  # it was unplugged
 
     def __enter__(self):
         return self
