@@ -44,13 +44,12 @@ class HidDevice {
   public:
     HidDevice() = default;
     HidDevice(platform::HidHost& host, platform::HidHandle handle) : host_(&host), handle_(handle) {}
-    HidDevice(HidDevice&& other) noexcept
-        : host_(std::exchange(other.host_, nullptr)), handle_(std::exchange(other.handle_, -1)) {}
     HidDevice& operator=(HidDevice&& other) noexcept {
         std::swap(host_, other.host_);
         std::swap(handle_, other.handle_);
         return *this;
     }
+    HidDevice(HidDevice&&) = delete;
     HidDevice(const HidDevice&) = delete;
     HidDevice& operator=(const HidDevice&) = delete;
     ~HidDevice() { Close(); }
@@ -60,12 +59,12 @@ class HidDevice {
     void Cancel() { host_->Cancel(handle_); }
     /// Does nothing to a device that is not open.
     void Close() {
-        if (host_ != nullptr) std::exchange(host_, nullptr)->Close(std::exchange(handle_, -1));
+        if (host_ != nullptr) std::exchange(host_, nullptr)->Close(handle_);
     }
 
   private:
     platform::HidHost* host_ = nullptr;
-    platform::HidHandle handle_ = -1;
+    platform::HidHandle handle_{};
 };
 
 /// What a search for the transmitter came to.

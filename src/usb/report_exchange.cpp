@@ -18,8 +18,7 @@ const Exchange& ExchangeReports(Link& link, std::span<const std::uint8_t> frame,
     if (exchange.written) exchange.reportsRead = ReadReports(device, reply);
     link.reportsRead += exchange.reportsRead;
     device.Cancel();
-    device.Close();
-    return exchange;
+    return exchange;  // the device is closed here
 }
 
 bool WriteReports(HidDevice& device, std::span<const std::uint8_t> buffer) {

@@ -43,21 +43,24 @@ TEST(Programming, ListsGoOutInBlocksOf32) {
 TEST(Programming, WritesTheSelectedSectionsOfTheRightList) {
     using Sections = std::vector<std::uint16_t>;
     // Columns, version, sections, values of the flag frames, what list B adds, vendor of the transmitter.
-    const std::vector<std::tuple<unsigned, std::uint8_t, Sections, Bytes, unsigned, std::uint16_t>> cases{
-        {7, 194, {256, 4352, 8448}, {24, 40, 72, 240}, 0, 1240},     // build 2 takes list A
-        {7, 3, {256, 4352, 8448}, {24, 40, 72, 240}, 100, 11025},    // build 3 takes list B
-        {7, 0x1F, {40000, 0, 65496}, {24, 40, 72, 240}, 100, 1240},  // build 15, sections in any order
-        {2, 18, {256, 4352, 8448}, {40, 160}, 0, 1240},              // DTT alone
-        {5, 196, {256, 4352}, {24, 144}, 100, 11025},                // SAT selected, two sections
-        {4, 196, {256, 4352}, {128}, 100, 1240},                     // SAT alone, two sections
-    };
-    for (const auto& [columns, version, sections, flags, listAdds, vendorId] : cases) {
-        SCOPED_TRACE("columns " + std::to_string(columns) + ", version " + std::to_string(version));
+    const std::vector<
+        std::tuple<unsigned, std::uint8_t, std::string, Sections, Bytes, unsigned, std::uint16_t>>
+        cases{
+            {7, 194, "3.0.2", {256, 4352, 8448}, {24, 40, 72, 240}, 0, 1240},
+            {7, 3, "0.0.3", {256, 4352, 8448}, {24, 40, 72, 240}, 100, 11025},
+            {7, 0x6F, "1.2.15", {40000, 0, 65496}, {24, 40, 72, 240}, 100, 1240},  // sections in any order
+            {2, 18, "0.1.2", {256, 4352, 8448}, {40, 160}, 0, 1240},               // DTT alone
+            {5, 196, "3.0.4", {256, 4352}, {24, 144}, 100, 11025},  // SAT selected, two sections
+            {4, 196, "3.0.4", {256, 4352}, {128}, 100, 1240},       // SAT alone, two sections
+        };
+    for (const auto& [columns, version, versionText, sections, flags, listAdds, vendorId] : cases) {
+        SCOPED_TRACE("columns " + std::to_string(columns) + ", version " + versionText);
         Scenario scenario = With({}, sections, version);
         scenario.interfaces = {{0x046D, 1, true}, {1240, 1, false}, {vendorId, 9, true}};
         Workbench bench(scenario, Programme(columns, 40));
         bench.form.Command6_Click(0);
         EXPECT_EQ(bench.Code(), 0);
+        EXPECT_EQ(VersionText(*bench.form.LatestOutcome()->programming.version), versionText);
         Bytes values;
         for (std::size_t i = 1; i < bench.host.frames.size(); ++i) {
             const Bytes& before = bench.host.frames[i - 1];

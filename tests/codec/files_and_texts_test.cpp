@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "codec/cls_huffman.h"
+#include "codec/vento_codec.h"
 #include "support/scratch_folder.h"
 #include "text/encoding.h"
 
@@ -91,6 +92,22 @@ TEST_F(CodecFiles, AreTheBytesHoweverManyPiecesTheyAreReadIn) {
     EXPECT_EQ(clsHuffman::FileInfo(folder.Path("container")).sourceLength, source.size());
     EXPECT_TRUE(codec.DecodeFile(folder.Path("source"), decoded));
     EXPECT_TRUE(decoded == source);
+
+    // Somebody else writes to it between the two times that it is read.
+    source[0] ^= 1;
+    codec.Progress = [&](std::int16_t& procent) {
+        if (procent == 7) write("source", source);
+    };
+    EXPECT_THROW(static_cast<void>(codec.EncodeFile(folder.Path("source"))), RangeError);
+    codec.Progress = [&](std::int16_t& procent) {
+        if (procent == 7) write("source", {});
+    };
+    try {
+        static_cast<void>(codec.EncodeFile(folder.Path("source")));
+        FAIL();
+    } catch (const std::filesystem::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::io_error);
+    }
 }
 
 TEST_F(CodecFiles, AreCodedWhateverTheHandlerDoes) {
@@ -127,10 +144,55 @@ TEST(Bytes, NeedTheRoomThatTheyTake) {
                                           info.shortestCode, info.longestCode, info.dataOffset}),
               std::vector<std::uint64_t>({26, 11, 0x66, 5, 1, 3, 23}));
     EXPECT_EQ(clsHuffman::Info(source).form, Form::foreign);
+    const std::vector<std::uint8_t> stored = {'M', 'A', '0', '\r', 'a'};
+    EXPECT_EQ(clsHuffman::Info(stored).sourceLength, 1U);
+    EXPECT_EQ(
+        std::vector({clsHuffman::DecodeBound(source), clsHuffman::DecodeBound(stored),
+                     clsHuffman::DecodeBound(room), clsHuffman::DecodeBound(std::span(room).first(9)),
+                     clsHuffman::EncodeBound(0), clsHuffman::EncodeBound(2), clsHuffman::EncodeBound(300)}),
+        std::vector<std::size_t>({11, 1, 11, 11, 35, 42, 2415}));
     KeyArray key(20, {1, 2});
     const auto keyed = codec.EncodeBytes(source, &key);
     EXPECT_EQ(clsHuffman::Info(keyed, &key).dataOffset, 47U);
     EXPECT_EQ(codec.DecodeBytes(keyed, &key).bytes, source);
+}
+
+TEST(FunctionsForC, TellWhatTheClassTellsAndHowACallHasEnded) {
+    const std::string source = "abracadabra";
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(source.data());
+    std::vector<std::uint8_t> room(26);
+    std::vector<std::uint8_t> back(11);
+    std::size_t size = 0;
+    EXPECT_EQ(vento_codec_encode(bytes, 11, room.data(), 26, &size, nullptr, nullptr), VENTO_CODEC_OK);
+    for (const int isSource : {0, 1}) {
+        int uncoded = 7;
+        EXPECT_EQ(vento_codec_decode(isSource ? bytes : room.data(), isSource ? 11 : 26, back.data(), 11,
+                                     &size, &uncoded, nullptr, nullptr),
+                  VENTO_CODEC_OK);
+        EXPECT_EQ(std::string(back.begin(), back.end()), source);
+        EXPECT_EQ(uncoded, isSource);
+    }
+    vento_codec_info info;
+    EXPECT_EQ(vento_codec_read_info(room.data(), 26, nullptr, &info, nullptr), VENTO_CODEC_OK);
+    EXPECT_EQ(std::vector<std::uint64_t>({info.form, info.source_length, info.data_offset, info.symbols,
+                                          info.shortest_code, info.longest_code, info.checksum}),
+              std::vector<std::uint64_t>({VENTO_CODEC_CODED, 11, 23, 5, 1, 3, 0x66}));
+
+    std::vector<std::int64_t> key(40, 1);
+    const auto stop = [](void* told, std::int16_t percent) { return *static_cast<int*>(told) = percent; };
+    int told = 0;
+    const vento_codec_options options = {key.data(), 20, stop, &told};
+    vento_codec_error error;
+    EXPECT_EQ(vento_codec_encode(bytes, 11, room.data(), 26, &size, &options, &error), VENTO_CODEC_STOPPED);
+    EXPECT_EQ(told, 7);
+    EXPECT_STREQ(error.description, vento_codec_status_text(VENTO_CODEC_STOPPED));
+    EXPECT_EQ(vento_codec_encode(bytes, 11, room.data(), 25, &size, nullptr, &error), VENTO_CODEC_RANGE);
+    EXPECT_STREQ(error.description, "The container takes 26 bytes, and there is room for 25");
+    EXPECT_EQ(vento_codec_decode(room.data(), 26, back.data(), 10, &size, nullptr, nullptr, &error),
+              VENTO_CODEC_RANGE);
+    EXPECT_STREQ(error.description, "What is decoded takes more than the 10 bytes that there is room for");
+    EXPECT_EQ(vento_codec_decode_bound(bytes, std::size_t{1} << 31, &size, &error), VENTO_CODEC_OVERFLOW);
+    EXPECT_STREQ(error.description, "The data are 2147483648 bytes long, and 2147483647 is the most");
 }
 
 TEST_F(CodecFiles, CostNoMoreThanTheirDataCanGive) {

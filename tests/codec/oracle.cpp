@@ -192,12 +192,12 @@ void EncodeBytes(Outcome& outcome) {
 Outcome Observe(Outcome outcome, const auto& call) {
     try {
         call(outcome);
-    } catch (const RaisedError& error) {
-        outcome.error = error.Source();
-    } catch (const OverflowError&) {
-        outcome.error = "overflow";
-    } catch (const std::out_of_range&) {
-        outcome.error = "range";
+    } catch (const std::exception& error) {
+        outcome.said = error.what();
+        const auto* const raised = dynamic_cast<const RaisedError*>(&error);
+        outcome.error = raised                                       ? raised->Source()
+                        : dynamic_cast<const OverflowError*>(&error) ? "overflow"
+                                                                     : "range";
     }
     return outcome;
 }
@@ -233,7 +233,8 @@ Outcome ObserveC(Outcome outcome, const auto& call) {
         room.resize(size);
         outcome.bytes = room;
     } else {
-        outcome.error = status == VENTO_CODEC_RAISED     ? error.source
+        outcome.said = error.description;
+        outcome.error = error.number == 0x80040000       ? error.source
                         : status == VENTO_CODEC_RANGE    ? "range"
                         : status == VENTO_CODEC_OVERFLOW ? "overflow"
                                                          : error.description;
@@ -264,7 +265,7 @@ Outcome ObservePlainLoop(const Outcome& before, const Outcome& otherwise) {
 }
 
 Outcome IfTheSame(Outcome text, const Outcome& bytes) {
-    if (text != bytes) text.error = "two ways to the same differ";
+    if (text != bytes || text.said != bytes.said) text.error = "two ways to the same differ";
     return text;
 }
 

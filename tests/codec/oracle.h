@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "codec/cls_huffman.h"
@@ -20,8 +21,13 @@ struct Outcome {
     /// "" for none, "range", "overflow", or the source of a raised error.
     std::string error;
     std::optional<KeyArray> key;
+    /// What the error says of itself, in which the oracle does not agree.
+    std::string said{};
 
-    bool operator==(const Outcome&) const = default;
+    bool operator==(const Outcome& other) const {
+        return std::tie(bytes, events, error, key) ==
+               std::tie(other.bytes, other.events, other.error, other.key);
+    }
 };
 
 /// On an error `bytes` is what was passed in.

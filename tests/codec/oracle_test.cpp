@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <random>
 
 #include "codec/containers.h"
+#include "codec/decoder.h"
 
 namespace oracle {
 namespace {
@@ -98,6 +101,15 @@ TEST(Codec, IsTheOracleOnTreesOfAllShapes) {
         ExpectTheOracle(source);
     }
 }
+
+#if defined(__x86_64__) && defined(__linux__)
+TEST(Decode, TakesTheLoopThatTheProcessorIsFor) {
+    std::ifstream info("/proc/cpuinfo");
+    const std::string text(std::istreambuf_iterator<char>(info), {});
+    const bool has = text.find(" bmi2 ") != std::string::npos;
+    EXPECT_EQ(vento::codec::FastestHotLoop() == vento::codec::HotLoop::bmi2, has);
+}
+#endif
 
 /// Codes that no encoder makes, in data long enough to be decoded in segments.
 TEST(Decode, IsTheOracleOnCodesMadeByHand) {

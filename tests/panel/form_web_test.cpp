@@ -22,14 +22,15 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
         cases{{"", "ITA", "", false, kItalian},
               {"c\" d/p.q\"lb", "ita", "c d/p.qlb", true, kEnglish},
               {"\"c d/p.qlb\" \"c d/p.qlb\"", "DEU", "c d/p.qlb c d/p.qlb", false, kEnglish},
-              {"c d/p.qlb", std::nullopt, "c d/p.qlb", true, kEnglish}};
+              {"c d/p.qlb", std::nullopt, "c d/p.qlb", true, kEnglish},
+              {"12\" a.qlb", "ITA", "12\" a.qlb", true, kItalian}};  // as it stands
     for (const auto& [commandLine, language, path, loaded, captions] : cases) {
         SCOPED_TRACE(commandLine);
         Workbench bench;
         FormWeb form({bench.host, bench.desktop, bench.files, bench.clock, platform::HidBackEnd::simulation});
-        bench.files.contents["c d/p.qlb"] = kProgramme;
+        bench.files.contents = {{"c d/p.qlb", kProgramme}, {"12\" a.qlb", kProgramme}};
         bench.desktop.language = language;
-        form.Form_Load(commandLine);
+        path == commandLine ? form.Form_Load(path, CommandLineKind::path) : form.Form_Load(commandLine);
         EXPECT_EQ(form.Label2.Caption(), path);
         EXPECT_EQ(form.Command6(0).Visible(), loaded);
         EXPECT_EQ(form.Command6(0).Caption() + "|" + form.Command4.Caption() + "|" + form.Command2.Caption() +
@@ -40,15 +41,6 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
         EXPECT_FALSE(form.ProgressBar1.Visible());
         EXPECT_TRUE(bench.desktop.messages.empty()) << "a bad command line is passed over in silence";
     }
-}
-
-TEST(StartUp, TakesAPathAsItStands) {
-    Workbench bench;
-    FormWeb form({bench.host, bench.desktop, bench.files, bench.clock, platform::HidBackEnd::simulation});
-    bench.files.contents["12\" a.qlb"] = kProgramme;
-    form.Form_Load("12\" a.qlb", CommandLineKind::path);
-    EXPECT_EQ(form.Label2.Caption(), "12\" a.qlb");
-    EXPECT_TRUE(form.Command6(0).Visible());
 }
 
 TEST(WayOut, DeletesTheFileNamedLastAndEndsOnce) {
@@ -154,14 +146,18 @@ TEST(Operation, CancelWorksWhileAWaitRunsAndOnlyThen) {
 }
 
 TEST(Operation, TheOtherIndexesSendAFrameOrSetTheFlagIfThereIsATransmitter) {
-    for (const bool connected : {true, false}) {
+    // The vendor of a transmitter and the limits in its timing frame; no reply is read to any of the frames.
+    for (const auto& [vendorId, timing] : std::vector<std::pair<std::uint16_t, std::string>>{
+             {0, ""},
+             {1240, "8 4 168 38 75 188 135 0 165 0 14 1 74 1"},
+             {11025, "2 4 168 18 37 93 255 0 89 1 254 1 178 2"}}) {
         Scenario scenario;
-        if (!connected) scenario.interfaces.clear();
+        scenario.interfaces = {{vendorId, 1, true}};
         Workbench bench(scenario, kProgramme);
         for (const std::int16_t index : std::array<std::int16_t, 4>{5, 6, 8, 10})
             bench.form.Command6_Click(index);
-        EXPECT_EQ(bench.host.Conversation(),
-                  connected ? "19 84 15 2 2 8 4 168 38 75 188 135 0 165 0 14 1 74 1 | 2 82 | 1 81 " : "");
+        const bool connected = vendorId != 0;
+        EXPECT_EQ(bench.host.Conversation(), connected ? "19 84 15 2 2 " + timing + " | 2 82 | 1 81 " : "");
         EXPECT_EQ(bench.host.cycles, connected ? 7 : 4);
         bench.form.Command6_Click(3);
         EXPECT_EQ(bench.form.Command6(3).Tag(), connected ? "True" : "");
@@ -207,14 +203,17 @@ TEST(Operation, ClosingAtAnyYieldEndsTheProgramThereAndThen) {
     }
 }
 
-TEST(Settings, TheBufferGrowsUntilTheSectionFits) {
+TEST(Settings, AreReadWithABufferThatGrowsUntilTheSectionFits) {
     const std::vector<std::pair<std::size_t, std::vector<std::size_t>>> cases{
-        {0, {500}}, {497, {500}}, {498, {500, 1000}}, {998, {500, 1000, 1500}}};
+        {3, {500}}, {497, {500}}, {498, {500, 1000}}, {998, {500, 1000, 1500}}};
     for (const auto& [size, buffers] : cases) {
         Workbench bench;
-        bench.files.sectionSize = size;
+        bench.files.section = std::string("a\0", 2) + std::string(size - 2, 'b');
         bench.form.Command2_Click();
         EXPECT_EQ(bench.files.sectionBuffers, buffers) << size;
+        EXPECT_EQ(bench.files.sectionAsked, "message|/opt/vento/Firmware/Quarzolab.ini");
+        EXPECT_EQ(ReadSettingsSection(bench.files, ""),
+                  (std::vector<std::string>{"a", std::string(size - 2, 'b')}));
     }
 }
 

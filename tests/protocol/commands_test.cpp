@@ -6,7 +6,6 @@
 
 #include "protocol/code_lists.h"
 #include "protocol/frame.h"
-#include "protocol/read_back.h"
 #include "protocol/transmitter_kinds.h"
 #include "support/fakes.h"
 
@@ -63,16 +62,6 @@ TEST(Commands, TheActivationByteNamesTheFirstSectionInUse) {
     }
 }
 
-TEST(RemoteVersions, AreTwoTwoAndFourBits) {
-    ScriptedHidHost host;
-    host.answer = [](const Bytes&) { return std::deque<Bytes>{{0, 6, 0b10'01'0110}}; };
-    Link link(host, IsTransmitter);
-    RemoteVersion version;
-    EXPECT_FALSE(ReadRemoteVersion(link, version).Failed());
-    EXPECT_EQ(std::tuple(version.VersionMajor, version.VersionMinor, version.VersionBuild),
-              std::tuple(2, 1, 6));
-}
-
 TEST(Frames, ForTheRemoteHoldUpTo249Bytes) {
     for (const std::size_t size : {1U, 249U}) {
         const Bytes sent(size, 9);
@@ -83,20 +72,6 @@ TEST(Frames, ForTheRemoteHoldUpTo249Bytes) {
         const Frame frame = BuildRemoteFrame(0x1234, sent, 7);
         EXPECT_TRUE(std::ranges::equal(frame.Bytes(), expected)) << size;
     }
-}
-
-TEST(LinkTiming, FramesForTheTransmitterAreNotAnswered) {
-    const Bytes timing{0x13, 0x54, 0x0F, 0x02, 0x02, 0x02, 0x04, 0xA8, 0x12, 0x25,
-                       0x5D, 0xFF, 0x00, 0x59, 0x01, 0xFE, 0x01, 0xB2, 0x02};
-    ScriptedHidHost host;
-    Link link(host, IsTransmitter);
-    SendFrameR(link, KindFor(11025).timing);
-    SendFrameQ(link);
-    std::vector<Bytes> expected{timing, {2, 82}, {1, 81}};
-    for (Bytes& frame : expected)
-        frame.resize(64);
-    EXPECT_EQ(host.frames, expected);
-    EXPECT_EQ(host.calls, "owac");
 }
 
 TEST(CodeLists, PiecesAreNumbersFrom0To255) {

@@ -60,7 +60,8 @@ class FakeFiles : public platform::Files {
   public:
     std::map<std::string, std::string> contents;
     std::vector<std::string> deleted;
-    std::size_t sectionSize = 0;
+    std::string section;  // of the settings
+    std::string sectionAsked;
     std::vector<std::size_t> sectionBuffers;  // sizes that were asked with
 
     std::string ReadAll(const std::string& path, std::size_t most) override {
@@ -71,9 +72,10 @@ class FakeFiles : public platform::Files {
     }
     void Delete(const std::string& path) override { deleted.push_back(path); }
     fs::path ProgramFolder() override { return "/opt/vento"; }
-    std::size_t ReadSection(std::string_view, std::span<char> buffer, const fs::path&) override {
+    std::size_t ReadSection(std::string_view name, std::span<char> buffer, const fs::path& file) override {
+        sectionAsked = std::string(name) + "|" + file.generic_string();
         sectionBuffers.push_back(buffer.size());
-        return std::min(sectionSize, buffer.size() - 2);
+        return section.copy(buffer.data(), buffer.size() - 2);
     }
 };
 
@@ -92,7 +94,9 @@ class ScriptedHidHost : public platform::HidHost {
     int cycles = 0;
     std::vector<platform::Report> reports;  // all that were written
     std::vector<Bytes> frames;              // payloads of each cycle that wrote, joined
-    std::string calls;  // of the latest cycle: "o" for an open, "w" write, "r" read, "a" cancel, "c" close
+    // Of the latest cycle: "o" for an open, "w" write, "r" read, "a" cancel, "c" close, "?" for a wrong
+    // handle.
+    std::string calls;
 
     void Search(const std::function<bool(std::string_view path)>& visit) override {
         ++cycles;
@@ -108,10 +112,10 @@ class ScriptedHidHost : public platform::HidHost {
         calls += 'o';
         written_.clear();
         answers_.reset();
-        return {outcome, identity, 7};
+        return {outcome, identity, kHandle};
     }
-    platform::ReportTransfer Write(platform::HidHandle, const platform::Report& report) override {
-        calls += 'w';
+    platform::ReportTransfer Write(platform::HidHandle device, const platform::Report& report) override {
+        Note('w', device);
         if (failingWrite == written_.size() / platform::kReportPayload) return {};
         reports.push_back(report);
         if (written_.empty()) frames.emplace_back();
@@ -119,8 +123,8 @@ class ScriptedHidHost : public platform::HidHost {
         frames.back() = written_;
         return {.whole = true, .error = 0, .bytes = report.size()};
     }
-    platform::ReportTransfer Read(platform::HidHandle, platform::Report& report) override {
-        calls += 'r';
+    platform::ReportTransfer Read(platform::HidHandle device, platform::Report& report) override {
+        Note('r', device);
         if (!answers_) answers_ = answer ? answer(written_) : std::deque<Bytes>{};
         if (answers_->empty()) return {};
         report.fill(0);
@@ -128,10 +132,13 @@ class ScriptedHidHost : public platform::HidHost {
         answers_->pop_front();
         return {.whole = true, .error = 0, .bytes = platform::kReportPayload};
     }
-    void Cancel(platform::HidHandle) override { calls += 'a'; }
-    void Close(platform::HidHandle) override { calls += 'c'; }
+    void Cancel(platform::HidHandle device) override { Note('a', device); }
+    void Close(platform::HidHandle device) override { Note('c', device); }
 
   private:
+    static constexpr platform::HidHandle kHandle = 7;
+    void Note(char call, platform::HidHandle device) { calls += device == kHandle ? call : '?'; }
+
     Bytes written_;
     std::optional<std::deque<Bytes>> answers_;
 };

@@ -24,65 +24,50 @@ bool IsTransmitter(HidIdentity identity) {
     return identity.vendorId == 1240 || identity.vendorId == 11025;
 }
 
-Exchange Take(ScriptedHidHost& host, const Bytes& frame, std::span<std::uint8_t> reply) {
-    Link link(host, IsTransmitter);
-    const Exchange exchange = ExchangeReports(link, frame, reply);
-    const HidIdentity found = host.interfaces.empty() ? HidIdentity{} : host.interfaces.front().identity;
-    EXPECT_EQ(link.vendorId, found.vendorId);
-    EXPECT_EQ(link.productId, found.productId);
-    EXPECT_EQ(link.reportsRead, exchange.reportsRead);
-    return exchange;
-}
-
-TEST(ReportExchange, CutsFramesIntoReportsAndLeavesTheStaleTail) {
-    for (const std::size_t size : {7U, 64U, 65U, 128U, 200U}) {
-        ScriptedHidHost host;
-        const Bytes frame = Counting(size);
-        EXPECT_TRUE(Take(host, frame, {}).written);
-        ASSERT_EQ(host.reports.size(), (size + 63) / 64) << size;
-        Bytes expected(65, 0);
-        for (std::size_t i = 0; i < size; ++i) {
-            expected[1 + i % 64] = frame[i];
-            if (i % 64 == 63 || i == size - 1) {
-                EXPECT_TRUE(std::ranges::equal(host.reports[i / 64], expected)) << size << ", byte " << i;
-            }
-        }
-    }
-}
-
-TEST(ReportExchange, FailuresEndItAndLeaveZeros) {
+TEST(ReportExchange, CutsFramesIntoReportsThatKeepTheStaleTailAndLeavesZerosWhereItFails) {
     struct Case {
+        std::string calls;  // none without a transmitter
+        std::size_t size;   // of the frame
         std::optional<std::size_t> failingWrite;
         std::size_t replies;
         std::size_t wanted;  // bytes
-        std::string calls;
         std::size_t reportsRead;
     };
     for (const Case& c :
-         {Case{0, 9, 70, "owac", 0}, Case{1, 9, 70, "owwac", 0}, Case{{}, 0, 70, "owwrac", 0},
-          Case{{}, 1, 70, "owwrrac", 1}, Case{{}, 9, 0, "owwac", 0}, Case{{}, 9, 1, "owwrac", 1},
-          Case{{}, 9, 64, "owwrac", 1}, Case{{}, 9, 65, "owwrrac", 2}, Case{{}, 9, 256, "owwrrrrac", 4}}) {
-        SCOPED_TRACE(c.calls);
+         {Case{"owac", 7, {}, 9, 0, 0}, Case{"owac", 64, {}, 9, 0, 0}, Case{"owwac", 65, {}, 9, 0, 0},
+          Case{"owwac", 128, {}, 9, 0, 0}, Case{"owwwwrac", 200, {}, 9, 1, 1}, Case{"owac", 70, 0, 9, 70, 0},
+          Case{"owwac", 70, 1, 9, 70, 0}, Case{"owwrac", 70, {}, 0, 70, 0}, Case{"owwrrac", 70, {}, 1, 70, 1},
+          Case{"owwrac", 70, {}, 9, 64, 1}, Case{"owwrrac", 70, {}, 9, 65, 2},
+          Case{"owwrrrrac", 70, {}, 9, 256, 4}, Case{"", 7, {}, 9, 70, 0}}) {
+        SCOPED_TRACE(c.calls + " " + std::to_string(c.size));
         ScriptedHidHost host;
+        if (c.calls.empty()) host.interfaces.clear();
         host.failingWrite = c.failingWrite;
         host.answer = [&](const Bytes&) { return std::deque<Bytes>(c.replies, Counting(64)); };
+        const Bytes frame = Counting(c.size);
         Bytes reply(c.wanted, 99);
-        const Exchange exchange = Take(host, Counting(70), reply);
-        EXPECT_EQ(exchange.written, !c.failingWrite);
+        Link link(host, IsTransmitter);
+        link.reportsRead += 5;
+        const Exchange& exchange = ExchangeReports(link, frame, reply);
+        EXPECT_EQ(&exchange, &link.latest);
+        EXPECT_EQ(exchange.transmitterFound, !c.calls.empty());
+        EXPECT_EQ(exchange.written, !c.calls.empty() && !c.failingWrite);
         EXPECT_EQ(exchange.reportsRead, c.reportsRead);
+        EXPECT_EQ(link.reportsRead, 5 + c.reportsRead);
         EXPECT_EQ(host.calls, c.calls);
+
+        Bytes report(65, 0);
+        for (std::size_t i = 0; i < 64 * host.reports.size(); ++i) {
+            if (i < c.size) report[1 + i % 64] = frame[i];
+            if (i % 64 == 63) {
+                EXPECT_TRUE(std::ranges::equal(host.reports[i / 64], report)) << i / 64;
+            }
+        }
         Bytes expected(c.wanted, 0);
         for (std::size_t i = 0; i < std::min(c.wanted, 64 * c.reportsRead); ++i)
             expected[i] = static_cast<std::uint8_t>(1 + i % 64);
         EXPECT_EQ(reply, expected);
     }
-}
-
-TEST(ReportExchange, WithoutATransmitterNothingIsWritten) {
-    ScriptedHidHost host;
-    host.interfaces.clear();
-    const Exchange exchange = Take(host, Counting(7), {});
-    EXPECT_FALSE(exchange.transmitterFound || exchange.written || exchange.reportsRead > 0);
 }
 
 TEST(TransmitterSearch, TakesTheFirstThatOpensAndSaysWhatWasInTheWay) {
@@ -97,7 +82,7 @@ TEST(TransmitterSearch, TakesTheFirstThatOpensAndSaysWhatWasInTheWay) {
     const HidIdentity second{11025, 3};
     const std::vector<Case> cases{
         {{}, {}, {}},
-        {{{keyboard, failed}}, {}, {}},
+        {{{keyboard, failed}, {first, foreign}}, {}, {}},
         {{{keyboard}, {second}, {first}}, second, {}},
         {{{first, forbidden}, {second}}, second, {}},
         {{{keyboard}, {first, busy}, {second, forbidden}}, {}, busy},
