@@ -20,6 +20,7 @@
 #include "platform/linux/hidraw_host.h"
 #include "platform/linux/report_descriptor.h"
 #include "platform/native.h"
+#include "platform/native_node.h"
 #include "platform/replacement.h"
 #include "support/scratch_folder.h"
 
@@ -105,6 +106,15 @@ TEST_F(HidrawHostTest, LetsGoOfATransmitterAtTheEndOfItsConversationAndNoSooner)
     EXPECT_EQ(open(second), failed);
     conversation = host.Converse();
     EXPECT_EQ(open(host), held) << "now the second one has it";
+}
+
+TEST_F(HidrawHostTest, TakesALongerReportForNone) {
+    const test::NativeNode node = test::MakeNativeNode();
+    ASSERT_TRUE(test::Send(node, 65));
+    Report report{};
+    EXPECT_FALSE(host.Read(node.host, report).whole);
+    host.Close(node.host);
+    host.Close(node.device);
 }
 
 TEST(BoundedWriter, LeavesAWriteThatHangsBehindWithWhatIsToBeClosedAfterIt) {
