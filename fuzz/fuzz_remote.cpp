@@ -1,4 +1,5 @@
 #include <functional>
+#include <map>
 
 #include "fuzzing.h"
 #include "panel/advice.h"
@@ -6,21 +7,16 @@
 namespace vento::fuzzing {
 namespace {
 
-using simulator::WordRuns;
+using Words = std::map<std::size_t, simulator::Word>;
 
 /// The words of a memory, which are few, by their places.
-template <class Visit>
-void ForEachWord(const WordRuns& memory, Visit visit) {
+Words WordsOf(const simulator::WordRuns& memory) {
+    Words all;
     for (const auto& [offset, words] : memory) {
         for (std::size_t i = 0; i < words.size(); ++i)
-            visit(offset + i, words[i]);
+            all[offset + i] = words[i];
     }
-}
-
-simulator::Word WordAt(const WordRuns& memory, std::size_t place) {
-    auto run = memory.upper_bound(static_cast<std::uint16_t>(place));
-    if (run == memory.begin() || place - (--run)->first >= run->second.size()) return {};
-    return run->second[place - run->first];
+    return all;
 }
 
 /// A panel with a hostile transmitter, and an operator who presses anything at any time.
@@ -36,7 +32,8 @@ class Machine {
     void Run() {
         for (int i = data_.ConsumeIntegralInRange(1, 3); i > 0 && !form_.Ended(); --i)
             Operate(data_.ConsumeIntegralInRange<std::size_t>(0, 4));
-        Require(form_.Ended() || simulated_.TheRemote()->Contents().memory == memory_, "nothing else writes");
+        Require(form_.Ended() || WordsOf(simulated_.TheRemote()->Contents().memory) == memory_,
+                "nothing else writes");
         form_.Form_Unload();
         Require(desktop_.ends == 1 && files_.deleted == std::vector<std::string>{"p"},
                 "the program ends once, and so does its file");
@@ -107,18 +104,18 @@ class Machine {
 
     /// Nothing is written but where the lists go, and where a column is proved the list is there.
     void CheckMemory(const ProgrammingOutcome& programming) {
-        const WordRuns before = std::exchange(memory_, simulated_.TheRemote()->Contents().memory);
-        ForEachWord(before, [&](std::size_t place, const simulator::Word&) {
-            Require(WordAt(memory_, place) != simulator::Word{}, "nothing is wiped out");
-        });
-        ForEachWord(memory_, [&](std::size_t place, const simulator::Word& word) {
-            if (WordAt(before, place) == word) return;
+        const Words before = std::exchange(memory_, WordsOf(simulated_.TheRemote()->Contents().memory));
+        for (const auto& [place, word] : before)
+            Require(memory_.contains(place), "nothing is wiped out");
+        for (const auto& [place, word] : memory_) {
+            const auto was = before.find(place);
+            if (was != before.end() && was->second == word) continue;
             const bool isInside = std::ranges::any_of(programming.columns, [&](const ColumnOutcome& column) {
                 return column.selected && column.offset && place >= *column.offset &&
                        place < *column.offset + column.bytes;
             });
             Require(isInside, "nothing outside a section is written");
-        });
+        }
     }
 
     void CheckProgramming(const OperationOutcome& outcome, const Programme& programme) const {
@@ -133,7 +130,7 @@ class Machine {
                 outcome.programming.list == 'A' ? programme.ListARecords : programme.ListBRecords;
             const ParsedCodeList list = ParseCodeList(lists[c].Text);
             for (std::size_t i = 0; i < list.bytes.size(); ++i)
-                Require(WordAt(memory_, *columns[c].offset + i) == simulator::Word{list.bytes[i], 52},
+                Require(memory_.at(*columns[c].offset + i) == simulator::Word{list.bytes[i], 52},
                         "the list of a proved column is in the remote");
         }
         if (outcome.code != ResultCode::success) return;
@@ -178,7 +175,7 @@ class Machine {
     simulator::SimulatedHidHost simulated_{scenario_, clock_};
     WatchedHidHost host_{simulated_, scenario_, clock_};
     FormWeb form_{{host_, desktop_, files_, clock_, platform::HidBackEnd::hidraw}};
-    WordRuns memory_;
+    Words memory_;
     std::uint64_t begin_ = 0;  ///< cycles before the operation
     std::uint8_t gesture_ = 255;
     unsigned yieldsToGesture_ = 0;

@@ -31,7 +31,3 @@ class Large(ConsoleTest):
         answer = self.run_json(65, "encode", source, source)
         self.assertEqual((answer["error"]["kind"], answer["events"]), ("overflow", [1, 2, 3, 4, 5, 6, 7]))
         self.assertEqual(os.path.getsize(source), 300 << 20)
-
-
-if __name__ == "__main__":
-    unittest.main()

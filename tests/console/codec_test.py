@@ -126,7 +126,3 @@ class Codec(ConsoleTest):
             self.assertEqual(answer["error"] and answer["error"]["kind"], kind)
             self.assertEqual(answer["key"], json.loads(text) if kind else None)
         self.holds("source", b"abracadabra")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -87,7 +87,3 @@ class Completion(ConsoleTest):
             rest = first[len(tail.split("=")[-1]) :] if len(wanted) == 1 else first
             type_in(f"\x15ventoctl {line}\t" + ("" if len(wanted) == 1 else "\t"), rest.encode())
         type_in("\x15exit\n", b"exit")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -479,7 +479,3 @@ class Series(ConsoleTest):
         for missing in ("simulated/2", "simulated/4", "/dev/null"):
             _, err = self.run_console(2, "read", simulate, "--transmitter", missing)
             self.assertEqual("no interface called" in err, missing != "simulated/2")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -152,7 +152,3 @@ class Terminal(ConsoleTest):
             self.wait_for("exists. Overwrite it? [y/N] ", answer)
             self.finish(status)
             self.assertEqual((self.folder / "dest").read_bytes() == b"precious", status != 0)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -138,7 +138,3 @@ class Replay(TraceTest):
         taken = self.run_json(0, "devices", "--simulate=trace.jsonl")["interfaces"]
         self.assertEqual([(each["vendorId"], each["taken"]) for each in taken], [(1240, True)])
         self.run_console(64, "read", "--simulate=trace.jsonl", "--trace", "trace.jsonl")
-
-
-if __name__ == "__main__":
-    unittest.main()
