@@ -110,10 +110,11 @@ class Machine {
         for (const auto& [place, word] : memory_) {
             const auto was = before.find(place);
             if (was != before.end() && was->second == word) continue;
-            const bool isInside = std::ranges::any_of(programming.columns, [&](const ColumnOutcome& column) {
-                return column.selected && column.offset && place >= *column.offset &&
-                       place < *column.offset + column.bytes;
-            });
+            const bool isInside =
+                std::ranges::any_of(programming.columns, [&, at = place](const ColumnOutcome& column) {
+                    return column.selected && column.offset && at >= *column.offset &&
+                           at < *column.offset + column.bytes;
+                });
             Require(isInside, "nothing outside a section is written");
         }
     }
