@@ -19,15 +19,13 @@ class Device {
     opened = false;
     opens = 0;
     /** @param {object[]} steps of a trace @param {object} faults */
-    constructor(steps, { collection = kVendorsOwn, refusal, unplugAt, failAt } = {}) {
+    constructor(steps, { collection = kVendorsOwn, unplugAt, failAt } = {}) {
         this.collections = [collection];
-        this.refusal = refusal;
         this.unplugAt = unplugAt;
         this.failAt = failAt;
         this.steps = steps.filter(({ event }) => event === 'write' || event === 'read');
     }
     async open() {
-        if (this.refusal) throw new DOMException('Failed to open the device.', this.refusal);
         this.opened = true;
         this.opens += 1;
     }
@@ -97,12 +95,6 @@ const success = 'Operation succesfully completed';
     assert.equal(status(page), 'TV CITTA 1B\nDTT BETA  2B\nSAT GAMMA 3B');
     await page.nextTurn();
     assert.deepEqual([keyboard.opens, transmitter.opens, transmitter.opened], [0, 2, false], 'opened once for an operation');
-}
-for (const [refusal, words] of [['NotAllowedError', /udev rule/], ['NetworkError', /could not be opened/]]) {
-    const page = await pageOn(new Device([], { refusal }));
-    await page.press(kProgram);
-    assert.match(page.seen.boxes[0].detail, words);
-    assert.equal(page.seen.view.link.steps.length > 0, refusal === 'NotAllowedError', 'who is not permitted is told how to be');
 }
 {
     const page = await pageOn(new Device(programming));

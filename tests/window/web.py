@@ -29,12 +29,12 @@ def native(path):
 
 
 class Browser:
-    """Chromium without a window. What a page tells of its own accord is in `events`."""
+    """Chromium, of itself without a window. What a page tells of its own accord is in `events`."""
 
-    PREFIX = ()  # what runs it
+    EXECUTABLE, PREFIX, OPTIONS = "chromium", (), ("--headless=new",)
 
     def __init__(self):
-        executable = shutil.which("chromium")
+        executable = shutil.which(self.EXECUTABLE)
         if not executable:
             print("skipped: no chromium")
             sys.exit(1 if os.environ.get("VENTO_SKIP_NOTHING") else 77)
@@ -46,8 +46,10 @@ class Browser:
         def descriptors():  # the browser reads 3 and writes 4
             ours = os.dup(their_in), os.dup(their_out)
             os.dup2(ours[0], 3), os.dup2(ours[1], 4)
-        command = [*self.PREFIX, executable, "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run", "--remote-debugging-pipe",
-                   "--disable-dev-shm-usage", f"--user-data-dir={self.profile}", "about:blank"]
+        # No experiments, and none of the browser's own pages, which cost more than ours.
+        command = [*self.PREFIX, executable, *self.OPTIONS, "--no-sandbox", "--disable-gpu", "--no-first-run", "--remote-debugging-pipe",
+                   "--disable-field-trial-config", "--disable-features=PreloadTopChromeWebUI", "--disable-dev-shm-usage",
+                   f"--user-data-dir={self.profile}", "about:blank"]
         self.process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, close_fds=False,
                                         preexec_fn=descriptors, env=os.environ | {"HOME": self.profile})
         os.close(their_out), os.close(their_in)
@@ -69,7 +71,8 @@ class Browser:
 
     def call(self, method, session=None, seconds=60 * common.PATIENCE, **parameters):
         self.number += 1
-        request = {"id": self.number, "method": method, "params": parameters} | ({"sessionId": session} if session else {})
+        given = {name: value for name, value in parameters.items() if value is not None}
+        request = {"id": self.number, "method": method, "params": given} | ({"sessionId": session} if session else {})
         os.write(self.write, json.dumps(request).encode() + b"\0")
         while True:
             answer = self.message(seconds)
@@ -79,6 +82,9 @@ class Browser:
                 return answer["result"]
             if "method" in answer:
                 self.events[answer.get("sessionId")].append(answer)
+
+    def first_tab(self):
+        return next(each["targetId"] for each in self.call("Target.getTargets")["targetInfos"] if each["type"] == "page")
 
     def close(self):
         with contextlib.suppress(EOFError, BrokenPipeError, RuntimeError, AssertionError):
@@ -119,19 +125,20 @@ def site(folder):
 
 
 class Window(common.Window):
-    """A tab with storage and locks of its own. Files come to it by being dropped."""
+    """A tab, with storage and locks of its own unless it is one that is open. Files come to it by being dropped."""
 
     SCALES = (1, 2)
     opened = []
 
     def __init__(self, page, folder, *arguments, language="it", simulate="1", scale=1, size=(900, 700), before="", query=None,
-                 context=None, address=None):
+                 context=None, address=None, tab=None):
         self.folder, self.scale, self.page = pathlib.Path(folder), scale, pathlib.Path(page)
-        self.context = context or browser().call("Target.createBrowserContext")["browserContextId"]
-        target = browser().call("Target.createTarget", url="about:blank", browserContextId=self.context)["targetId"]
+        self.kept = tab is not None
+        self.context = context if context or tab else browser().call("Target.createBrowserContext")["browserContextId"]
+        target = tab or browser().call("Target.createTarget", url="about:blank", browserContextId=self.context)["targetId"]
         self.target = target
         self.session = browser().call("Target.attachToTarget", targetId=target, flatten=True)["sessionId"]
-        for domain in ("Page", "Runtime", "Log", "Network", "Accessibility"):
+        for domain in ("Page", "Runtime", "Log", "Network"):
             self.call(f"{domain}.enable")
         self.call("Emulation.setUserAgentOverride", userAgent=self.evaluate("navigator.userAgent"), acceptLanguage=language)
         self.resize(*size)
@@ -147,6 +154,8 @@ class Window(common.Window):
         Window.opened.append(self)
 
     def __exit__(self, *failure):
+        if self.kept:
+            return browser().call("Target.detachFromTarget", sessionId=self.session)
         for method, what in (("Target.closeTarget", {"targetId": self.target}),
                              ("Target.disposeBrowserContext", {"browserContextId": self.context})):
             with contextlib.suppress(RuntimeError):  # it may have gone with another window of its context
