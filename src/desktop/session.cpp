@@ -15,7 +15,6 @@ constexpr Phrase kImageNotSaved{"Il contenuto del telecomando simulato non è st
                                 "The contents of the simulated remote were not saved"};
 constexpr Phrase kScenarioUnusable{"Lo scenario della simulazione non è utilizzabile",
                                    "The scenario of the simulation can't be used"};
-constexpr Phrase kUnforeseen{"Si è verificato un errore imprevisto", "Something unforeseen went wrong"};
 
 }  // namespace
 

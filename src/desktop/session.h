@@ -59,6 +59,9 @@ class Session {
 /// What the operator is told when a session with this `simulate` could not be made for this `reason`.
 [[nodiscard]] Notice StartNotice(std::string_view simulate, const std::exception& error, Language language);
 
+inline constexpr Phrase kUnforeseen{"Si è verificato un errore imprevisto",
+                                    "Something unforeseen went wrong"};
+
 /// What the operator is told of anything unforeseen.
 [[nodiscard]] Notice FailureNotice(const std::exception& error, Language language);
 

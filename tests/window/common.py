@@ -23,7 +23,7 @@ def eventually(condition, what, seconds=30):
                 return result
         if time.monotonic() > end:
             raise AssertionError(f"not within {seconds} s: {what}")
-        time.sleep(0.01)
+        time.sleep(0.01 * PATIENCE)
 
 
 class Window:
@@ -90,10 +90,10 @@ class Case(unittest.TestCase):
     def open(self, *arguments, **options):
         return self.enterContext(self.window(self.program, self.folder, *arguments, **options))
 
-    def open_slowly(self, microseconds=5000, **keys):
+    def open_slowly(self, microseconds=5000, options={}, **keys):
         """With a programme loaded whose transfer takes some six seconds."""
         self.file = self.programme(length=2000)
-        return self.open(self.file, simulate=self.scenario(reportMicroseconds=microseconds, **keys))
+        return self.open(self.file, simulate=self.scenario(reportMicroseconds=microseconds, **keys), **options)
 
     def close(self, window, file=None):
         window.close()

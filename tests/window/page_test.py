@@ -34,6 +34,13 @@ window.plug = on => {
 };
 Object.defineProperty(Navigator.prototype, "hid", {get: () => hid});
 """
+# The locks on the screen, and timers that come no more in a tab that nobody sees, where a browser delays them.
+LOCKS = """
+const request = navigator.wakeLock.request.bind(navigator.wakeLock), timer = window.setTimeout;
+window.locks = [];
+navigator.wakeLock.request = kind => request(kind).then(lock => (locks.push(lock), lock));
+window.setTimeout = (call, time) => document.hidden ? 0 : timer(call, time);
+"""
 # A file of the browser's own in the place of the computer's: no test can answer the browser's dialogs.
 PICKER = """
 window.showOpenFilePicker = async () => {
@@ -49,9 +56,9 @@ window.files = async () => (await Array.fromAsync((await navigator.storage.getDi
 
 
 class PageTest(common.Case):
-    def real(self, **options):
+    def real(self, more="", **options):
         """With a transmitter that is mocked."""
-        return self.open(simulate="", before=HID, **options)
+        return self.open(simulate="", before=HID + more, **options)
 
     def assert_accessible(self, window, what):
         violations = "axe.run().then(r => r.violations.map(v => [v.id, v.nodes.map(n => n.html)]))"
@@ -242,6 +249,38 @@ class PageTest(common.Case):
         window.await_status(SUCCESS, 60)
         window.go("?simulate")
         self.assertEqual(len(window.told("Page.javascriptDialogOpening")), 1)
+
+    def test_goes_on_behind_other_tabs_and_keeps_the_screen_awake_while_it_works(self):
+        window = self.real(more=LOCKS)
+        go_behind = lambda: browser().call("Target.createTarget", url="about:blank", browserContextId=window.context)
+        await_locks = lambda *held: eventually(lambda: window.evaluate("locks.map(lock => !lock.released)") == list(held), held)
+        window.evaluate("window.offered = true")
+        window.press("Leggi Programmazione")
+        window.await_status(WAITING)
+        await_locks(True)
+        go_behind()
+        await_locks(False)  # by the browser
+        window.call("Page.bringToFront")
+        await_locks(False, True)
+        window.key("Escape")
+        window.await_status("annullata")
+        await_locks(False, False)
+        window = self.open_slowly(1000, options={"before": LOCKS})
+        go_behind()
+        window.evaluate("document.getElementById('Command6_0').click()")
+        window.await_status(SUCCESS, 60)
+
+    def test_tells_of_a_failure_in_the_script_and_can_be_used_afterwards(self):
+        window = self.open_slowly()
+        window.press("PROGRAMMA")
+        eventually(window.bar, "the bar")
+        window.evaluate("window.whole = MessageChannel, window.MessageChannel = class { constructor() { throw Error('guasto'); } }")
+        self.assertRegex(" ".join(window.box()), "errore imprevisto guasto\n.*ricarica la pagina")
+        self.assertIsNone(window.bar())
+        window.evaluate("void (window.MessageChannel = window.whole)")
+        window.answer()
+        window.press("PROGRAMMA")
+        window.await_status(SUCCESS, 60)
 
     def test_closing_ends_an_operation_at_once_and_a_scenario_is_told_what_is_wrong_with_it(self):
         window = self.open_slowly(remote=None)

@@ -3,6 +3,7 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
+#include "desktop/session.h"
 #include "desktop/shown_text.h"
 
 namespace vento::desktop::web {
@@ -33,6 +34,10 @@ constexpr std::array kPageTexts{
     PageText{"simulate", {"Prova senza trasmettitore", "Try it without a transmitter"}},
     PageText{"real", {"Usa un trasmettitore vero", "Use a real transmitter"}},
     PageText{"language", {"Lingua", "Language"}},
+    PageText{"unforeseen", kUnforeseen},
+    PageText{"afterUnforeseen",
+             {"Si può riprovare. Se non va, ricarica la pagina.",
+              "You can try again. If that does not work, reload the page."}},
 };
 
 constexpr std::array kEndTexts{

@@ -37,6 +37,7 @@ let leftover; // the programme file that was opened, if it is the operator's to 
 let scenario = ''; // chosen where only the program could begin anew with it
 let examplePath = '';
 let over = false;
+let telling = false; // of a failure
 /** @type {(() => void | Promise<void>)[]} */
 const scenes = []; // what is to be shown, where the program can't wait for it
 let playing = false;
@@ -187,6 +188,15 @@ function showBox({ text, detail }) {
         return new Promise((closed) => dialog.addEventListener('close', () => closed(), { once: true }));
     });
     return boxes;
+}
+
+/** Tells the operator what nobody has foreseen, wherever in the script it happened. @param {any} error */
+function tellFailure(error) {
+    if (!error || over || telling) return;
+    telling = true;
+    const detail = `${error.message ?? error}\n${texts.afterUnforeseen}`;
+    void showBox({ text: texts.unforeseen, detail }).then(() => (telling = false));
+    if (view?.operating) program.restart(); // unless it goes on
 }
 
 /** @param {string} description @returns {Promise<{file: File, handle?: FileHandle} | undefined>} */
@@ -414,6 +424,8 @@ function listen() {
         event.clipboardData?.setData('text/plain', element('Label1').textContent);
         event.preventDefault();
     });
+    window.addEventListener('error', ({ error }) => tellFailure(error));
+    window.addEventListener('unhandledrejection', ({ reason }) => tellFailure(reason));
     window.addEventListener('beforeunload', (event) => {
         if (view?.operating && !over) event.preventDefault();
     });
