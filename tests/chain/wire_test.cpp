@@ -22,6 +22,8 @@ TEST(Programming, OneShortListByteForByte) {
                   "| 7 85 1 0 1 8 1 <| 7 85 1 0 1 2 2 <| 7 85 1 0 1 96 1 <");
     EXPECT_EQ(bench.host.frames.size(), 16U + 10);
     EXPECT_EQ(bench.Memory(), (WordRuns{{256, WordsOf(3, 1)}}));
+    bench.form.Verify();
+    EXPECT_EQ(bench.Code(), 0);
 }
 
 TEST(Programming, ListsGoOutInBlocksOf32) {
@@ -57,6 +59,7 @@ TEST(Programming, WritesTheSelectedSectionsOfTheRightList) {
         SCOPED_TRACE("columns " + std::to_string(columns) + ", version " + versionText);
         Scenario scenario = With({}, sections, version);
         scenario.interfaces = {{0x046D, 1, true}, {1240, 1, false}, {vendorId, 9, true}};
+        scenario.remote->contents.free = 0;
         Workbench bench(scenario, Programme(columns, 40));
         bench.form.Command6_Click(0);
         EXPECT_EQ(bench.Code(), 0);
@@ -72,6 +75,8 @@ TEST(Programming, WritesTheSelectedSectionsOfTheRightList) {
             if ((columns & (1U << s)) != 0) written[sections[s]] = WordsOf(40, 10 * s + 1 + listAdds);
         }
         EXPECT_EQ(bench.Memory(), written);
+        bench.form.Verify();
+        EXPECT_EQ(bench.Code(), columns >> sections.size() == 0 ? 0 : 18);
     }
 }
 

@@ -138,11 +138,6 @@ TEST(Bytes, NeedTheRoomThatTheyTake) {
     EXPECT_EQ(codec.DecodeBytes(room, back).size, 11U);
     EXPECT_EQ(back, source);
 
-    const ContainerInfo info = clsHuffman::Info(room);
-    EXPECT_EQ(info.form, Form::coded);
-    EXPECT_EQ(std::vector<std::uint64_t>({info.containerSize, info.sourceLength, info.checksum, info.symbols,
-                                          info.shortestCode, info.longestCode, info.dataOffset}),
-              std::vector<std::uint64_t>({26, 11, 0x66, 5, 1, 3, 23}));
     EXPECT_EQ(clsHuffman::Info(source).form, Form::foreign);
     const std::vector<std::uint8_t> stored = {'M', 'A', '0', '\r', 'a'};
     EXPECT_EQ(clsHuffman::Info(stored).sourceLength, 1U);
@@ -174,6 +169,7 @@ TEST(FunctionsForC, TellWhatTheClassTellsAndHowACallHasEnded) {
     }
     vento_codec_info info;
     EXPECT_EQ(vento_codec_read_info(room.data(), 26, nullptr, &info, nullptr), VENTO_CODEC_OK);
+    EXPECT_EQ(clsHuffman::Info(room).containerSize, 26U);
     EXPECT_EQ(std::vector<std::uint64_t>({info.form, info.source_length, info.data_offset, info.symbols,
                                           info.shortest_code, info.longest_code, info.checksum}),
               std::vector<std::uint64_t>({VENTO_CODEC_CODED, 11, 23, 5, 1, 3, 0x66}));

@@ -213,8 +213,9 @@ Outcome ObserveClass(const Outcome& before, auto function) {
     });
 }
 
-// What the functions for C make of bytes. `call` gives itself a room of the least size that is always enough.
-Outcome ObserveC(Outcome outcome, const auto& call) {
+// What the functions for C make of bytes, in a room of the least size that is always enough.
+Outcome ObserveC(Outcome outcome, bool encoding) {
+    const Bytes bytes = outcome.bytes;
     std::vector<std::int64_t> key;
     key.reserve(1);
     for (const auto& row : outcome.key.value_or(KeyArray()))
@@ -226,9 +227,16 @@ Outcome ObserveC(Outcome outcome, const auto& call) {
     const vento_codec_options options = {outcome.key ? key.data() : nullptr, key.size() / 2, tell,
                                          &outcome.events};
     vento_codec_error error;
-    Bytes room;
-    std::size_t size = 0;
-    const auto status = call(outcome.bytes, room, size, options, error);
+    std::size_t size = vento_codec_encode_bound(bytes.size());
+    auto status = VENTO_CODEC_OK;
+    if (!encoding) status = vento_codec_decode_bound(bytes.data(), bytes.size(), &size, &error);
+    Bytes room(size);
+    if (encoding) {
+        status = vento_codec_encode(bytes.data(), bytes.size(), room.data(), size, &size, &options, &error);
+    } else if (status == VENTO_CODEC_OK) {
+        status = vento_codec_decode(bytes.data(), bytes.size(), room.data(), size, &size, nullptr, &options,
+                                    &error);
+    }
     if (status == VENTO_CODEC_OK) {
         room.resize(size);
         outcome.bytes = room;
@@ -281,28 +289,13 @@ Outcome Decode(const Bytes& container, const std::optional<KeyArray>& key) {
 
 Outcome EncodeWithClass(const Bytes& source, const std::optional<KeyArray>& key) {
     const Outcome before = {source, {}, "", key};
-    const auto inC = [](const Bytes& bytes, Bytes& room, std::size_t& size, const auto& options,
-                        auto& error) {
-        room.resize(vento_codec_encode_bound(bytes.size()));
-        return vento_codec_encode(bytes.data(), bytes.size(), room.data(), room.size(), &size, &options,
-                                  &error);
-    };
-    return IfTheSame(ObserveClass(before, &clsHuffman::EncodeString), ObserveC(before, inC));
+    return IfTheSame(ObserveClass(before, &clsHuffman::EncodeString), ObserveC(before, true));
 }
 
 Outcome DecodeWithClass(const Bytes& container, const std::optional<KeyArray>& key) {
     const Outcome before = {container, {}, "", key};
-    const auto inC = [](const Bytes& bytes, Bytes& room, std::size_t& size, const auto& options,
-                        auto& error) {
-        std::size_t bound = 0;
-        const auto status = vento_codec_decode_bound(bytes.data(), bytes.size(), &bound, &error);
-        if (status != VENTO_CODEC_OK) return status;
-        room.resize(bound);
-        return vento_codec_decode(bytes.data(), bytes.size(), room.data(), room.size(), &size, nullptr,
-                                  &options, &error);
-    };
     const auto text = ObserveClass(before, &clsHuffman::DecodeString);
-    return IfTheSame(IfTheSame(text, ObserveC(before, inC)), ObservePlainLoop(before, text));
+    return IfTheSame(IfTheSame(text, ObserveC(before, false)), ObservePlainLoop(before, text));
 }
 
 }  // namespace oracle

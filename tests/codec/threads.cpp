@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "codec/cls_huffman.h"
-#include "codec/vento_codec.h"
 
 /// Two threads on two objects, for the thread sanitizer to look at. They share the source alone.
 namespace {
@@ -20,17 +19,7 @@ bool ThereAndBack(const Bytes& source) {
     vento::codec::KeyArray key(244, {1, 2});
     bool whole = codec.DecodeBytes(codec.EncodeBytes(source)).bytes == source;
     whole = whole && codec.DecodeBytes(codec.EncodeBytes(source, &key), &key).bytes == source;
-
-    const auto tell = [](void* context, std::int16_t) { return ++*static_cast<int*>(context), 0; };
-    const vento_codec_options options = {nullptr, 0, tell, &told};
-    Bytes container(vento_codec_encode_bound(source.size()));
-    Bytes decoded(source.size());
-    std::size_t size = 0;
-    vento_codec_encode(source.data(), source.size(), container.data(), container.size(), &size, &options,
-                       nullptr);
-    vento_codec_decode(container.data(), size, decoded.data(), decoded.size(), &size, nullptr, &options,
-                       nullptr);
-    return whole && decoded == source && told > 100;
+    return whole && told > 100;
 }
 
 }  // namespace
