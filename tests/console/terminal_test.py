@@ -10,7 +10,6 @@ import signal
 import struct
 import subprocess
 import termios
-import unittest
 
 from ventoctl import COMMAND, PLAIN_ENVIRONMENT, ConsoleTest, programme
 

@@ -8,7 +8,6 @@ import pathlib
 import re
 import signal
 import sys
-import tempfile
 import time
 import unittest
 
