@@ -38,6 +38,49 @@ std::vector<std::string> TakeWords(FuzzedDataProvider& data) {
     return words;
 }
 
+auto AsTuple(const Options& o) {
+    const auto sections = o.sections
+                              ? std::vector<unsigned>(o.sections->words.begin(), o.sections->words.end())
+                              : std::vector<unsigned>{};
+    const auto version = o.remoteVersion
+                             ? std::array{o.remoteVersion->VersionMajor, o.remoteVersion->VersionMinor,
+                                          o.remoteVersion->VersionBuild}
+                             : std::array<std::uint8_t, 3>{255};
+    return std::tuple(o.command, o.arguments, o.consume, o.strict, o.verify, o.series, o.log, o.transmitter,
+                      version, sections, o.force, o.key, o.simulate, o.language, o.trace, o.json, o.quiet,
+                      o.verbose);
+}
+
+/// The same options, spelled out: each behind its name, in front of the command, and no argument taken for
+/// one.
+std::vector<std::string> SpellOut(const Options& o) {
+    std::vector<std::string> words;
+    const auto flag = [&](const char* name, bool is) {
+        if (is) words.push_back(name);
+    };
+    const auto value = [&](const std::string& name, const std::optional<std::string>& text) {
+        if (text) words.push_back(text->empty() ? name : name + "=" + *text);
+    };
+    flag("--consume", o.consume);
+    flag("--strict", o.strict);
+    flag("--verify", o.verify);
+    flag("--force", o.force);
+    flag("--json", o.json);
+    flag("--quiet", o.quiet);
+    flag("--verbose", o.verbose);
+    value("--log", o.log);
+    value("--transmitter", o.transmitter);
+    value("--key", o.key);
+    value("--simulate", o.simulate);
+    value("--trace", o.trace);
+    if (o.language) value("--language", *o.language == Language::italian ? "it" : "en");
+    if (o.series) value("--series", std::to_string(*o.series));
+    words.emplace_back(o.command->name);
+    words.emplace_back("--");
+    words.insert(words.end(), o.arguments.begin(), o.arguments.end());
+    return words;
+}
+
 void Try(const std::vector<std::string>& words) {
     std::vector<const char*> arguments(words.size());
     std::ranges::transform(words, arguments.begin(), &std::string::c_str);
@@ -50,6 +93,9 @@ void Try(const std::vector<std::string>& words) {
     Require(static_cast<std::size_t>(std::ranges::count(places, true, &console::ArgumentEntry::required)) <=
                 options.arguments.size(),
             "no argument that must be there is missing");
+    if (!options.sections && !options.remoteVersion && (!options.series || *options.series > 0))
+        Require(AsTuple(console::ParseOptions(SpellOut(options))) == AsTuple(options),
+                "spelled out it is the same");
     const bool onlyTells = options.command == &console::kHelpCommand ||
                            options.command == &console::kVersionCommand ||
                            options.command == &console::kCompletionCommand;

@@ -81,4 +81,5 @@ packages_web=(binaryen clang-19 dpkg-dev libc++-19-dev-wasm32 libc++abi-19-dev-w
     librsvg2-bin lld-19 llvm-19 nlohmann-json3-dev python3 wasi-libc)
 packages_web_test=(chromium clang-tidy-19 googletest openbox python3-xlib xvfb)
 packages_mutate=(ccache lld python3)
+packages_coverage=(gcovr)
 packages_bench=(libbenchmark-dev libdeflate-dev libzstd-dev zlib1g-dev util-linux)

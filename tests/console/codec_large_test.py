@@ -4,6 +4,7 @@ import os
 import random
 import resource
 import subprocess
+import unittest
 
 from ventoctl import ConsoleTest
 

@@ -5,6 +5,7 @@ import os
 import pathlib
 import stat
 import subprocess
+import unittest
 
 from ventoctl import COMMAND, ConsoleTest
 

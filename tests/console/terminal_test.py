@@ -10,6 +10,7 @@ import signal
 import struct
 import subprocess
 import termios
+import unittest
 
 from ventoctl import COMMAND, PLAIN_ENVIRONMENT, ConsoleTest, programme
 

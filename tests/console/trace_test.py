@@ -1,6 +1,7 @@
 """What a trace is good for: told in words, with the first deviation from the protocol, and the same run again."""
 
 import json
+import unittest
 
 from ventoctl import ConsoleTest, programme
 

@@ -8,6 +8,7 @@ import pathlib
 import re
 import signal
 import sys
+import tempfile
 import time
 import unittest
 
