@@ -19,8 +19,8 @@ constexpr Phrase kOverwritten{"La traccia sovrascriverebbe {0}.", "The trace wou
 simulator::Scenario ScenarioFor(const Options& options) {
     if (!options.simulate->empty()) return simulator::LoadScenario(*options.simulate);
     simulator::Scenario plain;
-    if (options
-            .series) {  // nobody takes a simulated remote away, so it goes by itself, and the next one comes
+    if (options.series) {
+        // Nobody takes a simulated remote away, so it goes by itself, and the next one comes.
         constexpr std::uint32_t kStays = 50;
         constexpr std::uint32_t kAway = 400;
         plain.remote->leavesAfterPolls = kStays;

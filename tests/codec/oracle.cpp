@@ -65,7 +65,8 @@ void DecodeBytes(Outcome& outcome) {
     std::map<int, int> lengths;
     for (std::size_t k = 0; static_cast<std::int64_t>(k) < pairs; ++k) {
         const auto without = [&](std::size_t column) {
-            return bytes.at(offset++) - (key ? key->at(k).at(column) : 0);
+            constexpr std::int64_t kFar = 1000;  // from any byte, and as good as farther
+            return bytes.at(offset++) - (key ? std::clamp(key->at(k).at(column), -kFar, kFar) : 0);
         };
         const std::int64_t symbol = without(0);
         if (symbol < 0 || symbol > 255) throw RangeError("symbol");
