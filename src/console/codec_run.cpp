@@ -7,6 +7,7 @@
 #include <string>
 #include <system_error>
 
+#include "console/codec_errors.h"
 #include "console/codec_key.h"
 #include "console/failure.h"
 #include "console/input.h"
@@ -55,13 +56,13 @@ void Guard(const fs::path& source, const std::string& name, ordered_json& error,
     } catch (const codec::RaisedError& raised) {
         error = ErrorFields(raised);
         const bool unread = raised.Source() == "clsHuffman.EncodeFile()";
-        throw Failure(unread ? kMissingInput : kUnusableInput, About(name, raised));
+        throw Failure(unread ? kMissingInput : kUnusableInput, Labelled(name, DescribeCodecError(raised)));
     } catch (const codec::RangeError& range) {
         error = ErrorFields("range", range);
-        throw Failure(kUnusableInput, About(name, range));
+        throw Failure(kUnusableInput, Labelled(name, DescribeCodecError(range)));
     } catch (const codec::OverflowError& overflow) {
         error = ErrorFields("overflow", overflow);
-        throw Failure(kUnusableInput, About(name, overflow));
+        throw Failure(kUnusableInput, Labelled(name, DescribeCodecError(overflow)));
     } catch (const codec::MemoryError&) {
         throw Failure(kUnforeseen, Labelled(name, kNoMemory));
     } catch (const fs::filesystem_error& failed) {

@@ -79,9 +79,11 @@ class Codec(ConsoleTest):
         self.run_console(66, "info", "none")
 
     def test_an_error_of_the_codec_is_told_and_leaves_the_destination_alone(self):
-        for content, kind, number, place, description, events in (
-            (WRONG_SUM, "raised", 2147745792, "clsHuffman.Decode()", CORRUPT, [89]),
-            (NO_BRANCH, "range", None, None, "The data do not fit their code, at bit 4 of offset 16", []),
+        for content, kind, number, place, description, italian, events in (
+            (WRONG_SUM, "raised", 2147745792, "clsHuffman.Decode()", CORRUPT,
+             "I dati potrebbero essere corrotti (la somma di controllo non è quella attesa)", [89]),
+            (NO_BRANCH, "range", None, None, "The data do not fit their code, at bit 4 of offset 16",
+             "I dati non corrispondono al loro codice, al bit 4 della posizione 16", []),
         ):
             path, dest = self.file("broken", content), self.file("dest", b"precious")
             answer = self.run_json(65, "decode", path, dest, "-f")
@@ -89,6 +91,7 @@ class Codec(ConsoleTest):
             self.assertEqual((answer["result"], answer["events"], answer["bytesOut"]), (None, events, None))
             self.holds("dest", b"precious")
             self.assertEqual(self.run_console(65, "decode", path, path), ("", f"ventoctl: {answer['diagnostic']}\n"))
+            self.assertIn(italian, " ".join(self.run_console(65, "decode", path, path, "--language", "it")[1].split()))
             self.holds("broken", content)
 
     def test_files_that_cannot_be_read_or_written(self):
