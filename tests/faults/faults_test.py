@@ -26,7 +26,7 @@ SHORT = ",".join(f"posix/io/rw/{name}/reduce" for name in ("read", "readv", "wri
 MEMORY = "libc/mm/malloc,libc/mm/calloc,libc/mm/realloc"
 STATUSES = {0, 1, *range(2, 22), 65, 66, 70, 73}
 # The codec has one text of its own for whatever keeps it from a file, and std::filesystem::equivalent one reason.
-REASONS = ("Errore di lettura o scrittura", "Source file does not exist", "Il file o la cartella non esiste")
+REASONS = ("Errore di lettura o scrittura", "Il file di partenza non esiste", "Il file o la cartella non esiste")
 
 PROGRAMME = programme(10)
 FILES = {
@@ -71,7 +71,7 @@ CASES = [
 
 def steady(content):
     """Without what is different in each run: times, and the order of a folder."""
-    return re.sub(r'("(seconds|time)": ?)("[^"]*"|[\d.]+)', r"\1null", content.decode(errors="replace"))
+    return re.sub(r'("(seconds|time)": ?)("[^"]*"|[\d.e+-]+)', r"\1null", content.decode(errors="replace"))
 
 
 class Run:
