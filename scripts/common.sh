@@ -71,12 +71,13 @@ packages_build=(cmake g++ ninja-build libcli11-dev libgcrypt20-dev libsystemd-de
 packages_test=(fish fiu-utils libfiu-dev libgtest-dev pkgconf python3 zsh)
 packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
 packages_window=(fonts-crosextra-carlito fonts-liberation qt6-base-dev qt6-svg-dev)
-packages_window_test=(appstream at-spi2-core dbus-daemon desktop-file-utils gir1.2-atspi-2.0 python3-gi python3-xlib
+packages_window_test=(appstream at-spi2-core dbus-daemon desktop-file-utils gir1.2-atspi-2.0 openbox python3-gi
+    python3-xlib
     shared-mime-info xvfb)
 packages_vm=(busybox-static cpio dbus-daemon kmod python3 python3-gi qemu-system-x86 udev)
 packages_debian=(dpkg-dev gzip lintian)
 packages_windows=(fonts-crosextra-carlito fonts-liberation fonts-wine g++-mingw-w64-x86-64-posix googletest icoutils
-    libgcrypt-mingw-w64-dev librsvg2-bin nsis openssl osslsigncode wine wine64)
+    libgcrypt-mingw-w64-dev librsvg2-bin nsis openssl osslsigncode python3-xlib wine wine64)
 packages_web=(binaryen clang-19 dpkg-dev libc++-19-dev-wasm32 libc++abi-19-dev-wasm32 libclang-rt-19-dev-wasm32
     librsvg2-bin lld-19 llvm-19 nlohmann-json3-dev python3 wasi-libc)
 packages_web_test=(chromium clang-tidy-19 googletest openbox python3-xlib xvfb)

@@ -1,6 +1,7 @@
 """What is the same for all windows."""
 
 import contextlib
+import functools
 import json
 import os
 import pathlib
@@ -8,6 +9,10 @@ import subprocess
 import tempfile
 import time
 import unittest
+
+with contextlib.suppress(ImportError):  # the page's window needs none of it
+    from Xlib import X, XK, display
+    from Xlib.ext import xtest
 
 LABELS = [["Città 100"], ["Un ricevitore dal nome davvero troppo lungo per il suo riquadro"], ["Gamma 300"]]
 
@@ -64,6 +69,53 @@ class Window:
         finally:
             self.process.kill()
             self.process.wait()
+
+
+class WindowOnScreen(Window):
+    """One on a screen of X11, whose real mouse and keyboard it is used with. `corner` gives the place of its form there."""
+
+    screen = None  # another one than the tests' own
+
+    @functools.cached_property
+    def display(self):
+        return display.Display(self.screen)
+
+    def __exit__(self, *failure):
+        super().__exit__(*failure)
+        self.display.close()
+
+    def root(self):
+        return self.display.screen().root
+
+    def colour(self, x, y):
+        """Red, green and blue of a pixel of the form."""
+        left, top = self.corner()
+        blue, green, red, *_ = self.root().get_image(left + x, top + y, 1, 1, X.ZPixmap, 0xFFFFFFFF).data
+        return red, green, blue
+
+    def drag_mouse(self, *places):
+        """With its button held down, from one place of the form to another."""
+        left, top = self.corner()
+        for (x, y), kind in zip(places, (X.ButtonPress, X.ButtonRelease)):
+            xtest.fake_input(self.display, X.MotionNotify, x=left + x, y=top + y)
+            xtest.fake_input(self.display, kind, 1)
+            self.display.sync()
+
+    def strike(self, chord):
+        codes = [self.display.keysym_to_keycode(XK.string_to_keysym(key)) for key in chord.split("+")]
+        for kind, each in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
+            for code in each:
+                xtest.fake_input(self.display, kind, code)
+        self.display.sync()
+
+    def copied(self):
+        """What is in the clipboard."""
+        atom = self.display.intern_atom
+        window = self.root().create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        window.convert_selection(atom("CLIPBOARD"), atom("UTF8_STRING"), atom("VENTO"), X.CurrentTime)
+        eventually(lambda: self.display.pending_events() and self.display.next_event().type == X.SelectionNotify, "the text")
+        text = window.get_full_property(atom("VENTO"), X.AnyPropertyType)
+        return text and text.value.decode().replace("\r", "")
 
 
 class Case(unittest.TestCase):

@@ -17,8 +17,7 @@ try:
 
     gi.require_version("Atspi", "2.0")
     from gi.repository import Atspi, Gio, GLib
-    from Xlib import X, XK, display
-    from Xlib.ext import xtest
+    from Xlib import X
     from Xlib.protocol import event
 except (ImportError, ValueError) as missing:
     print("skipped:", missing)
@@ -54,16 +53,20 @@ def environment(**variables):
 
 
 @contextlib.contextmanager
-def screen(size):
-    """Another screen; its name."""
+def screen(size, scale):
+    """Another screen, with a window manager; what a window there is opened with."""
     reading, writing = os.pipe()
     server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24", "-nolisten", "tcp"],
                               pass_fds=[writing], stderr=subprocess.DEVNULL)
     try:
-        yield f":{int(os.read(reading, 10))}"
+        name = f":{int(os.read(reading, 10))}"
+        manager = subprocess.Popen(["openbox"], env=environment(DISPLAY=name), stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
+        yield {"DISPLAY": name, "scale": scale}
     finally:
-        server.kill()
-        server.wait()
+        for process in (manager, server):
+            process.kill()
+            process.wait()
         os.close(reading), os.close(writing)
 
 
@@ -110,7 +113,7 @@ class Desktop:
         self.bus.emit_signal(None, self.PATH, self.SETTINGS, "SettingChanged", news)
 
 
-class Window(common.Window):
+class Window(common.WindowOnScreen):
     SCALES = (1, 2)
 
     def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1, prepare=None, **more):
@@ -120,15 +123,12 @@ class Window(common.Window):
         variables = environment(LANG=locale, VENTO_SIMULATE=simulate, QT_SCALE_FACTOR=str(scale), **more)
         self.process = subprocess.Popen([program, *map(str, arguments)], cwd=folder, env=variables, preexec_fn=prepare,
                                         stderr=subprocess.DEVNULL)
-        self.display = display.Display(more.get("DISPLAY"))
+        self.screen = more.get("DISPLAY")
         nodes = eventually(self.tree, "the window in the accessibility tree")
+        eventually(self.windows, "the window on the screen")
         self.known = {(node.get_role_name(), node.get_name()): node for node in nodes}
         self.label, self.gauge = (next((node for node in nodes if node.get_role_name() == role), None)
                                   for role in ("notification", "progress bar"))
-
-    def __exit__(self, *failure):
-        super().__exit__(*failure)
-        self.display.close()
 
     @contextlib.contextmanager
     def spoken(self):
@@ -181,9 +181,8 @@ class Window(common.Window):
         return eventually(look, f"a {role} {name}")[0]
 
     def frame(self):
-        area = self.windows()[0].get_geometry()
-        edges = [area.x, area.y, area.x + area.width, area.y + area.height]
-        return self.names("frame")[0], edges, [area.width, area.height]
+        area, (left, top) = self.windows()[0].get_geometry(), self.corner()
+        return self.names("frame")[0], [left, top, left + area.width, top + area.height], [area.width, area.height]
 
     def places(self):
         corner = Atspi.Component.get_position(self.one("frame", self.frame()[0]), Atspi.CoordType.SCREEN)
@@ -244,31 +243,31 @@ class Window(common.Window):
 
     # What X11 alone can do.
 
-    def colour(self, x, y):
-        """Red, green and blue of a pixel of the form."""
-        blue, green, red, *_ = self.windows()[0].get_image(x, y, 1, 1, X.ZPixmap, 0xFFFFFFFF).data
-        return red, green, blue
+    def numbers(self, window, name):
+        value = window.get_full_property(self.display.intern_atom(name), X.AnyPropertyType)
+        return list(value.value) if value else []
 
     def windows(self):
-        root = self.display.screen().root
-        pid = self.display.intern_atom("_NET_WM_PID")
-        with_pid = ((w, w.get_full_property(pid, X.AnyPropertyType)) for w in root.query_tree().children)
-        return [w for w, value in with_pid if value and value.value[0] == self.process.pid
+        frames = self.root().query_tree().children  # those of a window manager, or the windows themselves
+        inside = (w for frame in frames for w in (frame, *frame.query_tree().children))
+        return [w for w in inside if self.numbers(w, "_NET_WM_PID") == [self.process.pid]
                 and w.get_attributes().map_state == X.IsViewable]
+
+    def corner(self):
+        place = self.root().translate_coords(self.windows()[0], 0, 0)
+        return place.x, place.y
 
     def activate(self):
         # As a window manager does with the topmost window of the program.
         self.windows()[-1].set_input_focus(X.RevertToParent, X.CurrentTime)
         self.display.sync()
 
-    def key(self, chord):
+    def strike(self, chord):
         self.activate()
         time.sleep(0.05)
-        codes = [self.display.keysym_to_keycode(XK.string_to_keysym(key)) for key in chord.split("+")]
-        for kind, each in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
-            for code in each:
-                xtest.fake_input(self.display, kind, code)
-        self.display.sync()
+        super().strike(chord)
+
+    key = strike
 
     def tell(self, kind, *data):
         form = self.windows()[0]
@@ -285,7 +284,7 @@ class Window(common.Window):
     def drop(self, path):
         """Drags a file onto the window and lets go of it; whether it was taken."""
         atom = self.display.intern_atom
-        source = self.display.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        source = self.root().create_window(0, 0, 1, 1, 0, X.CopyFromParent)
         source.set_selection_owner(atom("XdndSelection"), X.CurrentTime)
         left, top, *_ = self.frame()[1]
         self.tell("XdndEnter", source.id, 5 << 24, atom("text/uri-list"))

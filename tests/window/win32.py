@@ -30,7 +30,19 @@ def start(*command, folder=None, out=subprocess.DEVNULL, log=subprocess.DEVNULL,
                             stderr=log, env=os.environ | {"LC_ALL": "C.UTF-8"} | variables)
 
 
-class Window(common.Window):
+@contextlib.contextmanager
+def screen(size, scale):
+    """Another screen for all that is started; what a window there is opened with."""
+    values = [(r"Control Panel\Desktop", "LogPixels", "REG_DWORD", int(96 * scale)),
+              (r"Software\Wine\Explorer\Desktops", "other", "REG_SZ", size), (r"Software\Wine\Explorer", "Desktop", "REG_SZ", "other")]
+    for key, name, kind, value in values:
+        start("reg", "add", "HKCU\\" + key, "/v", name, "/t", kind, "/d", value, "/f").wait(60)
+    yield {}
+    start("reg", "delete", r"HKCU\Control Panel\Desktop", "/v", "LogPixels", "/f").wait(60)
+    start("reg", "add", "HKCU\\" + key, "/v", name, "/d", "Default", "/f").wait(60)
+
+
+class Window(common.WindowOnScreen):
     SCALES = (1, 1.5, 2)
 
     def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1):
@@ -67,6 +79,9 @@ class Window(common.Window):
     def description(self, caption):
         return self.told(ACCESSIBLE_DESCRIPTION, [self.buttons()[caption]])[0]
 
+    def ask_for_contrast(self):
+        self.drive("contrast", self.form()["handle"])
+
     @contextlib.contextmanager
     def spoken(self):
         """What a screen reader speaks of its own accord, as a function that gives all of it so far."""
@@ -95,8 +110,8 @@ class Window(common.Window):
     def controls(self, kind, window="", asked=""):
         return [each for top in self.windows(window, asked) for each in top["controls"] if each["class"] == kind]
 
-    def held(self, kind, what="holds"):
-        return [each[what] for each in self.controls(kind, asked=kind) if each["visible"]]
+    def held(self, kind, what="holds", window=""):
+        return [each[what] for each in self.controls(kind, window, kind) if each["visible"]]
 
     def form(self):
         return self.windows("FormWeb")[0]
@@ -121,13 +136,16 @@ class Window(common.Window):
         self.post(eventually(lambda: self.buttons().get(caption), f"the button {caption}"), BM_CLICK)
 
     def status(self):
-        return self.controls("Static", "FormWeb")[1]["text"]
+        return self.held("Edit", window="FormWeb")[0].replace("\r", "")
 
     def items(self):
         return self.held("ListBox")
 
     def bar(self):
         return next(iter(self.held("msctls_progress32")), None)
+
+    def corner(self):
+        return self.form()["corner"]
 
     def focused(self):
         return [each for each in self.form()["controls"] if each["focused"]]
@@ -167,11 +185,11 @@ class Window(common.Window):
         return [each["text"] for each in self.controls("Static", "#32770")]
 
     def dialog(self):
-        field, = eventually(lambda: self.held("Edit"), "the file dialog")
+        field, = eventually(lambda: self.held("Edit", window="#32770"), "the file dialog")
         return self.windows("#32770")[0]["text"], field
 
     def fill(self, path=None):
         if path:
-            self.drive("write", self.held("Edit", "handle")[0], path)
+            self.drive("write", self.held("Edit", "handle", "#32770")[0], path)
         self.press("Open" if path else "Cancel")
-        eventually(lambda: not self.held("Edit"), "the end of the dialog")
+        eventually(lambda: not self.held("Edit", window="#32770"), "the end of the dialog")

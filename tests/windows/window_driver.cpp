@@ -8,15 +8,21 @@
 //       fills a field
 //   window_driver listen
 //       prints what a screen reader would speak of its own accord, a line of JSON each, until it is ended
+//   window_driver contrast WINDOW
+//       has its program told that high contrast is on, white and green on black
 //   window_driver lend WINDOW MESSAGE NUMBER BYTE...
 //       sends a message with the address of these bytes: as its first argument too, if the number is 0
 #include "platform/windows/system.h"
 // It needs that before it.
 #include <commctrl.h>
+#include <psapi.h>
 
 #include <array>
+#include <cstring>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -63,6 +69,8 @@ Json Described(HWND window, const std::string& asked) {
     ::MapWindowPoints(nullptr, ::GetAncestor(window, GA_PARENT), reinterpret_cast<POINT*>(&place), 2);
     RECT area{};
     ::GetClientRect(window, &area);
+    POINT corner{};
+    ::ClientToScreen(window, &corner);
     GUITHREADINFO thread{};
     thread.cbSize = sizeof thread;
     ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &thread);
@@ -75,6 +83,7 @@ Json Described(HWND window, const std::string& asked) {
             {"held", (thread.flags & (GUI_INMOVESIZE | GUI_INMENUMODE)) != 0},
             {"place", {place.left, place.top, place.right, place.bottom}},
             {"area", {area.right, area.bottom}},
+            {"corner", {corner.x, corner.y}},
             {"controls", Json::array()},
             {"holds", ClassOf(window) == asked ? ContentsOf(window) : Json()}};
 }
@@ -84,7 +93,7 @@ BOOL CALLBACK Collect(HWND window, LPARAM windows) {
     return TRUE;
 }
 
-int TellState(const std::string& asked) {
+void TellState(const std::string& asked) {
     Json state = Json::array();
     std::vector<HWND> windows;
     ::EnumWindows(Collect, reinterpret_cast<LPARAM>(&windows));
@@ -98,11 +107,10 @@ int TellState(const std::string& asked) {
             state.back()["controls"].push_back(Described(control, asked));
     }
     std::cout << state;
-    return EXIT_SUCCESS;
 }
 
 void CALLBACK TellChange(HWINEVENTHOOK, DWORD, HWND window, LONG, LONG, DWORD, DWORD) {
-    std::cout << Json(TextOf(window)) << std::endl;
+    std::cout << (ClassOf(window) == "Edit" ? ContentsOf(window) : Json(TextOf(window))) << std::endl;
 }
 
 int Listen() {
@@ -115,15 +123,71 @@ int Listen() {
     return EXIT_SUCCESS;
 }
 
-/// The address of these bytes in the memory of the window's program, which is gone with it.
-LPARAM Lend(HWND window, const std::vector<char>& bytes) {
+HANDLE OpenProcessOf(HWND window) {
     DWORD id = 0;
     ::GetWindowThreadProcessId(window, &id);
-    const vento::platform::OwnedHandle process(::OpenProcess(PROCESS_ALL_ACCESS, FALSE, id));
-    void* const theirs =
-        ::VirtualAllocEx(process.Get(), nullptr, bytes.size(), MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    return ::OpenProcess(PROCESS_ALL_ACCESS, FALSE, id);
+}
+
+/// The address of these bytes in the memory of the window's program, which is gone with it.
+LPARAM Lend(HWND window, const std::vector<char>& bytes) {
+    const vento::platform::OwnedHandle process(OpenProcessOf(window));
+    void* const theirs = ::VirtualAllocEx(process.Get(), nullptr, bytes.size(), MEM_RESERVE | MEM_COMMIT,
+                                          PAGE_EXECUTE_READWRITE);
     ::WriteProcessMemory(process.Get(), theirs, bytes.data(), bytes.size(), nullptr);
     return reinterpret_cast<LPARAM>(theirs);
+}
+
+/// The import of a function of the system's in the program of a window.
+char* ImportOf(HANDLE process, LPARAM function) {
+    HMODULE program = nullptr;
+    DWORD size = 0;
+    ::K32EnumProcessModules(process, &program, sizeof program, &size);
+    auto* const base = reinterpret_cast<char*>(program);
+    const auto read = [&]<class Part>(Part part, std::size_t offset) {
+        ::ReadProcessMemory(process, base + offset, &part, sizeof part, nullptr);
+        return part;
+    };
+    const auto headers =
+        read(IMAGE_NT_HEADERS64{}, static_cast<std::size_t>(read(IMAGE_DOS_HEADER{}, 0).e_lfanew));
+    std::size_t at = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    for (IMAGE_IMPORT_DESCRIPTOR library{}; (library = read(library, at)).Name != 0; at += sizeof library) {
+        std::size_t slot = library.FirstThunk;
+        for (LPARAM found = 0; (found = read(found, slot)) != 0; slot += sizeof found) {
+            if (found == function) return base + slot;
+        }
+    }
+    throw std::out_of_range("The program does not import it.");
+}
+
+/// From now on the program of the window calls this code in place of a function of the system's.
+void Replace(HWND window, LPARAM function, const std::vector<char>& code) {
+    const vento::platform::OwnedHandle process(OpenProcessOf(window));
+    char* const import = ImportOf(process.Get(), function);
+    const LPARAM address = Lend(window, code);
+    DWORD protection = 0;
+    ::VirtualProtectEx(process.Get(), import, sizeof address, PAGE_READWRITE, &protection);
+    ::WriteProcessMemory(process.Get(), import, &address, sizeof address, nullptr);
+}
+
+/// What Wine does not have, for the program of the window alone.
+void AskForHighContrast(HWND window) {
+    std::array<COLORREF, COLOR_MENUBAR + 1> colours{};
+    colours.at(COLOR_WINDOWTEXT) = colours.at(COLOR_BTNTEXT) = RGB(255, 255, 255);
+    colours.at(COLOR_GRAYTEXT) = RGB(63, 242, 63);
+    colours.at(COLOR_HIGHLIGHT) = RGB(26, 235, 255);
+    const auto bytes = std::as_bytes(std::span(colours));
+    const auto* const first = reinterpret_cast<const char*>(bytes.data());
+    const auto table =
+        static_cast<std::uint64_t>(Lend(window, std::vector<char>(first, first + bytes.size())));
+    std::vector<char> look{0x48, '\xB8', 0, 0, 0, 0, 0, 0, 0, 0};  // mov rax, table
+    std::memcpy(look.data() + 2, &table, sizeof table);
+    look.insert(look.end(), {'\x8B', 0x04, '\x88', '\xC3'});  // mov eax, [rax + 4 * rcx]; ret
+    Replace(window, reinterpret_cast<LPARAM>(&::GetSysColor), look);
+    // mov dword ptr [r8 + 4], HCF_HIGHCONTRASTON; mov eax, TRUE; ret
+    Replace(window, reinterpret_cast<LPARAM>(&::SystemParametersInfoW),
+            {0x41, '\xC7', 0x40, 4, 1, 0, 0, 0, '\xB8', 1, 0, 0, 0, '\xC3'});
+    ::SendMessageW(window, WM_SYSCOLORCHANGE, 0, 0);
 }
 
 }  // namespace
@@ -131,17 +195,21 @@ LPARAM Lend(HWND window, const std::vector<char>& bytes) {
 int wmain(int count, wchar_t** words) {
     const std::wstring command = words[1];
     if (command == L"listen") return Listen();
-    if (count == 2) return TellState(Utf8(command));
-    const auto window = reinterpret_cast<HWND>(std::stoull(words[2]));
-    if (command == L"write")
-        return ::SendMessageW(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(words[3])) == 0;
     std::vector<LPARAM> numbers;
-    for (int i = 3; i < count; ++i)
+    for (int i = 2; i < count && command != L"write"; ++i)
         numbers.push_back(std::stoll(words[i]));
-    const auto message = static_cast<UINT>(numbers[0]);
-    const auto first = static_cast<WPARAM>(numbers[1]);
-    if (command == L"post") return ::PostMessageW(window, message, first, numbers[2]) == 0;
-    const LPARAM address = Lend(window, std::vector<char>(numbers.begin() + 2, numbers.end()));
-    ::SendMessageW(window, message, first == 0 ? static_cast<WPARAM>(address) : first, address);
+    if (count == 2) {
+        TellState(Utf8(command));
+    } else {
+        const auto window = reinterpret_cast<HWND>(std::stoull(words[2]));
+        if (command == L"write")
+            return ::SendMessageW(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(words[3])) == 0;
+        if (command == L"contrast") return AskForHighContrast(window), EXIT_SUCCESS;
+        const auto message = static_cast<UINT>(numbers[1]);
+        const auto first = static_cast<WPARAM>(numbers[2]);
+        if (command == L"post") return ::PostMessageW(window, message, first, numbers[3]) == 0;
+        const LPARAM address = Lend(window, std::vector<char>(numbers.begin() + 3, numbers.end()));
+        ::SendMessageW(window, message, first == 0 ? static_cast<WPARAM>(address) : first, address);
+    }
     return EXIT_SUCCESS;
 }

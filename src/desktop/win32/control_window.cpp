@@ -99,14 +99,51 @@ ControlWindow::~ControlWindow() {
 }
 
 void ControlWindow::Scale(int dotsPerInch, const std::wstring& text) {
+    dotsPerInch_ = dotsPerInch;
     const RECT place = PlaceOf(layout_.place, dotsPerInch);
     const SIZE size{place.right - place.left, place.bottom - place.top};
-    ::SetWindowPos(handle_, nullptr, place.left, place.top, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
+    ::SetWindowPos(handle_, nullptr, place.left, place.top, size.cx, size.cy,
+                   SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
     if (layout_.font.height == 0) return;
     OwnedFont font = text.empty() ? MakeFont(layout_.font, dotsPerInch)
                                   : MakeFittingFont(layout_.font, dotsPerInch, text, size);
     const OwnedFont old = std::exchange(font_, std::move(font));  // in use until the next line
     ::SendMessageW(handle_, WM_SETFONT, reinterpret_cast<WPARAM>(font_.get()), TRUE);
+}
+
+void ControlWindow::DrawBorder(bool takesFocus) {
+    borderLines_ = takesFocus ? kFocusLines : 1;
+    ::SetWindowSubclass(handle_, PaintBorder, 0, reinterpret_cast<DWORD_PTR>(this));
+}
+
+// The borders of the system's themes are too faint, and an empty list shows its focus nowhere else.
+LRESULT CALLBACK ControlWindow::PaintBorder(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                                            DWORD_PTR self) {
+    const auto& control = *reinterpret_cast<const ControlWindow*>(self);
+    const int room = control.borderLines_ * LineWidth(control.dotsPerInch_);
+    if (message == WM_NCCALCSIZE) {
+        ::InflateRect(reinterpret_cast<RECT*>(lParam), -room, -room);  // it comes first in what that may be
+        return 0;
+    }
+    if (message == WM_NCPAINT) {
+        RECT frame{};
+        ::GetWindowRect(window, &frame);
+        ::OffsetRect(&frame, -frame.left, -frame.top);
+        const Palette palette = Palette::Current();
+        const bool focused = ::GetFocus() == window;
+        const OwnedBrush ink(::CreateSolidBrush(focused ? palette.focused : palette.border));
+        const OwnedBrush ground(::CreateSolidBrush(palette.background));
+        const int lines = focused ? room : LineWidth(control.dotsPerInch_);
+        auto* const canvas = ::GetWindowDC(window);
+        for (int line = 0; line < room; ++line, ::InflateRect(&frame, -1, -1))
+            ::FrameRect(canvas, &frame, line < lines ? ink.get() : ground.get());
+        ::ReleaseDC(window, canvas);
+        return 0;
+    }
+    const LRESULT result = ::DefSubclassProc(window, message, wParam, lParam);
+    if (message == WM_SETFOCUS || message == WM_KILLFOCUS)
+        ::RedrawWindow(window, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);
+    return result;
 }
 
 void ControlWindow::SetText(const std::wstring& text) const {

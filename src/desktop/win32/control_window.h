@@ -83,6 +83,12 @@ class ControlWindow {
     /// is small enough for it to fit.
     void Scale(int dotsPerInch, const std::wstring& text = {});
 
+    /// As `Scale` has set it last; 0 before.
+    [[nodiscard]] int DotsPerInch() const { return dotsPerInch_; }
+
+    /// From now on it has the palette's border and, if it can have the focus, room for the wider one of that.
+    void DrawBorder(bool takesFocus);
+
     void SetText(const std::wstring& text) const;
     void Show(bool visible) const;
 
@@ -93,9 +99,14 @@ class ControlWindow {
     void SetTip(const std::wstring& text);
 
   private:
+    static LRESULT CALLBACK PaintBorder(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                        DWORD_PTR self);
+
     FormParts& parts_;
     const ControlLayout& layout_;
     HWND handle_ = nullptr;
+    int dotsPerInch_ = 0;
+    int borderLines_ = 0;
     OwnedFont font_;
     std::wstring tip_;
 };

@@ -301,8 +301,9 @@ void FormWindow::TakeColours() {
         const ControlWindow& window =
             std::visit([](auto& view) -> ControlWindow& { return view.Window(); }, each);
         ::SendMessageW(window.Handle(), WM_SYSCOLORCHANGE, 0, 0);
+        if (auto* const bar = std::get_if<BarView>(&each)) bar->TakeColours();
     }
-    ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+    ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 // Enter comes as the number IDOK, Esc as IDCANCEL, whichever control has the focus.
@@ -444,11 +445,17 @@ void FormWindow::ShowProgress(std::optional<int> percent) {
     if (percent) taskbar_->SetProgressValue(Handle(), static_cast<ULONGLONG>(*percent), 100);
 }
 
-// With the details, if there are any to be shown.
+// What is selected of it, or else all, with the details, if there are any to be shown.
 void FormWindow::CopyStatus() {
-    std::string lines = form_.Label1.Caption();
-    if (HelpFor(form_) == Help::details) lines.append("\n").append(DetailsOf(form_));
-    const std::wstring text = ShownLines(lines);
+    std::wstring text;
+    for (const View& each : views_) {
+        if (const auto* const label = std::get_if<LabelView>(&each)) text = label->Selection();
+    }
+    if (text.empty()) {
+        std::string lines = form_.Label1.Caption();
+        if (HelpFor(form_) == Help::details) lines.append("\n").append(DetailsOf(form_));
+        text = WithReturns(ShownLines(lines));
+    }
     if (text.empty() || ::OpenClipboard(Handle()) == 0) return;
     const std::size_t size = (text.size() + 1) * sizeof(wchar_t);
     auto* const memory = ::GlobalAlloc(GMEM_MOVEABLE, size);

@@ -121,6 +121,10 @@ Palette Palette::Current() {
             .rule = ColourOf(LayoutOf(ControlId::Line1).background)};
 }
 
+int LineWidth(int dotsPerInch) {
+    return std::max(1, ::MulDiv(dotsPerInch, 1, USER_DEFAULT_SCREEN_DPI));
+}
+
 COLORREF ColourOf(const Colour& colour) {
     return RGB(colour.red, colour.green, colour.blue);
 }
@@ -158,6 +162,15 @@ std::wstring ShownLines(std::string_view utf8) {
     return platform::Wide(ShownText(utf8));
 }
 
+std::wstring WithReturns(const std::wstring& lines) {
+    std::wstring text;
+    for (const wchar_t letter : lines) {
+        if (letter == L'\n') text += L'\r';
+        text += letter;
+    }
+    return text;
+}
+
 std::wstring MarkedCaption(std::string_view utf8, std::string_view mnemonic) {
     std::wstring marked;
     bool done = mnemonic.empty();
@@ -177,7 +190,11 @@ void DrawCentred(HDC canvas, const std::wstring& text, const RECT& area, UINT ma
     RECT needed = area;
     ::DrawTextW(canvas, text.c_str(), -1, &needed, format | DT_CALCRECT);
     RECT place = area;
-    place.top += std::max(area.bottom - needed.bottom, LONG{0}) / 2;
+    TEXTMETRICW metrics{};
+    ::GetTextMetricsW(canvas, &metrics);
+    const LONG room =
+        (area.bottom - area.top) / metrics.tmHeight * metrics.tmHeight;  // whole lines are drawn
+    place.top += std::max(area.bottom - area.top - std::min(needed.bottom - needed.top, room), LONG{0}) / 2;
     ::DrawTextW(canvas, text.c_str(), -1, &place, format | DT_END_ELLIPSIS);
 }
 

@@ -52,6 +52,12 @@ struct Palette {
     [[nodiscard]] static Palette Current();
 };
 
+/// How many lines wide the border of what has the focus is.
+inline constexpr int kFocusLines = 3;
+
+/// The width of a line, in pixels.
+[[nodiscard]] int LineWidth(int dotsPerInch);
+
 [[nodiscard]] COLORREF ColourOf(const Colour& colour);
 /// The font on a screen of so many dots per inch.
 [[nodiscard]] OwnedFont MakeFont(const Font& font, int dotsPerInch);
@@ -62,6 +68,8 @@ struct Palette {
 
 /// A caption or an item as it is shown.
 [[nodiscard]] std::wstring ShownLines(std::string_view utf8);
+/// The same with the ends of line that the system's fields and the clipboard have.
+[[nodiscard]] std::wstring WithReturns(const std::wstring& lines);
 /// A caption in which the letter that presses the button is marked, as the system has it.
 [[nodiscard]] std::wstring MarkedCaption(std::string_view utf8, std::string_view mnemonic);
 

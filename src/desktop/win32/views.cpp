@@ -1,7 +1,9 @@
 #include "desktop/win32/views.h"
 
 #include <commctrl.h>
+#include <uxtheme.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -19,6 +21,17 @@ Colour Shaded(const Colour& colour, int percent) {
         return static_cast<std::uint8_t>(part * percent / 100);
     };
     return {shade(colour.red), shade(colour.green), shade(colour.blue)};
+}
+
+int LineHeight(HWND window) {
+    const HDC canvas = ::GetDC(window);
+    const HGDIOBJ old =
+        ::SelectObject(canvas, reinterpret_cast<HFONT>(::SendMessageW(window, WM_GETFONT, 0, 0)));
+    TEXTMETRICW metrics{};
+    ::GetTextMetricsW(canvas, &metrics);
+    ::SelectObject(canvas, old);
+    ::ReleaseDC(window, canvas);
+    return metrics.tmHeight;
 }
 
 }  // namespace
@@ -61,7 +74,8 @@ void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
     } else if (mouseIsOver_) {
         background = Shaded(background, kHoverShade);
     }
-    const int line = static_cast<int>(::GetDpiForWindow(state.hwndItem)) / USER_DEFAULT_SCREEN_DPI;
+    const bool ringed = focused && (state.itemState & ODS_NOFOCUSRECT) == 0;
+    const int line = LineWidth(window_.DotsPerInch()) * (ringed ? kFocusLines : 1);
     const OwnedBrush corners(::CreateSolidBrush(palette.background));
     const OwnedBrush face(
         ::CreateSolidBrush(palette.highContrast ? ::GetSysColor(COLOR_BTNFACE) : ColourOf(background)));
@@ -77,10 +91,6 @@ void ButtonView::Draw(const DRAWITEMSTRUCT& state) const {
     const COLORREF text = palette.highContrast ? ::GetSysColor(COLOR_BTNTEXT) : palette.text;
     ::SetTextColor(state.hDC, enabled ? text : palette.dimmed);
     DrawCentred(state.hDC, Caption(), state.rcItem, (state.itemState & ODS_NOACCEL) != 0 ? DT_HIDEPREFIX : 0);
-    if (!focused) return;
-    RECT inside = state.rcItem;
-    ::InflateRect(&inside, -3 * line, -3 * line);
-    ::DrawFocusRect(state.hDC, &inside);
 }
 
 // The system tells a button drawn by its owner of everything but the mouse above it.
@@ -97,19 +107,21 @@ LRESULT CALLBACK ButtonView::FollowMouse(HWND window, UINT message, WPARAM wPara
     return ::DefSubclassProc(window, message, wParam, lParam);
 }
 
+// A field of the system's, since text in there can be selected; but it takes no key and has no caret.
 LabelView::LabelView(FormParts& parts, const ControlLayout& layout, Label& label)
-    : label_(label), window_(parts, layout, WC_STATICW, SS_OWNERDRAW | SS_NOTIFY) {
+    : label_(label), window_(parts, layout, WC_EDITW, ES_MULTILINE | ES_READONLY | ES_CENTER) {
     parts.refuge = window_.Handle();
     parts.accessibility.MakeLiveRegion(window_.Handle());
+    ::SetWindowSubclass(window_.Handle(), LeaveKeys, 0, 0);
     label.Observe([this] { Follow(); });
     Follow();
 }
 
 void LabelView::Follow() {
-    const std::wstring text = ShownLines(label_.Caption());
-    window_.SetText(text);
     window_.Show(label_.Visible());
-    ::InvalidateRect(window_.Handle(), nullptr, FALSE);
+    const std::wstring text = ShownLines(label_.Caption());
+    if (text == std::exchange(shown_, text)) return;
+    Scale(window_.DotsPerInch());
     const FormParts& parts = window_.Parts();
     // Its text is what a screen reader speaks; without one it still has to be called something.
     const std::wstring name = text.empty() ? platform::Wide(window_.Layout().name.In(parts.language)) : text;
@@ -117,20 +129,41 @@ void LabelView::Follow() {
     if (!text.empty()) Accessibility::Announce(window_.Handle());
 }
 
-void LabelView::Draw(const DRAWITEMSTRUCT& state) const {
-    const Palette palette = Palette::Current();
-    const OwnedBrush face(::CreateSolidBrush(palette.background));
-    ::FillRect(state.hDC, &state.rcItem, face.get());
-    ::SetBkMode(state.hDC, TRANSPARENT);
-    ::SetTextColor(state.hDC, palette.text);
-    DrawCentred(state.hDC, ShownLines(label_.Caption()), state.rcItem, DT_NOPREFIX);
+// The system puts the lines to the top: the room that they get begins further down.
+void LabelView::Scale(int dotsPerInch) {
+    window_.SetText(WithReturns(shown_));
+    if (dotsPerInch == 0) return;
+    window_.Scale(dotsPerInch, shown_);
+    RECT room{};
+    ::GetClientRect(window_.Handle(), &room);
+    ::SendMessageW(window_.Handle(), EM_SETRECT, 0, reinterpret_cast<LPARAM>(&room));
+    const LRESULT lines = ::SendMessageW(window_.Handle(), EM_GETLINECOUNT, 0, 0);
+    room.top += std::max(room.bottom - static_cast<LONG>(lines) * LineHeight(window_.Handle()), LONG{0}) / 2;
+    ::SendMessageW(window_.Handle(), EM_SETRECT, 0, reinterpret_cast<LPARAM>(&room));
+}
+
+std::wstring LabelView::Selection() const {
+    const std::wstring text = WithReturns(shown_);
+    DWORD begin = 0;
+    DWORD end = 0;
+    ::SendMessageW(window_.Handle(), EM_GETSEL, reinterpret_cast<WPARAM>(&begin),
+                   reinterpret_cast<LPARAM>(&end));
+    return begin < end && end <= text.size() ? text.substr(begin, end - begin) : std::wstring();
+}
+
+LRESULT CALLBACK LabelView::LeaveKeys(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                                      DWORD_PTR) {
+    if (message == WM_GETDLGCODE || message == WM_CHAR) return 0;
+    const LRESULT result = ::DefSubclassProc(window, message, wParam, lParam);
+    if (message == WM_SETFOCUS) ::HideCaret(window);
+    return result;
 }
 
 ItemsView::ItemsView(FormParts& parts, const ControlLayout& layout, ListView& list)
     : list_(list),
       window_(parts, layout, WC_LISTBOXW,
-              WS_TABSTOP | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT) {
-    ::SetWindowSubclass(window_.Handle(), DrawBorder, 0, 0);
+              WS_TABSTOP | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT) {
+    window_.DrawBorder(true);
     window_.Show(true);
     list.Observe([this] { Follow(); });
     Follow();
@@ -142,26 +175,6 @@ void ItemsView::Follow() {
         const std::wstring text = ShownLines(each);
         ::SendMessageW(window_.Handle(), LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
     }
-}
-
-// The border of the system's theme is too faint, and an empty list shows its focus nowhere else.
-LRESULT CALLBACK ItemsView::DrawBorder(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
-                                       DWORD_PTR) {
-    if (message == WM_NCPAINT) {
-        const Palette palette = Palette::Current();
-        RECT frame{};
-        ::GetWindowRect(window, &frame);
-        ::OffsetRect(&frame, -frame.left, -frame.top);
-        const OwnedBrush ink(::CreateSolidBrush(::GetFocus() == window ? palette.focused : palette.border));
-        const HDC canvas = ::GetWindowDC(window);
-        ::FrameRect(canvas, &frame, ink.get());
-        ::ReleaseDC(window, canvas);
-        return 0;
-    }
-    const LRESULT result = ::DefSubclassProc(window, message, wParam, lParam);
-    if (message == WM_SETFOCUS || message == WM_KILLFOCUS)
-        ::RedrawWindow(window, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);
-    return result;
 }
 
 void ItemsView::Scale(int dotsPerInch) {
@@ -186,18 +199,23 @@ void ItemsView::Draw(const DRAWITEMSTRUCT& state) const {
     ::FillRect(state.hDC, &state.rcItem, face.get());
     ::SetBkMode(state.hDC, TRANSPARENT);
     ::SetTextColor(state.hDC, palette.text);
-    RECT inside = state.rcItem;
-    ::InflateRect(&inside, -3, -1);
-    DrawCentred(state.hDC, ItemText(state.itemID), inside, DT_NOPREFIX);
-    if ((state.itemState & ODS_FOCUS) != 0 && (state.itemState & ODS_NOFOCUSRECT) == 0) {
-        ::DrawFocusRect(state.hDC, &state.rcItem);
-    }
+    DrawCentred(state.hDC, ItemText(state.itemID), state.rcItem, DT_NOPREFIX);
 }
 
 BarView::BarView(FormParts& parts, const ControlLayout& layout, ProgressBar& bar,
                  std::function<void(std::optional<int>)> progress)
     : bar_(bar), window_(parts, layout, PROGRESS_CLASSW, PBS_SMOOTH), progress_(std::move(progress)) {
+    // A theme would have a bar of its own colours, in a trough that can hardly be seen.
+    ::SetWindowTheme(window_.Handle(), L" ", L" ");
+    window_.DrawBorder(false);
+    TakeColours();
     bar.Observe([this] { Follow(); });
+}
+
+void BarView::TakeColours() {
+    const Palette palette = Palette::Current();
+    ::SendMessageW(window_.Handle(), PBM_SETBARCOLOR, 0, static_cast<LPARAM>(palette.focused));
+    ::SendMessageW(window_.Handle(), PBM_SETBKCOLOR, 0, static_cast<LPARAM>(palette.background));
 }
 
 // Each move of the bar is an event to a screen reader: there is one a percent at the most.

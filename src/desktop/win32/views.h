@@ -51,20 +51,26 @@ class ButtonView {
     bool dimmed_ = false;
 };
 
-/// A status line: as many lines as fit, wrapped. Screen readers speak each text.
+/// A status line, wrapped, in type that lets it fit. Screen readers speak each text; it can be selected by
+/// mouse.
 class LabelView {
   public:
     LabelView(FormParts& parts, const ControlLayout& layout, Label& label);
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
-    void Scale(int dotsPerInch) { window_.Scale(dotsPerInch); }
-    void Draw(const DRAWITEMSTRUCT& state) const;
+    void Scale(int dotsPerInch);
+
+    /// What is selected; empty for nothing.
+    [[nodiscard]] std::wstring Selection() const;
 
   private:
     void Follow();
+    static LRESULT CALLBACK LeaveKeys(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                      DWORD_PTR);
 
     Label& label_;
     ControlWindow window_;
+    std::wstring shown_;
 };
 
 /// A list. An item that does not fit is cut short; the tool tip has it whole.
@@ -79,8 +85,6 @@ class ItemsView {
   private:
     void Follow();
     [[nodiscard]] std::wstring ItemText(UINT index) const;
-    static LRESULT CALLBACK DrawBorder(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
-                                       DWORD_PTR);
 
     ListView& list_;
     ControlWindow window_;
@@ -94,6 +98,9 @@ class BarView {
 
     [[nodiscard]] ControlWindow& Window() { return window_; }
     void Scale(int dotsPerInch) { window_.Scale(dotsPerInch); }
+
+    /// Those of the palette, which may have changed.
+    void TakeColours();
 
   private:
     void Follow();
