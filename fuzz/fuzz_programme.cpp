@@ -11,7 +11,7 @@ std::array<std::optional<std::array<std::string, 3>>, kColumns> Open(const std::
     test::FakeClock clock;
     test::FakeDesktop desktop;
     test::FakeFiles files;
-    test::ScriptedHidHost host;
+    simulator::SimulatedHidHost host({}, clock);
     files.contents["p"] = text;
     FormWeb form({host, desktop, files, clock, platform::HidBackEnd::simulation});
     form.DropFile("p");

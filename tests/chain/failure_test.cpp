@@ -4,6 +4,8 @@
 
 #include "chain/bench.h"
 #include "panel/message_table.h"
+#include "protocol/transmitter_kinds.h"
+#include "protocol/wait_for_remote.h"
 
 namespace vento::test {
 namespace {
@@ -56,6 +58,7 @@ TEST(Failure, EachStepHasItsCode) {
         {"gone during the wait", {{kWait, 30000, gone}}, 3},
         {"version refused", {At(kAfterWait, refused)}, 12},
         {"version not asked for", {At(kAfterWait, fault::WriteFails{})}, 12},
+        {"version with another echo", {At(kAfterWait, wrong)}, 12},
         {"count refused", {At(kAfterWait + 1, refused)}, 6},
         {"table lost", {At(kAfterWait + 2, lost)}, 5},
         {"an announcement refused, its section written", {At(kSection + 1, refused)}, 0, 240},
@@ -63,14 +66,21 @@ TEST(Failure, EachStepHasItsCode) {
         {"a block's checksum wrong", {At(kBlock, wrong)}, 0, 224},
         {"every transfer fails", {At(kBlock, wrong), At(kBlock + 5, wrong), At(kBlock + 10, wrong)}, 0, 128},
         {"the last announcement and its transfer refused", {{kLast, kLast + 1, refused}}, 3},
+        {"its value and its transfer refused", {{kLast + 1, kLast + 2, refused}}, 3},
         {"verification not opened", {At(kSection + 8, refused)}, 18},
         {"verification's checksum wrong", {At(kSection + 9, wrong)}, 18},
         {"closing flags lost", {At(kClosing, lost)}, 0},
         {"first activation refused, second good", {At(kActivate + 2, refused)}, 0},
         {"activation refused twice", {At(kActivate + 2, refused), At(kAgain, lost)}, 19},
+        {"activation with another echo", {At(kActivate + 2, wrong), At(kAgain, wrong)}, 19},
+        {"its echo with a bit of the remote's own",
+         {At(kActivate + 2, fault::Flip{1, 4}), At(kAgain, lost)},
+         0},
+        {"its state not asked for", {At(kActivate, fault::WriteFails{}), At(kActivate + 1 + 10, wrong)}, 19},
         {"not released at last", {At(kActivate + 2, refused), At(kAgain + 3, refused)}, 11},
         {"read: version", {At(kAfterWait, refused)}, 12, 0, true},
         {"read: flags", {At(kAfterWait + 2, refused)}, 21, 0, true},
+        {"read: flags not asked for", {At(kAfterWait + 1, wrong)}, 21, 0, true},
         {"read: not seen a second time", {{kAfterWait + 4, 40000, refused}}, 3, 0, true},
         {"read: count", {At(kCodes, refused)}, 6, 0, true},
         {"read: table", {At(kCodes + 1, refused)}, 5, 0, true},
@@ -89,6 +99,7 @@ gone before the timing: The transmitter was gone before it could take the link t
 gone during the wait: No remote answered 10 polls in a row; at the last poll no transmitter was found.
 version refused: The remote's version could not be read: the reply had status 1 and first byte 6.
 version not asked for: The remote's version could not be read: the transmitter did not take the report.
+version with another echo: The remote's version could not be read: the reply had status 0 and first byte 70.
 count refused: The section count could not be read: the reply had status 1 and first byte 4.
 table lost: The section offsets could not be read: no reply came.
 a transfer refused: TV: not written: Block 1: The remote refused another block: the reply had status 1 and first byte 1.
@@ -97,13 +108,17 @@ every transfer fails: TV: not written: Block 1: checksum 108 was expected, but t
 DTT: not written: Block 1: checksum 28 was expected, but the reply had status 0 and first byte 92.
 SAT: not written: Block 1: checksum 204 was expected, but the reply had status 0 and first byte 140.
 the last announcement and its transfer refused: The remote did not acknowledge its section flags: the reply had status 1 and first byte 7.
+its value and its transfer refused: The remote did not acknowledge its section flags: the reply had status 1 and first byte 72.
 verification not opened: TV: Verification failed: The remote refused to be verified: the reply had status 1 and first byte 2.
 verification's checksum wrong: TV: Verification failed: checksum 245 was expected, but the reply had status 0 and first byte 181.
 closing flags lost: The remote did not acknowledge the end of programming.
 activation refused twice: The first section could not be activated: no reply came.
+activation with another echo: The first section could not be activated: the reply had status 0 and first byte 72.
+its state not asked for: The first section could not be activated: the reply had status 0 and first byte 72.
 not released at last: The remote did not acknowledge the end of the conversation: the reply had status 1 and first byte 0.
 read: version: The remote's version could not be read: the reply had status 1 and first byte 6.
 read: flags: The section flags could not be read: the reply had status 1 and first byte 5.
+read: flags not asked for: The section flags could not be read: the reply had status 0 and first byte 72.
 read: not seen a second time: No remote answered 10 polls in a row; at the last poll the reply had status 1 and first byte 165.
 read: count: The section count could not be read: the reply had status 1 and first byte 4.
 read: table: The section offsets could not be read: the reply had status 1 and first byte 5.
@@ -153,6 +168,50 @@ TEST(Failure, ALostReplyIsNoChecksumOfZero) {
         Workbench bench(With({At(cycle, fault::Unplugged{})}, {0}), Line(1, "L", "1") + Line(1, "L", byte));
         EXPECT_NE(ExpectRun(bench, false, code, byte), "");
     }
+}
+
+// Poll by poll, with a yield behind each and one before them.
+TEST(Wait, CountsTriesOfTenPollsAndGivesUpAfterThreeMinutesOfSilence) {
+    constexpr std::uint32_t kEver = 99999;
+    const fault::Status refused{1};
+    struct Case {
+        const char* name;
+        std::uint16_t vendorId;
+        Fault fault;
+        std::size_t polls;
+        int code;
+        int secondsPerYield = 0;
+    };
+    const std::vector<Case> cases{
+        {"a broken run", 1240, At(kWait + 9, refused), 20, 0},
+        {"tenth good poll in the last try", 11025, {kWait, kWait + 9998, refused}, 10009, 0},
+        {"never there, first kind", 1240, {kWait, kEver, refused}, 20000, 3},
+        {"never there, second kind", 11025, {kWait, kEver, refused}, 10000, 3},
+        {"silent", 11025, {kWait, kEver, fault::ReadFails{}}, 180, 3, 1},
+        {"not silent, however long it takes", 11025, {kWait, kEver, refused}, 10000, 3, 1}};
+    for (const Case& c : cases) {
+        Scenario scenario = With({c.fault});
+        scenario.interfaces = {{c.vendorId, 1, true}};
+        Workbench bench(scenario, Programme(1, 1));
+        int yieldsInWait = 0;
+        bench.desktop.onYield = [&](int) {
+            yieldsInWait += bench.form.Command6(3).Enabled() ? 1 : 0;
+            bench.clock.now += std::chrono::seconds(c.secondsPerYield);
+        };
+        EXPECT_EQ(ExpectRun(bench, false, c.code, c.name).empty(), c.code == 0);
+        const auto isPoll = [](const Bytes& frame) { return frame.size() == 7 && frame[5] == 165; };
+        EXPECT_EQ(std::ranges::count_if(bench.host.frames, isPoll), c.polls) << c.name;
+        EXPECT_EQ(yieldsInWait, c.polls + (c.code == 0 ? 2 : 1)) << c.name;
+    }
+    Workbench bench(With({{1, kEver, refused}}));
+    FormWeb& form = bench.form;
+    Link link(bench.host, IsTransmitter);
+    link.linkFactor = 0;
+    const auto yield = [] {};
+    EXPECT_TRUE(
+        WaitForRemote({form.Label1, form.Command6(3), form.ProgressBar1, "", bench.clock, yield}, link)
+            .Failed());
+    EXPECT_EQ(bench.host.cycles, 200) << "a transmitter without a LinkFactor";
 }
 
 // Every kind of fault in every cycle of a run of three columns.

@@ -105,8 +105,9 @@ TEST(ReadBack, ShowsWhatThereIs) {
         cases{
             {1, {1, 2, 3}, {}, "TV \r\nDTT \r\nSAT \r\n"},
             {15, {1, 2}, {}, "TV \r\nDTT \r\n"},
-            {0xF0, {1, 2, 3}, {}, done},                                         // can't be read back
-            {1, {1, 2, 3}, {{17, 17, refused}}, done},                           // first release refused
+            {0xF0, {1, 2, 3}, {}, done},                          // can't be read back
+            {1, {1, 2, 3}, {{17, 17, refused}}, done},            // first release refused
+            {1, {1}, {{35, 35, fault::ReadFails{}}}, "TV \r\n"},  // last release lost, and zeros are right
             {1, {1, 2, 3}, {{35, 35, fault::WriteFails{}}}, "TV \r\nSAT \r\n"},  // a section not read
         };
     for (const auto& [version, sections, faults, text] : cases) {

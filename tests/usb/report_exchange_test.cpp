@@ -12,13 +12,58 @@ namespace {
 using platform::HidIdentity;
 using platform::OpenOutcome;
 using test::Bytes;
-using test::ScriptedHidHost;
 
 Bytes Counting(std::size_t size) {
     Bytes bytes(size);
     std::iota(bytes.begin(), bytes.end(), std::uint8_t{1});
     return bytes;
 }
+
+/// HID interfaces of which one is opened at the most. Keeps what crossed the link.
+class ScriptedHidHost : public platform::HidHost {
+  public:
+    struct Interface {
+        HidIdentity identity{1240, 63};
+        OpenOutcome outcome = OpenOutcome::opened;
+    };
+    std::vector<Interface> interfaces = std::vector<Interface>(1);
+    std::size_t replies = 0;                  // reports that can be read, each counting from 1
+    std::optional<std::size_t> failingWrite;  // from 0
+    std::vector<platform::Report> reports;    // all that were written
+    std::string calls;  // "o" for an open, "w" write, "r" read, "a" cancel, "c" close, "?" for a wrong handle
+
+    void Search(const std::function<bool(std::string_view path)>& visit) override {
+        for (std::size_t i = 0; i < interfaces.size(); ++i) {
+            if (!visit(std::to_string(i))) return;
+        }
+    }
+    platform::OpenAnswer Open(std::string_view path, platform::Wanted wanted) override {
+        const auto [identity, outcome] = interfaces.at(std::stoul(std::string(path)));
+        if (!wanted(identity)) return {OpenOutcome::foreign, identity};
+        if (outcome == OpenOutcome::opened) calls += 'o';
+        return {outcome, identity, kHandle};
+    }
+    platform::ReportTransfer Write(platform::HidHandle device, const platform::Report& report) override {
+        Note('w', device);
+        if (failingWrite == reports.size()) return {};
+        reports.push_back(report);
+        return {.whole = true, .error = 0, .bytes = report.size()};
+    }
+    platform::ReportTransfer Read(platform::HidHandle device, platform::Report& report) override {
+        Note('r', device);
+        if (replies == 0) return {};
+        --replies;
+        report.fill(0);
+        std::ranges::copy(Counting(platform::kReportPayload), report.begin() + 1);
+        return {.whole = true, .error = 0, .bytes = platform::kReportPayload};
+    }
+    void Cancel(platform::HidHandle device) override { Note('a', device); }
+    void Close(platform::HidHandle device) override { Note('c', device); }
+
+  private:
+    static constexpr platform::HidHandle kHandle = 7;
+    void Note(char call, platform::HidHandle device) { calls += device == kHandle ? call : '?'; }
+};
 
 bool IsTransmitter(HidIdentity identity) {
     return identity.vendorId == 1240 || identity.vendorId == 11025;
@@ -43,7 +88,7 @@ TEST(ReportExchange, CutsFramesIntoReportsThatKeepTheStaleTailAndLeavesZerosWher
         ScriptedHidHost host;
         if (c.calls.empty()) host.interfaces.clear();
         host.failingWrite = c.failingWrite;
-        host.answer = [&](const Bytes&) { return std::deque<Bytes>(c.replies, Counting(64)); };
+        host.replies = c.replies;
         const Bytes frame = Counting(c.size);
         Bytes reply(c.wanted, 99);
         Link link(host, IsTransmitter);
