@@ -16,23 +16,6 @@ KeyArray Key(std::size_t rows, std::int64_t element) {
     return {rows, std::array{element, element}};
 }
 
-TEST(Encode, GivesTheseContainers) {
-    const std::vector<std::tuple<std::string, std::string, std::vector<int>>> cases = {
-        {"", "4D 41 30 0D", {}},
-        {"aaaa", "4D 41 30 0D 61 61 61 61", {}},
-        {"ab", "4D 41 33 0D 03 02 00 00 00 02 00 61 01 62 01 02 02", {7, 12, 100}},
-        {"abracadabra",
-         "4D 41 33 0D 66 0B 00 00 00 05 00 61 01 62 03 63 03 64 03 72 03 BA 07 1A 73 0D",
-         {7, 12, 100}}};
-    for (const auto& [source, container, events] : cases) {
-        const Outcome outcome = EncodeWithClass(FromText(source));
-        EXPECT_EQ(outcome.bytes, FromHex(container)) << source;
-        EXPECT_EQ(outcome.events, events) << source;
-        EXPECT_EQ(DecodeWithClass(outcome.bytes).bytes, FromText(source));
-    }
-    EXPECT_EQ(EncodeWithClass(Bytes(5000, 7)).events, std::vector({1, 3, 4, 6}));
-}
-
 TEST(Decode, TakesOrRefusesTheseContainers) {
     const std::vector<std::tuple<const char*, Bytes, std::string, std::string>> cases = {
         {"foreign", FromText("MA2x and more"), "MA2x and more", ""},

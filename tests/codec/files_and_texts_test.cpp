@@ -38,33 +38,28 @@ TEST_F(CodecFiles, GoThereAndBackInPlaceAndReplaceWhatIsLonger) {
 }
 
 TEST_F(CodecFiles, AreLeftAloneByAnError) {
+    const auto source = folder.Write("source", "ab");
     const auto dest = folder.Write("dest", "precious");
+    const std::string cut = dest + std::string("\0.bak", 5);
+    std::filesystem::create_directory(folder / "empty");
+    for (const std::string& nowhere : {folder.Path("empty"), folder.Path("no/such/folder"), cut})
+        EXPECT_THROW(codec.EncodeFile(source, nowhere), std::filesystem::filesystem_error) << nowhere;
+    EXPECT_TRUE(is_directory(folder / "empty"));
+    for (const std::string& missing : {folder.Path("missing"), cut}) {
+        EXPECT_THROW(codec.DecodeFile(missing, decoded, dest), std::filesystem::filesystem_error);
+        try {
+            codec.EncodeFile(missing, dest);
+            FAIL();
+        } catch (const RaisedError& error) {
+            EXPECT_EQ(error.Number(), 2147745792U);
+            EXPECT_EQ(error.Source() + error.Description(),
+                      "clsHuffman.EncodeFile()Source file does not exist");
+        }
+    }
     EXPECT_THROW(codec.DecodeFile(folder.Write("broken", "MA1\r"), decoded, dest), RaisedError);
     EXPECT_EQ(Utf8FromWindows1252(decoded), "MA1\r");
-    const auto missing = folder.Path("missing");
-    try {
-        codec.EncodeFile(missing, dest);
-        FAIL();
-    } catch (const RaisedError& error) {
-        EXPECT_EQ(error.Number(), 2147745792U);
-        EXPECT_EQ(error.Source() + error.Description(), "clsHuffman.EncodeFile()Source file does not exist");
-    }
-    EXPECT_THROW(codec.DecodeFile(missing, decoded, dest), std::filesystem::filesystem_error);
-    EXPECT_THROW(codec.EncodeFile(dest, folder.Path("no/such/folder")), std::filesystem::filesystem_error);
     codec.Progress = [](std::int16_t&) { throw std::runtime_error("enough"); };
-    EXPECT_THROW(codec.EncodeFile(folder.Write("source", "ab"), dest), std::runtime_error);
-    EXPECT_EQ(folder.Read("dest"), "precious");
-}
-
-TEST_F(CodecFiles, ReplaceNothingButFiles) {
-    const auto source = folder.Write("source", "abracadabra");
-    std::filesystem::create_directory(folder / "empty");
-    const std::string cut = folder.Write("dest", "precious") + std::string("\0.bak", 5);
-    for (const std::string& dest : {folder.Path("empty"), cut})
-        EXPECT_THROW(codec.EncodeFile(source, dest), std::filesystem::filesystem_error) << dest;
-    EXPECT_THROW(codec.DecodeFile(cut, decoded), std::filesystem::filesystem_error);
-    EXPECT_THROW(codec.EncodeFile(cut, source), RaisedError);
-    EXPECT_TRUE(is_directory(folder / "empty"));
+    EXPECT_THROW(codec.EncodeFile(source, dest), std::runtime_error);
     EXPECT_EQ(folder.Read("dest"), "precious");
 }
 
@@ -126,39 +121,20 @@ TEST_F(CodecFiles, AreCodedWhateverTheHandlerDoes) {
     EXPECT_THROW(static_cast<void>(codec.EncodeString(std::string(5000, 'a') + "b", &key)), RangeError);
 }
 
-TEST(Bytes, NeedTheRoomThatTheyTake) {
-    const clsHuffman codec;
-    const std::vector<std::uint8_t> source = {'a', 'b', 'r', 'a', 'c', 'a', 'd', 'a', 'b', 'r', 'a'};
-    std::vector<std::uint8_t> room(26, 7);
-    EXPECT_THROW(codec.EncodeBytes(source, std::span(room).first(25)), RangeError);
-    EXPECT_EQ(room, std::vector<std::uint8_t>(26, 7));
-    EXPECT_EQ(codec.EncodeBytes(source, room), 26U);
-    std::vector<std::uint8_t> back(11);
-    EXPECT_THROW(codec.DecodeBytes(room, std::span(back).first(10)), RangeError);
-    EXPECT_EQ(codec.DecodeBytes(room, back).size, 11U);
-    EXPECT_EQ(back, source);
-
-    EXPECT_EQ(clsHuffman::Info(source).form, Form::foreign);
-    const std::vector<std::uint8_t> stored = {'M', 'A', '0', '\r', 'a'};
-    EXPECT_EQ(clsHuffman::Info(stored).sourceLength, 1U);
-    EXPECT_EQ(
-        std::vector({clsHuffman::DecodeBound(source), clsHuffman::DecodeBound(stored),
-                     clsHuffman::DecodeBound(room), clsHuffman::DecodeBound(std::span(room).first(9)),
-                     clsHuffman::EncodeBound(0), clsHuffman::EncodeBound(2), clsHuffman::EncodeBound(300)}),
-        std::vector<std::size_t>({11, 1, 11, 11, 35, 42, 2415}));
-    KeyArray key(20, {1, 2});
-    const auto keyed = codec.EncodeBytes(source, &key);
-    EXPECT_EQ(clsHuffman::Info(keyed, &key).dataOffset, 47U);
-    EXPECT_EQ(codec.DecodeBytes(keyed, &key).bytes, source);
-}
-
 TEST(FunctionsForC, TellWhatTheClassTellsAndHowACallHasEnded) {
     const std::string source = "abracadabra";
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(source.data());
-    std::vector<std::uint8_t> room(26);
+    std::vector<std::uint8_t> room(26, 7);
     std::vector<std::uint8_t> back(11);
     std::size_t size = 0;
+    vento_codec_error error;
+    EXPECT_EQ(vento_codec_encode(bytes, 11, room.data(), 25, &size, nullptr, &error), VENTO_CODEC_RANGE);
+    EXPECT_STREQ(error.description, "The container takes 26 bytes, and there is room for 25");
+    EXPECT_EQ(room, std::vector<std::uint8_t>(26, 7));
     EXPECT_EQ(vento_codec_encode(bytes, 11, room.data(), 26, &size, nullptr, nullptr), VENTO_CODEC_OK);
+    EXPECT_EQ(vento_codec_decode(room.data(), 26, back.data(), 10, &size, nullptr, nullptr, &error),
+              VENTO_CODEC_RANGE);
+    EXPECT_STREQ(error.description, "What is decoded takes more than the 10 bytes that there is room for");
     for (const int isSource : {0, 1}) {
         int uncoded = 7;
         EXPECT_EQ(vento_codec_decode(isSource ? bytes : room.data(), isSource ? 11 : 26, back.data(), 11,
@@ -167,34 +143,31 @@ TEST(FunctionsForC, TellWhatTheClassTellsAndHowACallHasEnded) {
         EXPECT_EQ(std::string(back.begin(), back.end()), source);
         EXPECT_EQ(uncoded, isSource);
     }
-    vento_codec_info info;
-    EXPECT_EQ(vento_codec_read_info(room.data(), 26, nullptr, &info, nullptr), VENTO_CODEC_OK);
-    EXPECT_EQ(clsHuffman::Info(room).containerSize, 26U);
-    EXPECT_EQ(std::vector<std::uint64_t>({info.form, info.source_length, info.data_offset, info.symbols,
-                                          info.shortest_code, info.longest_code, info.checksum}),
-              std::vector<std::uint64_t>({VENTO_CODEC_CODED, 11, 23, 5, 1, 3, 0x66}));
+    EXPECT_EQ(vento_codec_encode_bound(300), 2415U);
+    EXPECT_EQ(vento_codec_decode_bound(bytes, std::size_t{1} << 31, &size, &error), VENTO_CODEC_OVERFLOW);
+    EXPECT_STREQ(error.description, "The data are 2147483648 bytes long, and 2147483647 is the most");
 
     std::vector<std::int64_t> key(40, 1);
     const auto stop = [](void* told, std::int16_t percent) { return *static_cast<int*>(told) = percent; };
     int told = 0;
     const vento_codec_options options = {key.data(), 20, stop, &told};
-    vento_codec_error error;
     EXPECT_EQ(vento_codec_encode(bytes, 11, room.data(), 26, &size, &options, &error), VENTO_CODEC_STOPPED);
     EXPECT_EQ(told, 7);
     EXPECT_STREQ(error.description, vento_codec_status_text(VENTO_CODEC_STOPPED));
-    EXPECT_EQ(vento_codec_encode(bytes, 11, room.data(), 25, &size, nullptr, &error), VENTO_CODEC_RANGE);
-    EXPECT_STREQ(error.description, "The container takes 26 bytes, and there is room for 25");
-    EXPECT_EQ(vento_codec_decode(room.data(), 26, back.data(), 10, &size, nullptr, nullptr, &error),
-              VENTO_CODEC_RANGE);
-    EXPECT_STREQ(error.description, "What is decoded takes more than the 10 bytes that there is room for");
-    EXPECT_EQ(vento_codec_decode_bound(bytes, std::size_t{1} << 31, &size, &error), VENTO_CODEC_OVERFLOW);
-    EXPECT_STREQ(error.description, "The data are 2147483648 bytes long, and 2147483647 is the most");
+    const KeyArray rows(20, {1, 1});
+    const auto keyed = clsHuffman().EncodeBytes({bytes, 11}, &rows);
+    vento_codec_info info;
+    EXPECT_EQ(vento_codec_read_info(keyed.data(), keyed.size(), &options, &info, nullptr), VENTO_CODEC_OK);
+    EXPECT_EQ(std::vector<std::uint64_t>({info.form, info.source_length, info.data_offset, info.symbols,
+                                          info.shortest_code, info.longest_code, info.checksum}),
+              std::vector<std::uint64_t>({VENTO_CODEC_CODED, 11, 47, 5, 1, 3, 0x66}));
 }
 
 TEST_F(CodecFiles, CostNoMoreThanTheirDataCanGive) {
     const std::string claims("MA3\r\0\xFF\xFF\xFF\x7F\2\0a\1b\1\2ff", 18);  // 2147483647 bytes
     EXPECT_FALSE(codec.DecodeFile(folder.Write("claims", claims), decoded));
     EXPECT_EQ(decoded.size(), 16U);
+    EXPECT_EQ(clsHuffman::DecodeBound({reinterpret_cast<const std::uint8_t*>(claims.data()), 18}), 144U);
     EXPECT_LE(decoded.capacity(), 64U);
 }
 
