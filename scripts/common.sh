@@ -68,7 +68,7 @@ need_npm() {
 }
 
 packages_build=(cmake g++ ninja-build libcli11-dev libgcrypt20-dev libsystemd-dev nlohmann-json3-dev)
-packages_test=(fish fiu-utils libfiu-dev libgtest-dev pkgconf python3 zsh)
+packages_test=(fish fiu-utils libfiu-dev libgtest-dev pkgconf python3 python3-pexpect zsh)
 packages_all=(clang clang-format clang-tidy clang-tools libclang-rt-14-dev python3)
 packages_window=(fonts-crosextra-carlito fonts-liberation qt6-base-dev qt6-svg-dev)
 packages_window_test=(appstream at-spi2-core dbus-daemon desktop-file-utils gir1.2-atspi-2.0 openbox python3-gi

@@ -4,7 +4,6 @@ import os
 import random
 import resource
 import subprocess
-import unittest
 
 from ventoctl import ConsoleTest
 

@@ -5,7 +5,6 @@ import os
 import pathlib
 import stat
 import subprocess
-import unittest
 
 from ventoctl import COMMAND, ConsoleTest
 

@@ -1,11 +1,10 @@
 """What each shell offers behind a beginning, with the script that the console program prints for it."""
 
-import os
-import pty
-import select
 import shutil
 import subprocess
 import unittest
+
+import pexpect
 
 from ventoctl import COMMAND, PLAIN_ENVIRONMENT, ConsoleTest
 
@@ -60,23 +59,15 @@ class Completion(ConsoleTest):
 
     @unittest.skipUnless(shutil.which("zsh"), "no zsh")
     def test_zsh(self):
-        master, slave = pty.openpty()
-        self.addCleanup(os.close, master)
-        shell = subprocess.Popen(
-            ["zsh", "-f", "-i"], cwd=self.folder, stdin=slave, stdout=slave, stderr=slave, start_new_session=True,
-            env={**PLAIN_ENVIRONMENT, "TERM": "xterm", "COLUMNS": "200", "ZDOTDIR": str(self.folder)},
+        shell = pexpect.spawn(
+            "zsh", ["-f", "-i"], cwd=self.folder, dimensions=(24, 200), env={**PLAIN_ENVIRONMENT, "ZDOTDIR": str(self.folder)},
         )  # fmt: skip
-        os.close(slave)
-        self.addCleanup(shell.wait)
-        self.addCleanup(shell.kill)
+        self.addCleanup(shell.close, force=True)
 
         def type_in(text, until):
-            os.write(master, text.encode())
-            seen = b""
-            while until not in seen:
-                self.assertTrue(select.select([master], [], [], 20)[0], (text, until, seen))
-                seen += os.read(master, 65536)
-            return seen
+            shell.buffer = b""  # what is left of the answer before
+            shell.send(text)
+            shell.expect_exact(until)
 
         type_in("PS1='>>'; unset zle_bracketed_paste\n", b">>\x1b")
         type_in("autoload -Uz compinit && compinit -u -D && . ./zsh.it && echo rea''dy\n", b"ready")

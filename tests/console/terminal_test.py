@@ -1,67 +1,43 @@
 """The console program at a terminal: what it draws, and how it takes Ctrl-C and signals."""
 
-import fcntl
+import io
 import json
 import os
-import pty
 import re
-import select
 import signal
-import struct
-import subprocess
-import termios
-import unittest
 
-from ventoctl import COMMAND, PLAIN_ENVIRONMENT, ConsoleTest, programme
+import pexpect
 
-WAITING = "Posizionare il telecomando di fronte al trasmettitore entro 1 minuto. Sincronizzazione in corso"
-CTRL_C = b"\x03"
+from ventoctl import COMMAND, PLAIN_ENVIRONMENT, WAITING, ConsoleTest, programme
+
+CTRL_C = "\x03"
 ERASURE = re.compile("\r(?:\x1b\\[(\\d+)A)?\x1b\\[J")
 
 
 class Terminal(ConsoleTest):
     def open(self, *arguments, columns=80):
-        """Starts the program at a terminal of its own, its results on a pipe."""
-        self.master, slave = pty.openpty()
-        self.addCleanup(os.close, self.master)
-        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-        self.process = subprocess.Popen(
-            [*COMMAND, *arguments], env=PLAIN_ENVIRONMENT, start_new_session=True,
-            stdin=slave, stdout=subprocess.PIPE, stderr=slave,
-            preexec_fn=lambda: fcntl.ioctl(slave, termios.TIOCSCTTY, 0),
+        """Starts the program at a terminal of its own, its results in a file."""
+        self.child = pexpect.spawn(
+            "sh", ["-c", 'exec "$@" >results', "sh", *COMMAND, *arguments],
+            cwd=self.folder, env=PLAIN_ENVIRONMENT, dimensions=(24, columns), encoding="utf-8",
         )  # fmt: skip
-        os.close(slave)
-        self.addCleanup(self.process.stdout.close)
-        self.addCleanup(self.process.kill)
-        self.raw, self.waited, self.columns = b"", 0, columns
+        self.addCleanup(self.child.close, force=True)
+        self.child.logfile_read, self.columns = io.StringIO(), columns
 
-    def read(self):
-        """Takes in what there is; False at the end of the program."""
-        if not select.select([self.master], [], [], 30)[0]:
-            self.fail(f"nothing is drawn any more\n{self.raw}")
-        try:
-            self.raw += os.read(self.master, 65536)
-        except OSError:  # Linux says so when the other side is closed
-            return False
-        return True
-
-    def wait_for(self, wanted, key=b""):
+    def wait_for(self, wanted, key=""):
         """Waits until the program has drawn this, in one line or more, behind what was waited for before; presses `key`."""
-        while (place := self.raw.replace(b"\r\n", b" ").find(wanted.encode(), self.waited)) < 0:
-            self.assertTrue(self.read(), f"{wanted} was never drawn\n{self.raw}")
-        self.waited = place + len(wanted)
-        os.write(self.master, key)
+        self.child.expect(re.escape(wanted).replace(r"\ ", r"\s+"))
+        self.child.send(key)
 
     def finish(self, status):
         """The results, and all that was drawn: what each erasure took away, and what is left at the end. No line is
         wider than the terminal."""
-        while self.read():
-            pass
-        out = self.process.stdout.read().decode()
-        self.assertEqual(self.process.wait(), status, self.raw)
-        drawn = re.sub("\x1b\\[\\d*m|\a", "", self.raw.decode().replace("^C", ""))
+        self.child.expect(pexpect.EOF)
+        self.raw = self.child.logfile_read.getvalue()
+        self.assertEqual(self.child.wait(), status, self.raw)
+        drawn = re.sub("\x1b\\[\\d*m|\a", "", self.raw.replace("^C", ""))
         self.assertLessEqual(max(map(len, ERASURE.sub("\n", drawn).splitlines() or [""])), self.columns, drawn)
-        return out, ERASURE.split(drawn)
+        return (self.folder / "results").read_text(), ERASURE.split(drawn)
 
     def endless_wait(self):
         return self.simulate(remote=None, reportMicroseconds=1000)
@@ -95,8 +71,8 @@ class Terminal(ConsoleTest):
         for shown in (" 5 %", " 15 %"):
             self.wait_for(shown, CTRL_C)
         self.assertEqual(self.finish(130)[0], "")
-        self.assertEqual(self.raw.decode().count("nulla da annullare"), 1)
-        self.assertEqual(self.raw.decode().count("Interrotto durante la programmazione"), 1)
+        self.assertEqual(self.raw.count("nulla da annullare"), 1)
+        self.assertEqual(self.raw.count("Interrotto durante la programmazione"), 1)
         words = json.loads((self.folder / "image.json").read_text())["memory"]
         self.assertGreater(sum(map(len, words.values())), 1500)
 
@@ -113,12 +89,12 @@ class Terminal(ConsoleTest):
                 self.wait_for(" 35 %", CTRL_C)
             out, _ = self.finish(status)
             self.assertEqual(out, f"Remote 1: good\nEnd of the series: {good} good, 0 bad\n" if good else "")
-            self.assertEqual(self.raw.count(b"\a"), good)
+            self.assertEqual(self.raw.count("\a"), good)
             (line,) = map(json.loads, log.read_text().splitlines())
             self.assertEqual((line["status"], line["complete"]), (status, status == 0))
             cut_off = [column["outcome"]["reason"] == "cut off in its midst." for column in line["columns"]]
             self.assertEqual(sum(cut_off), int(status != 0))
-            self.assertEqual("The series ends" in self.raw.decode(), shown == " 15 %")
+            self.assertEqual("The series ends" in self.raw, shown == " 15 %")
 
     def test_the_time_of_a_wait_is_shown_as_it_passes(self):
         self.open("read", self.endless_wait(), "--language", "eng", columns=20)
@@ -132,7 +108,7 @@ class Terminal(ConsoleTest):
             path = self.file("VENTO-x.qlb", programme())
             self.open("program", path, "--consume", self.endless_wait())
             self.wait_for("Ctrl-C")
-            self.process.send_signal(number)
+            self.child.kill(number)
             out, (*_, left) = self.finish(128 + number)
             self.assertEqual((out, left, os.path.exists(path)), ("", "", False))
 
@@ -143,10 +119,10 @@ class Terminal(ConsoleTest):
         self.wait_for("12 %", CTRL_C)
         out, (*_, left) = self.finish(130)
         self.assertEqual((out, left, (self.folder / "dest").read_bytes()), ("", "", b"precious"))
-        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["dest", "source"])
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["dest", "results", "source"])
 
     def test_another_file_is_overwritten_if_the_operator_agrees(self):
-        for columns, answer, status in ((20, b"n\n", 73), (80, b"\n", 73), (40, CTRL_C, 130), (20, b"y\n", 0)):
+        for columns, answer, status in ((20, "n\n", 73), (80, "\n", 73), (40, CTRL_C, 130), (20, "y\n", 0)):
             source, dest = self.file("source", b"abracadabra"), self.file("dest", b"precious")
             self.open("encode", source, dest, columns=columns)
             self.wait_for("exists. Overwrite it? [y/N] ", answer)

@@ -1,7 +1,6 @@
 """What a trace is good for: told in words, with the first deviation from the protocol, and the same run again."""
 
 import json
-import unittest
 
 from ventoctl import ConsoleTest, programme
 
@@ -21,7 +20,18 @@ class TraceTest(ConsoleTest):
 
 class Explain(TraceTest):
     def test_every_frame_is_told_with_its_arguments_and_its_reply(self):
-        self.record(0, "program", self.file("VENTO-x.qlb", programme(40)), remote={"arrivesAtPoll": 4, "sections": [256, 512]})
+        lines, answer = self.record(
+            0, "program", self.file("VENTO-x.qlb", programme(40)), reportMicroseconds=100,
+            remote={"arrivesAtPoll": 4, "sections": [256, 512]},
+        )  # fmt: skip
+        for line in lines:
+            self.assertRegex(line, r'^{"cycle":\d+,"seconds":\d+\.\d{6},"event":')
+        steps = [json.loads(line) for line in lines]
+        seconds = [step["seconds"] for step in steps]
+        self.assertEqual((seconds[0], seconds, steps[-1]["cycle"]), (0, sorted(seconds), answer["cycles"]))
+        self.assertGreater(seconds[-1], 0.001)
+        poll = [step["report"] for step in steps if step["cycle"] == 9 and "report" in step]
+        self.assertEqual(poll, ["000755010001a501".ljust(130, "0"), "0000a5".ljust(130, "0")])
         out = self.run_console(0, "explain", "trace.jsonl", *EN)[0]
         told = [line.split("  ")[-1] for line in out.splitlines()]
         for wanted in (

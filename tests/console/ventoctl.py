@@ -13,6 +13,7 @@ import unittest
 
 COMMAND = shlex.split(os.environ["VENTOCTL"])
 EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+WAITING = "Posizionare il telecomando di fronte al trasmettitore entro 1 minuto. Sincronizzazione in corso"
 PLAIN_ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8", "TERM": "xterm", "NO_COLOR": ""}
 
 
