@@ -74,7 +74,7 @@ packages_window=(fonts-crosextra-carlito fonts-liberation qt6-base-dev qt6-svg-d
 packages_window_test=(appstream at-spi2-core dbus-daemon desktop-file-utils gir1.2-atspi-2.0 openbox python3-gi
     python3-xlib
     shared-mime-info xvfb)
-packages_vm=(busybox-static cpio dbus-daemon kmod python3 python3-gi qemu-system-x86 udev)
+packages_vm=(busybox-static cpio dbus-daemon kmod python3 python3-gi qemu-system-x86 udev xz-utils)
 packages_debian=(dpkg-dev gzip lintian)
 packages_windows=(fonts-crosextra-carlito fonts-liberation fonts-wine g++-mingw-w64-x86-64-posix googletest icoutils
     libgcrypt-mingw-w64-dev librsvg2-bin nsis openssl osslsigncode python3-xlib wine wine64)
