@@ -3,6 +3,7 @@
 import contextlib
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import threading
@@ -16,6 +17,8 @@ try:
     import gi
 
     gi.require_version("Atspi", "2.0")
+    if not shutil.which("openbox"):
+        raise ImportError("no openbox")
     from gi.repository import Atspi, Gio, GLib
     from Xlib import X
     from Xlib.protocol import event
@@ -269,14 +272,32 @@ class Window(common.WindowOnScreen):
 
     key = strike
 
-    def tell(self, kind, *data):
+    def tell(self, kind, *data, by=None):
         form = self.windows()[0]
-        data = [*data, 0, 0, 0, 0][:5]  # there is room for five numbers
-        form.send_event(event.ClientMessage(window=form, client_type=self.display.intern_atom(kind), data=(32, data)))
+        data = [*data, 0, 0, 0, 0, 0][:5]  # there is room for five numbers
+        message = event.ClientMessage(window=form, client_type=self.display.intern_atom(kind), data=(32, data))
+        (by or form).send_event(message, X.SubstructureRedirectMask if by else 0)
         self.display.flush()
 
     def close(self):
-        self.tell("WM_PROTOCOLS", self.display.intern_atom("WM_DELETE_WINDOW"))
+        if self.numbers(self.root(), "_NET_SUPPORTING_WM_CHECK"):
+            self.tell("_NET_CLOSE_WINDOW", by=self.root())
+        else:
+            self.tell("WM_PROTOCOLS", self.display.intern_atom("WM_DELETE_WINDOW"))
+
+    @contextlib.contextmanager
+    def covered(self):
+        """Behind another program, if there is a window manager."""
+        other = self.root().create_window(0, 0, 400, 400, 0, X.CopyFromParent)
+        other.map()
+        eventually(lambda: self.numbers(self.root(), "_NET_ACTIVE_WINDOW") == [other.id], "the other window in front")
+        yield
+        other.destroy()
+        self.display.sync()
+
+    def calls_for_attention(self):
+        atom = self.display.intern_atom("_NET_WM_STATE_DEMANDS_ATTENTION")
+        return atom in self.numbers(self.windows()[0], "_NET_WM_STATE")
 
     def end_session(self):
         self.process.terminate()

@@ -45,24 +45,47 @@ def screen(size, scale):
 class Window(common.WindowOnScreen):
     SCALES = (1, 1.5, 2)
 
-    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1):
+    def __init__(self, program, folder, *arguments, language="it", simulate="1", scale=1, traced=False):
         self.driver = pathlib.Path(program).with_name("window_driver.exe")
         region = {"it": "ITA", "en": "ENU"}[language]
         start("reg", "add", r"HKCU\Control Panel\International", "/v", "sLanguage", "/d", region, "/f").wait(60)
-        # Wine, which does nothing with what screen readers are told, says so at least.
+        if traced:
+            calls = "user32.FlashWindowEx;user32.MessageBeep"
+            start("reg", "add", r"HKCU\Software\Wine\Debug", "/v", "RelayInclude", "/d", calls, "/f").wait(60)
+        # Wine, which does nothing with what screen readers and the taskbar are told, says so at least.
         self.log = tempfile.NamedTemporaryFile()
         self.process = start(program, *arguments, folder=folder, log=self.log, VENTO_SIMULATE=simulate,
-                             WINEDEBUG="-all,fixme+oleacc")
+                             WINEDEBUG="-all,fixme+oleacc" + ",fixme+explorerframe,+relay" * traced)
         eventually(self.windows, "the window")
         for each in (3, scale) if scale != 1 else ():  # as if it had come to two other screens
             self.drive("lend", self.form()["handle"], WM_DPICHANGED, 0x10001 * int(96 * each),
                        *struct.pack("<4i", 10, 10, 400, 400))
 
+    def logged(self, pattern):
+        return re.findall(pattern, pathlib.Path(self.log.name).read_text(errors="replace"))
+
+    def received(self, message):
+        """The windows of a traced one that have had the message."""
+        return {str(int(handle, 16)) for handle in self.logged(rf"Call window proc \w+ \(hwnd=(\w+),msg={message},")}
+
+    @contextlib.contextmanager
+    def covered(self):
+        """Behind another program."""
+        other = start("notepad")
+        eventually(lambda: not self.focused(), "the other program in front")
+        yield
+        other.kill()
+        other.wait()
+
+    def calls_for_attention(self):
+        """Of a traced one. Wine has no taskbar: it only says that one was told of progress."""
+        calls = (r"SetProgressState .* flags 2", "SetProgressValue", r"Call user32.MessageBeep\(00000040\)", "Call user32.Flash")
+        return all(map(self.logged, calls))
+
     def told(self, what, controls):
         """What screen readers are told of these controls. Wine cuts off what is long."""
         pattern = rf'SetHwndPropStr \((\w+) \d+ 0 {{{what}}} L"(.*)"(?:\.\.\.)?\)'
-        log = pathlib.Path(self.log.name).read_text(errors="replace")
-        texts = {str(int(handle, 16)): text for handle, text in re.findall(pattern, log)}
+        texts = {str(int(handle, 16)): text for handle, text in self.logged(pattern)}
         letter = re.compile(r"\\([0-9a-f]{4}|.)")
 
         def plain(escaped):

@@ -17,6 +17,7 @@ from common import LABELS, eventually
 
 WINDOWS, WEB = (sys.argv[1].endswith(ending) for ending in (".exe", ".html"))
 QT = not WINDOWS and not WEB
+TRACED = {"traced": True} if WINDOWS else {}
 CAPTIONS = {"it": ["Leggi Programmazione", "CHIUDI", "APRI"], "en": ["CODE READING", "CLOSE", "OPEN"]}
 READING = CAPTIONS["it"][0]
 DIALOG = "Seleziona il file da aprire"
@@ -370,7 +371,7 @@ class WindowTest(common.Case):
         white, black, corner, yellow = (255, 255, 255), (0, 0, 0), (5, 5), (70, 220)
         edges = {"OPEN": (56, 160), "a column": (168, 160), "the bar": (64, 412), "its part that is done": (70, 412)}
         desktop = self.enterContext(Desktop()) if QT else None
-        window = self.open_slowly(20000)
+        window = self.open_slowly(20000, options=TRACED)
         window.press("PROGRAMMA")
         eventually(lambda: window.bar() and window.bar()[0] > 200, "the bar")
 
@@ -383,6 +384,8 @@ class WindowTest(common.Case):
         if WINDOWS:
             window.ask_for_contrast()
             check(black, black)
+            controls = {each["handle"] for each in window.form()["controls"]}
+            self.assertEqual(controls - window.received("WM_SYSCOLORCHANGE"), set())
         else:
             for scheme, ground in ((1, black), (0, white)):
                 desktop.change("color-scheme", scheme)
@@ -392,19 +395,22 @@ class WindowTest(common.Case):
             check(white, (255, 255, 0))
 
     @unittest.skipIf(WEB, "the browser's window")
-    def test_is_within_reach_on_a_small_screen(self):
-        options = self.enterContext(screen("800x480", 1.5))
-        window = self.open(self.programme(length=8), **options)
+    def test_is_within_reach_on_a_small_screen_and_calls_for_attention_from_behind_another_window(self):
+        window = self.open_slowly(500, options=self.enterContext(screen("800x480", 1.5)) | TRACED)
         _, (left, top, right, bottom), (width, height) = window.frame()
         if QT:
             left_edge, right_edge, title, bottom_edge = window.numbers(window.windows()[0], "_NET_FRAME_EXTENTS")
             left, top, right, bottom = left - left_edge, top - title, right + right_edge, bottom + bottom_edge
         self.assertTrue(0 <= left and right <= 800 and 0 <= top and bottom <= 480, window.frame())
         self.assertAlmostEqual(width / height, 618 / 447, delta=0.02)
-        self.assertGreater(height, 400)
+        self.assertGreater(height, 380)
         window.press("PROGRAMMA")
-        window.await_status(SUCCESS)
-        self.close(window)
+        with window.covered():
+            window.await_status(SUCCESS)
+            eventually(window.calls_for_attention, "the call for attention")
+        window.press("PROGRAMMA")
+        eventually(window.bar, "the bar")
+        self.close(window, self.file)
 
     @unittest.skipIf(WEB, "a scenario is dropped on the page")
     def test_says_what_it_can_not_do_with_a_scenario(self):
