@@ -1,4 +1,5 @@
 #include "fuzzing.h"
+#include "usb/report_exchange.h"
 
 namespace vento::fuzzing {
 namespace {
@@ -14,24 +15,20 @@ std::string Take(std::string_view& bytes) {
 /// Sends the bytes as reports, and reads whatever comes.
 void Exchange(simulator::SimulatedHidHost& host, std::string_view bytes) {
     while (!bytes.empty()) {
-        host.Search([&](std::string_view path) {
-            const auto answer = host.Open(path, [](platform::HidIdentity) { return true; });
-            if (answer.outcome != platform::OpenOutcome::opened) return true;
-            platform::Report report{};
-            for (std::size_t length = static_cast<unsigned char>(bytes.front()); !bytes.empty();) {
-                const std::size_t count =
-                    bytes.copy(reinterpret_cast<char*>(&report[1]), platform::kReportPayload);
-                bytes.remove_prefix(count);
-                host.Write(answer.handle, report);
-                if (length <= count) break;
-                length -= count;
-            }
-            for (int reads = 0; host.Read(answer.handle, report).whole && reads < 100; ++reads) {
-            }
-            host.Close(answer.handle);
-            return false;
-        });
-        if (!bytes.empty()) bytes.remove_prefix(1);
+        Link link(host, [](platform::HidIdentity) { return true; });
+        HidDevice device;
+        if (!OpenTransmitter(link, device).found) {
+            bytes.remove_prefix(1);
+            continue;
+        }
+        const std::size_t length = std::max<std::size_t>(static_cast<unsigned char>(bytes.front()), 1);
+        const std::size_t payloads = (length - 1) / platform::kReportPayload + 1;
+        const std::string_view frame = bytes.substr(0, payloads * platform::kReportPayload);
+        (void)WriteReports(device, {reinterpret_cast<const std::uint8_t*>(frame.data()), frame.size()});
+        bytes.remove_prefix(frame.size());
+        platform::Report report{};
+        for (int reads = 0; device.Read(report) && reads < 100; ++reads) {
+        }
     }
 }
 

@@ -8,6 +8,7 @@
 #include <functional>
 #include <iterator>
 #include <random>
+#include <thread>
 
 #include "codec/containers.h"
 #include "codec/decoder.h"
@@ -100,6 +101,14 @@ TEST(Codec, IsTheOracleOnTreesOfAllShapes) {
         }
         ExpectTheOracle(source);
     }
+}
+
+/// CTest runs this one under the thread sanitizer too.
+TEST(Codec, ServesTwoThreadsAtOnce) {
+    const Bytes source = Make(kKinds[3], 300000);
+    std::thread other([&] { ExpectTheOracle(source, 0, KeyArray(244, {1, 2})); });
+    ExpectTheOracle(source, 1);
+    other.join();
 }
 
 #if defined(__x86_64__) && defined(__linux__)

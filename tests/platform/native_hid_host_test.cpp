@@ -51,23 +51,23 @@ TEST_F(NativeReports, AreStillReadWhenTheDeviceHasGoneBehindThem) {
     host->Close(std::exchange(node.device, -1));
     const auto start = clock->Now();
     EXPECT_TRUE(Read());
-    EXPECT_FALSE(Read());
-    EXPECT_FALSE(Write());
-    EXPECT_LT(clock->Now() - start, 900ms) << "nobody waits for a device that has gone";
+    for (int i = 0; i < 10; ++i)
+        EXPECT_FALSE(Read() || Write());
+    EXPECT_LT(clock->Now() - start, 10s) << "nobody waits for a device that has gone";
 }
 
 TEST_F(NativeReports, AreGivenOneSecondAndTheNextOneIsNotLost) {
     auto start = clock->Now();
     EXPECT_FALSE(Read());
     EXPECT_GE(clock->Now() - start, 990ms);
-    EXPECT_LT(clock->Now() - start, 3s);
+    EXPECT_LT(clock->Now() - start, 10s);
     ASSERT_TRUE(test::Send(node, 64));
     EXPECT_TRUE(Read()) << "an earlier read has taken it";
     do {
         start = clock->Now();
     } while (Write());  // until there is no room any more
     EXPECT_GE(clock->Now() - start, 990ms);
-    EXPECT_LT(clock->Now() - start, 3s);
+    EXPECT_LT(clock->Now() - start, 10s);
     EXPECT_TRUE(std::ranges::equal(test::Receive(node), report));
     EXPECT_TRUE(Write());
 }

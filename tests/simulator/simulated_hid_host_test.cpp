@@ -89,12 +89,6 @@ TEST(Remote, KeepsToItsRulesAndStartsAgainAfterARefusal) {
         std::string_view scenario = R"({"remote": {"memory": {"256": [193, 194, 195], "65535": [1, 3]}}})";
     };
     const std::vector<Conversation> conversations = {
-        {"tells of itself", "165 = 0 165; 0 = 0 0; 4 = 0 4 3; 5 = 0 5 0 1 0 17 0 33; 6 = 0 6 196"},
-        {"is what the scenario says", "165 = 0 165; 6 = 0 6 7; 4 = 0 4 0; 5 = 0 5; 8 = 0 8; 5 = 0 5 255",
-         R"({"remote": {"version": 7, "sections": [], "free": 255, "arrivesAtPoll": 1}})"},
-        {"writes, verifies and reads a block",
-         "1 = 0 1; 1 0 6; 1 52 2 52 3 52 x4 = 0 78; 2 = 0 2; 1 0 0 2 = 0 88;"
-         "8 = 0 8; 1 = 0 1; 1 0 8 = 0 1 2 3 255 255 255 255 255"},
         {"wraps at the end of the memory",
          "1 = 0 1; 255 255 4; 10 52 11 52 x4 = 0 122; 8 = 0 8; 1 = 0 1; 255 255 3 /8 = 0 10 11 255;"
          "2 = 0 2; 255 255 0 1 = 0 127"},
