@@ -214,6 +214,69 @@ TEST(Wait, CountsTriesOfTenPollsAndGivesUpAfterThreeMinutesOfSilence) {
     EXPECT_EQ(bench.host.cycles, 200) << "a transmitter without a LinkFactor";
 }
 
+TEST(Wait, TakesTwoHundredRefusalsInARowAndNothingElseForTheRemotesAbsence) {
+    constexpr std::uint32_t kGone = kWait + 200;
+    const fault::Status refused{1};
+    const fault::Unplugged noTransmitter;
+    Workbench bench(
+        With({{kWait, kWait + 98, refused},  // an answer behind it, and no reply at all behind the next
+              {kWait + 100, kWait + 148, refused},
+              At(kWait + 149, fault::ReadFails{}),
+              {kWait + 150, kGone - 1, refused},
+              {kGone, kGone + 29, noTransmitter},
+              {kGone + 30, 99999, refused}}));
+    platform::Clock::Duration lookedFor{};
+    bench.desktop.onYield = [&](int) {
+        if (bench.host.cycles == kGone - 1) lookedFor -= bench.clock.now;
+        if (bench.host.cycles == kGone + 29) lookedFor += bench.clock.now;
+    };
+    bench.form.AwaitRemoval();
+    EXPECT_EQ(bench.Code(), 0);
+    EXPECT_EQ(bench.host.cycles, kGone + 29 + 200);
+    EXPECT_EQ(lookedFor, std::chrono::seconds(3)) << "ten times a second";
+}
+
+// The first cycle behind the wait without a transmitter, then each of the rest refused; in Italian, whose
+// texts are those of the other operations too.
+TEST(Failure, AVerificationTellsAtWhichStepItHasFailed) {
+    std::string said = "\n";
+    const auto verify = [&said](std::vector<Fault> faults) {
+        Workbench bench(With(std::move(faults)), Programme(3, 33));
+        bench.form.Command6_Click(0);
+        const auto before = static_cast<std::uint32_t>(bench.host.cycles);
+        bench.form.Verify();
+        const Sentence& diagnostic = bench.form.LatestOutcome()->diagnostic;
+        if (!diagnostic.Empty())
+            said += std::to_string(bench.Code()) + " " + diagnostic.In(Language::italian) + "\n";
+        return std::pair(before, static_cast<std::uint32_t>(bench.host.cycles));
+    };
+    const auto [before, end] = verify({});
+    for (const FaultKind& kind :
+         std::vector<FaultKind>{fault::Unplugged{}, fault::WriteFails{}, fault::ReadFails{}})
+        verify({At(before + kAfterWait, kind)});
+    for (std::uint32_t cycle = before + kAfterWait; cycle <= end; ++cycle)
+        verify({At(cycle, fault::Status{1})});
+    EXPECT_EQ(said, R"(
+12 Impossibile leggere la versione del telecomando: nessun trasmettitore trovato.
+12 Impossibile leggere la versione del telecomando: il trasmettitore non ha accettato i dati.
+12 Impossibile leggere la versione del telecomando: nessuna risposta.
+12 Impossibile leggere la versione del telecomando: la risposta aveva stato 1 e primo byte 6.
+6 Impossibile leggere il numero delle sezioni: la risposta aveva stato 1 e primo byte 4.
+5 Impossibile leggere le posizioni delle sezioni: la risposta aveva stato 1 e primo byte 5.
+21 Impossibile leggere lo stato delle sezioni: la risposta aveva stato 1 e primo byte 8.
+21 Impossibile leggere lo stato delle sezioni: la risposta aveva stato 1 e primo byte 5.
+18 TV: Verifica non riuscita: Il telecomando ha rifiutato la verifica: la risposta aveva stato 1 e primo byte 2.
+18 TV: Verifica non riuscita: il telecomando doveva rispondere con la somma di controllo 245, ma la risposta aveva stato 1 e primo byte 245.
+18 TV: Impossibile leggere il nome di una sezione: la risposta aveva stato 1 e primo byte 8.
+18 TV: Impossibile leggere il nome di una sezione: la risposta aveva stato 1 e primo byte 1.
+18 DTT: Verifica non riuscita: Il telecomando ha rifiutato la verifica: la risposta aveva stato 1 e primo byte 2.
+18 DTT: Verifica non riuscita: il telecomando doveva rispondere con la somma di controllo 171, ma la risposta aveva stato 1 e primo byte 171.
+18 DTT: Impossibile leggere il nome di una sezione: la risposta aveva stato 1 e primo byte 8.
+18 DTT: Impossibile leggere il nome di una sezione: la risposta aveva stato 1 e primo byte 1.
+11 Il telecomando non ha confermato la fine della comunicazione: la risposta aveva stato 1 e primo byte 0.
+)");
+}
+
 // Every kind of fault in every cycle of a run of three columns.
 TEST(Failure, NeverHangsAndTheNextRunIsGood) {
     const std::vector<FaultKind> kinds{fault::Unplugged{},   fault::Refused{},     fault::WriteFails{1},
