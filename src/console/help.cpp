@@ -96,11 +96,9 @@ constexpr Phrase kDescription{"Inserisce le tabelle di codici in un telecomando,
                               "Puts code tables into a remote control, and reads them back."};
 constexpr Phrase kOutputs{
     "I risultati vanno sullo standard output, tutto il resto sullo standard error. Ctrl-C annulla l'attesa "
-    "del "
-    "telecomando. I colori mancano dove NO_COLOR è impostata.",
+    "del telecomando. I colori mancano dove NO_COLOR è impostata.",
     "Results go to standard output, everything else to standard error. Ctrl-C cancels the wait for the "
-    "remote. "
-    "Colours are left out where NO_COLOR is set."};
+    "remote. Colours are left out where NO_COLOR is set."};
 
 // Puts a help text together, for one language and one width.
 class Page {

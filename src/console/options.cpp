@@ -23,8 +23,7 @@ constexpr std::array kCommonOptions{
                 Value::behindEquals,
                 {"SCENARIO", "SCENARIO"},
                 {"Lavora con un trasmettitore e un telecomando simulati, semplici o come dice il file "
-                 "SCENARIO, che può "
-                 "essere una traccia",
+                 "SCENARIO, che può essere una traccia",
                  "Work on a simulated transmitter and remote, plain or as the file SCENARIO says, which may "
                  "be a trace"},
                 [](Options& options, std::string_view value) {

@@ -174,11 +174,9 @@ class Search {
         } else if (Bytes(list) > kUsualSection) {
             Warn(line,
                  {"la lista {1} della colonna {0} ha {2} byte, più dei 4096 di una sezione usuale: può "
-                  "coprire la "
-                  "sezione seguente.",
+                  "coprire la sezione seguente.",
                   "list {1} of column {0} has {2} bytes, more than the 4096 of a usual section: it may run "
-                  "into "
-                  "the next one."},
+                  "into the next one."},
                  {kSections[column].name, letter, std::to_string(Bytes(list))});
         }
     }

@@ -11,10 +11,8 @@ Sentence AdviseOnPermission(HidBackEnd backEnd) {
         case HidBackEnd::hidraw:
             return Phrase{
                 "Il trasmettitore è collegato, ma non hai il permesso di aprirlo. Copia il file "
-                "60-vento.rules "
-                "di VENTO in /etc/udev/rules.d, scollega il trasmettitore e ricollegalo. La regola dà "
-                "accesso "
-                "all'utente che siede a questo computer, non a chi vi accede da un altro.",
+                "60-vento.rules di VENTO in /etc/udev/rules.d, scollega il trasmettitore e ricollegalo. La "
+                "regola dà accesso all'utente che siede a questo computer, non a chi vi accede da un altro.",
                 "The transmitter is connected, but you are not allowed to open it. Copy VENTO's file "
                 "60-vento.rules to /etc/udev/rules.d, unplug the transmitter and plug it in again. The rule "
                 "gives access to the user who sits at this computer, not to one who is logged in from "
@@ -22,33 +20,27 @@ Sentence AdviseOnPermission(HidBackEnd backEnd) {
         case HidBackEnd::windows:
             return Phrase{
                 "Il trasmettitore è collegato, ma Windows non ti permette di aprirlo. Chiedi a chi "
-                "amministra questo "
-                "computer di consentire l'accesso ai dispositivi HID, poi scollega il trasmettitore e "
-                "ricollegalo.",
+                "amministra questo computer di consentire l'accesso ai dispositivi HID, poi scollega il "
+                "trasmettitore e ricollegalo.",
                 "The transmitter is connected, but Windows does not let you open it. Ask whoever administers "
-                "this "
-                "computer to allow access to HID devices, then unplug the transmitter and plug it in again."};
+                "this computer to allow access to HID devices, then unplug the transmitter and plug it in "
+                "again."};
         case HidBackEnd::webHid:
             return Phrase{
                 "Il trasmettitore è collegato, ma il sistema non permette al browser di aprirlo. Su Linux "
-                "serve "
-                "la regola udev di VENTO, che questa pagina offre; un browser installato con Snap o Flatpak "
-                "ha "
-                "bisogno anche del permesso di usare i dispositivi HID. Poi scollega il trasmettitore e "
-                "ricollegalo.",
+                "serve la regola udev di VENTO, che questa pagina offre; un browser installato con Snap o "
+                "Flatpak ha bisogno anche del permesso di usare i dispositivi HID. Poi scollega il "
+                "trasmettitore e ricollegalo.",
                 "The transmitter is connected, but the system does not let the browser open it. On Linux "
-                "that "
-                "takes VENTO's udev rule, which this page offers; a browser installed by Snap or Flatpak "
-                "also "
-                "needs the permission to use HID devices. Then unplug the transmitter and plug it in again."};
+                "that takes VENTO's udev rule, which this page offers; a browser installed by Snap or "
+                "Flatpak also needs the permission to use HID devices. Then unplug the transmitter and plug "
+                "it in again."};
         case HidBackEnd::simulation:
             return Phrase{
                 "Lo scenario della simulazione vieta di aprire il trasmettitore: \"opens\" vale false oppure "
-                "un "
-                "guasto \"refused\" copre questa ricerca.",
+                "un guasto \"refused\" copre questa ricerca.",
                 "The scenario of the simulation does not let the transmitter be opened: its \"opens\" is "
-                "false, or "
-                "a fault \"refused\" covers this search."};
+                "false, or a fault \"refused\" covers this search."};
     }
     return {};
 }
@@ -82,8 +74,7 @@ Sentence AdviseOn(OpenOutcome outcome, HidBackEnd backEnd) {
         case OpenOutcome::busy:
             return Phrase{
                 "Il trasmettitore è collegato, ma un altro programma lo tiene per sé. Chiudi quel programma "
-                "e "
-                "riprova.",
+                "e riprova.",
                 "The transmitter is connected, but another program keeps it to itself. Close that program "
                 "and try again."};
         case OpenOutcome::held:
