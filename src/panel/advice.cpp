@@ -48,19 +48,20 @@ Sentence AdviseOnPermission(HidBackEnd backEnd) {
 // What is to be said of a column beside "written and verified", without its name.
 Sentence Complaint(const ColumnOutcome& column) {
     Sentence text;
-    if (column.selected && !column.verified) {
-        text = column.written
-                   ? Sentence(Phrase{"scritta, ma non verificata. ", "written, but not verified. "})
-                   : Sentence(Phrase{"non scritta: ", "not written: "});
+    const bool unproved = column.selected && !column.verified;
+    if (column.overwrittenBy) {
+        text += Fill({"sovrascritta dalla lista di {0}, che è troppo lunga per la sua parte di memoria",
+                      "overwritten by the list of {0}, which is too long for its part of the memory"},
+                     {kSections[*column.overwrittenBy].name});
+        text += unproved ? "; " : ".";
+    }
+    if (unproved) {
+        text += column.written
+                    ? Sentence(Phrase{"scritta, ma non verificata: ", "written, but not verified: "})
+                    : Sentence(Phrase{"non scritta: ", "not written: "});
         text += column.problem.Empty()
                     ? Sentence(Phrase{"il programma si è fermato prima.", "the run ended before it."})
                     : column.problem;
-    }
-    if (column.overwrittenBy) {
-        if (!text.Empty()) text += " ";
-        text += Fill({"sovrascritta dalla lista di {0}, che è troppo lunga per la sua parte di memoria.",
-                      "overwritten by the list of {0}, which is too long for its part of the memory."},
-                     {kSections[*column.overwrittenBy].name});
     }
     return text;
 }
