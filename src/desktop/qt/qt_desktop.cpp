@@ -4,12 +4,14 @@
 #include <QClipboard>
 #include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
 #include <QShortcut>
 #include <QThread>
+#include <QTreeView>
 
 #include "desktop/layout.h"
 #include "desktop/qt/look.h"
@@ -81,6 +83,11 @@ std::optional<std::string> QtDesktop::ChooseFile(std::string_view title, std::st
     dialog.setOption(QFileDialog::HideNameFilterDetails);
     dialog.setNameFilters(NameFilters(filter));
     dialog.resize(dialog.sizeHint().boundedTo(dialog.screen()->availableSize() - kWindowFrame));
+    // By itself the toolkit looks at the files alone, which may be narrower than what stands above them.
+    if (auto* const files = dialog.findChild<QTreeView*>("treeView")) {
+        for (int column = 1; column < files->header()->count(); ++column)
+            files->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+    }
     if (!latestFile_.isEmpty()) dialog.selectFile(latestFile_);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
     latestFile_ = dialog.selectedFiles().front();

@@ -412,7 +412,9 @@ void FormWindow::LookForTransmitter() {
     Refresh();
 }
 
+// The system hands on what a box was asked for help.
 void FormWindow::ShowDetails() {
+    if (::IsWindowEnabled(Handle()) == 0) return;
     if (HelpFor(form_) == Help::details) desktop_.ShowMessage(form_.Label1.Caption(), DetailsOf(form_));
 }
 
