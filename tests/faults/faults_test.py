@@ -75,13 +75,17 @@ def steady(content):
 
 
 class Run:
-    def __init__(self, case, template, environment=None):
+    """`failing`: what fails, by the names of the library's settings."""
+
+    def __init__(self, case, template, **failing):
         self.case = case
+        settings = {"FAILING_" + name.upper(): str(value) for name, value in failing.items()}
         with tempfile.TemporaryDirectory(prefix="faults-") as folder:
             shutil.copytree(template, folder, dirs_exist_ok=True)
             done = subprocess.run(
                 [*COMMAND, *case.arguments, "--language", "it"], cwd=folder, timeout=60, check=False,
-                env={**PLAIN_ENVIRONMENT, **(environment or {})}, stdin=subprocess.DEVNULL, capture_output=True,
+                env=PLAIN_ENVIRONMENT | settings | ({"LD_PRELOAD": os.environ["FAILING_CALLS"]} if failing else {}),
+                stdin=subprocess.DEVNULL, capture_output=True,
             )  # fmt: skip
             self.status, self.error = done.returncode, done.stderr.decode(errors="replace")
             self.output = steady(done.stdout)
@@ -107,16 +111,6 @@ class Faults(unittest.TestCase):
             for name in {"trace", "log", "dest"} & set(case.changes):
                 (template / name).write_text('{"old": 1}\n')
         return template, Run(case, template)
-
-    def count(self, case, template, points):
-        record = self.scratch / "record"
-        Run(case, template, self.environment(points, 0, False) | {"FAILING_RECORD": str(record)})
-        return record.read_text().splitlines()
-
-    @staticmethod
-    def environment(points, call, everything):
-        return {"LD_PRELOAD": os.environ["FAILING_CALLS"], "FAILING_POINTS": points, "FAILING_CALL": str(call)} | (
-            {"FAILING_ALL": "1"} if everything else {})  # fmt: skip
 
     def wrong_files(self, run, before, good):
         for name in sorted(before.files.keys() | run.files.keys()):
@@ -156,21 +150,20 @@ class Faults(unittest.TestCase):
 
     def try_all(self, points, calls_of=lambda names: range(1, len(names) + 1), behind=1):
         """`behind`: of how many calls one fails with all behind it too; 0 for none."""
-        found, count = [], 0
+        found, count, record = [], 0, self.scratch / "record"
         for case in CASES:
             template, good = self.prepare(case)
             before = Run(Case("version"), template)
-            names = self.count(case, template, points)
+            Run(case, template, points=points, call=0, record=record)
+            names = record.read_text().splitlines()
             calls = list(calls_of(names))
-            runs = [(call, False) for call in calls] + [(call, True) for call in (calls[::behind] if behind else [])]
-            environments = [self.environment(points, *run) for run in runs]
-            for (call, everything), run in zip(runs, self.pool.map(lambda e: Run(case, template, e), environments)):
+            runs = [{"call": call} for call in calls] + [{"call": call, "all": 1} for call in (calls[::behind] if behind else [])]
+            for which, run in zip(runs, self.pool.map(lambda each: Run(case, template, points=points, **each), runs)):
                 count += 1
                 problems = list(self.problems(run, before, good, points))
                 if problems:
-                    name = names[call - 1] if points != MEMORY else "of memory"
-                    found.append(f"{' '.join(case.arguments)}: call {call} {name}{' and all behind it' if everything else ''}: "
-                                 f"{problems}, status {run.status}\n  {run.error}")  # fmt: skip
+                    name = names[which["call"] - 1] if points != MEMORY else "of memory"
+                    found.append(f"{' '.join(case.arguments)}: {which} {name}: {problems}, status {run.status}\n  {run.error}")
         print(count, "runs", file=sys.stderr)
         self.assertGreater(count, 500, "the calls were not counted")
         self.assertFalse(found, "\n".join(found))

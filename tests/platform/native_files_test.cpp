@@ -99,10 +99,6 @@ TEST(NativeFiles, ReadsASettingsSectionAsFarAsItFits) {
         static_cast<void>(folder.Write("perché.ini", text));
         EXPECT_EQ(read(500), lines + '\0') << text;
     }
-    for (const std::size_t size : {497U, 498U}) {  // the most that fit into the first buffer of the panel
-        static_cast<void>(folder.Write("perché.ini", "[message]\n" + std::string(size - 1, 'a') + "\n"));
-        EXPECT_EQ(read(500), std::string(size - 1, 'a') + "\0\0"s) << size;
-    }
     const std::string whole = "ab=c\0de=f\0"s;
     static_cast<void>(folder.Write("perché.ini", "[message]\nab=c\nde=f\n"));
     EXPECT_EQ(read(12), whole + '\0');
