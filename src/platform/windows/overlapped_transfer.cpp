@@ -9,7 +9,7 @@ namespace {
 
 constexpr DWORD kBoundInMilliseconds = 1000;
 /// How long a transfer that was cancelled may take to end.
-constexpr DWORD kGraceInMilliseconds = 200;
+constexpr DWORD kCancelGraceInMilliseconds = 200;
 
 }  // namespace
 
@@ -68,7 +68,7 @@ ReportTransfer ReportTransfers::Complete(HANDLE device, BOOL begun) {
     if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) return {.error = static_cast<int>(error)};
     if (error == ERROR_IO_PENDING && !current_->EndsWithin(kBoundInMilliseconds)) {
         ::CancelIoEx(device, &current_->overlapped);
-        if (!current_->EndsWithin(kGraceInMilliseconds)) {
+        if (!current_->EndsWithin(kCancelGraceInMilliseconds)) {
             Retire();
             return {.error = WAIT_TIMEOUT};
         }

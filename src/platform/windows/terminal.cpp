@@ -18,7 +18,8 @@ namespace {
 constexpr int kSignalStatus = 128;  // added to a signal's number, as shells do
 constexpr std::size_t kUsualColumns = 80;
 constexpr std::size_t kStreamBuffer = 65536;
-constexpr DWORD kGraceInMilliseconds = 5000;  // as much as the system gives a program whose window is closed
+constexpr DWORD kClosingGraceInMilliseconds =
+    5000;  // as much as the system gives a program whose window is closed
 
 // All that the handler touches, which has a thread of its own.
 std::atomic<int> interrupts{0};
@@ -35,7 +36,7 @@ BOOL WINAPI OnControlEvent(DWORD event) {
         default:  // the console's window is closed, the user logs off: once this returns, the program is
                   // ended
             endStatus = kSignalStatus + SIGTERM;
-            ::Sleep(kGraceInMilliseconds);
+            ::Sleep(kClosingGraceInMilliseconds);
             return FALSE;
     }
 }
