@@ -30,6 +30,8 @@ PAIRS = ["true false", "min max", "front back", "first last", "starts_with ends_
 WORDS = {word: other for pair in map(str.split, PAIRS) for word, other in (pair, pair[::-1])}
 NO_CALL = {"if", "for", "while", "switch", "return", "catch", "sizeof", "alignof", "noexcept", "decltype", "operator",
            "static_assert", "explicit", "alignas", "requires", "assert"}  # fmt: skip
+SYMMETRIC = {"min", "max", "equal", "swap"}  # in the arguments that change places
+NO_OTHER = {"move", "forward"}  # a copy in the place of what they give is the same, only slower
 NO_EXPRESSION = {"return", "if", "for", "while", "switch", "case", "default", "const", "auto", "static", "constexpr",
                  "using", "struct", "class", "enum", "else", "do", "try", "catch", "throw", "template", "typename",
                  "public", "private", "protected", "friend", "goto", "extern", "namespace", "inline",
@@ -222,12 +224,12 @@ class Source:
         commas = [k for k in range(opened + 1, closed) if self._text(k) == "," and self._depth(k, opened) == 0]
         edges = [opened, *commas, closed]
         arguments = [(self.tokens[a + 1].start, self.tokens[b - 1].end) for a, b in zip(edges, edges[1:]) if b > a + 1]
-        for (a, b), (c, d) in zip(arguments, arguments[1:]):
+        for (a, b), (c, d) in zip(arguments, arguments[1:]) if self._text(i) not in SYMMETRIC else ():
             yield (a, d, self.source[c:d] + self.source[b:c] + self.source[a:b], "swapped arguments")
         first = i
         while self._text(first - 1) == "::":
             first -= 2
-        if arguments and self._text(first - 1) not in (".", "->", ";", "{", "}", ":", ")") and self._text(first - 1) != ",":
+        if arguments and self._text(i) not in NO_OTHER and self._text(first - 1) not in (".", "->", ";", "{", "}", ":", ")", ","):
             a, b = arguments[0]
             yield (self.tokens[first].start, self.tokens[closed].end, f"({self.source[a:b]})", "dropped call")
 

@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "chain/bench.h"
+#include "panel/advice.h"
 #include "panel/message_table.h"
 #include "protocol/transmitter_kinds.h"
 #include "protocol/wait_for_remote.h"
@@ -147,17 +148,27 @@ TEST(Failure, DataThatCannotBeWorkedWithStopItBeforeAnyHarm) {
     for (const auto& [name, programme, sections, code, frames] : cases) {
         Workbench bench(With({}, sections), programme);
         said += ExpectRun(bench, false, code, name);
+        const Sentence& diagnostic = bench.form.LatestOutcome()->diagnostic;
+        if (!diagnostic.Empty()) said += diagnostic.In(Language::italian) + "\n";
         EXPECT_EQ(bench.host.frames.size(), frames) << name;
     }
     EXPECT_EQ(said, R"(
 no label: No column with a label has a list B, which this remote takes.
+Nessuna colonna con un'etichetta ha una lista B, che questo telecomando richiede.
 no list B: No column with a label has a list B, which this remote takes.
+Nessuna colonna con un'etichetta ha una lista B, che questo telecomando richiede.
 bad piece in list B: List B of column TV, value 2: "" is not a number from 0 to 255. Correct the file and open it again.
+Lista B della colonna TV, valore 2: "" non è un numero da 0 a 255. Correggere il file e riaprirlo.
 bad piece in the list that is not wanted: List A of column TV, value 1: "256" is not a number from 0 to 255. Correct the file and open it again.
+Lista A della colonna TV, valore 1: "256" non è un numero da 0 a 255. Correggere il file e riaprirlo.
 one column without its list: Column TV has a label but no list for this remote, and others have. Complete the file and open it again.
+La colonna TV ha un'etichetta ma nessuna lista per questo telecomando, mentre altre l'hanno. Completare il file e riaprirlo.
 too many bytes: The selected lists together have 32768 bytes; 32767 is the most that can be sent.
+Le liste hanno in tutto 32768 valori; se ne possono trasmettere al massimo 32767.
 no sections: The remote says that it has 0 sections; 1 to 3 were expected.
+Il telecomando dichiara 0 sezioni; ne può avere da 1 a 3.
 a section beyond the end of the memory: The remote's memory has no room for the 33 bytes of column SAT.
+La memoria del telecomando non basta per i 33 valori della colonna SAT.
 )");
 }
 
@@ -283,6 +294,9 @@ TEST(Failure, NeverHangsAndTheNextRunIsGood) {
                                        fault::WriteFails{2}, fault::ReadFails{},   fault::Status{1},
                                        fault::Reply{},       fault::Flip{1, 0x80}, fault::Flip{0, 1},
                                        fault::Flip{2, 0xFF}};
+    constexpr std::size_t kRefused = 1;
+    const std::string refusal =
+        AdviseOn(platform::OpenOutcome::forbidden, platform::HidBackEnd::simulation).In(Language::english);
     const WordRuns whole{{256, WordsOf(33, 101)}, {4352, WordsOf(33, 111)}, {8448, WordsOf(33, 121)}};
     for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
         for (std::uint32_t cycle = 1; cycle <= kActivate + 2; ++cycle) {
@@ -290,8 +304,15 @@ TEST(Failure, NeverHangsAndTheNextRunIsGood) {
             Workbench bench(With({At(cycle, kinds[kind])}), Programme(7, 33));
             bench.form.Command6_Click(0);
             const auto& outcome = bench.form.LatestOutcome();
-            const bool told = !outcome || (bench.Code() == 0 && outcome->programming.Incomplete());
-            EXPECT_EQ(bench.desktop.messages.empty(), !told);
+            std::vector<std::string> told;
+            if (!outcome)
+                told = {kind == kRefused ? "Transmitter not connected\n" + refusal
+                                         : "Transmitter not connected"};
+            if (bench.Code() == 0 && outcome->programming.Incomplete()) {
+                const Sentence losses = DescribeLosses(outcome->programming);
+                told = {"The remote is not complete. Program again.\n" + losses.In(Language::english)};
+            }
+            EXPECT_EQ(bench.desktop.messages, told);
             EXPECT_FALSE(bench.form.ProgressBar1.Visible());
             EXPECT_FALSE(bench.form.Command6(3).Enabled());
             EXPECT_EQ(ExpectRun(bench, false, 0, "the next run"), "");

@@ -86,7 +86,8 @@ TEST(Open, LoadsOrSaysWhyNot) {
             EXPECT_EQ(bench.desktop.dialog, "Seleziona il file da aprire|File VENTO (*.qlb)|VENTO*.qlb|");
             EXPECT_EQ(bench.desktop.messages.size(), italian.empty() ? 0U : 1U);
             bench.desktop.messages.resize(1);
-            EXPECT_EQ(bench.desktop.messages[0], isItalian ? italian : english);
+            const std::string& said = isItalian ? italian : english;
+            EXPECT_EQ(bench.desktop.messages[0], said.empty() ? "" : said + "\nf.qlb");
         }
     }
 }
@@ -118,12 +119,18 @@ TEST(Operation, ShowsItsCourse) {
     EXPECT_EQ(seen,
               "off|on|Posizionare il||no bar 0 of 3|bar 0 of 3|bar 2 of 3|no bar 2 of 3|Programmazione|");
     EXPECT_EQ(bench.desktop.choices.size(), 1U);
+    EXPECT_EQ(bench.desktop.whyAwake, "") << "a simulation needs no machine that stays awake";
     EXPECT_EQ(form.ListView1[0].Items().front(), "Alfa");
     EXPECT_EQ(bench.Memory(), kWritten);
     seen.clear();
     form.Command2_Click();
     EXPECT_TRUE(seen.starts_with("off|Posizionare")) << "a read keeps the program button from being pressed";
     EXPECT_TRUE(seen.ends_with("|on|"));
+    bench.desktop.onYield = [](int) {};
+    FormWeb real({bench.host, bench.desktop, bench.files, bench.clock, platform::HidBackEnd::hidraw});
+    real.Language = "ITA";
+    real.Command2_Click();
+    EXPECT_EQ(bench.desktop.whyAwake, "Un telecomando viene programmato o letto.");
 }
 
 TEST(Operation, CancelWorksWhileAWaitRunsAndOnlyThen) {

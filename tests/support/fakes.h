@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -34,7 +35,8 @@ class FakeDesktop : public platform::Desktop {
   public:
     std::function<void(int)> onYield = [](int) {};  // gets the number of the yield, from 1
     int yields = 0;
-    std::vector<std::string> messages;
+    std::vector<std::string> messages;  // with their details behind a line feed, if they have any
+    std::string whyAwake;               // of all that were to keep the machine from sleeping
     std::deque<std::optional<std::string>> choices;  // of the file dialog, in order
     std::string dialog;                              // title and filter of the latest
     std::optional<std::string> language = "ENG";
@@ -42,7 +44,13 @@ class FakeDesktop : public platform::Desktop {
     int ends = 0;
 
     void Yield() override { onYield(++yields); }
-    void ShowMessage(std::string_view text, std::string_view) override { messages.emplace_back(text); }
+    void ShowMessage(std::string_view text, std::string_view details) override {
+        messages.push_back(std::string(text) + (details.empty() ? "" : "\n") + std::string(details));
+    }
+    std::unique_ptr<platform::SleepInhibitor> InhibitSleep(std::string_view reason) override {
+        whyAwake += reason;
+        return nullptr;
+    }
     std::optional<std::string> ChooseFile(std::string_view title, std::string_view filter) override {
         dialog = std::string(title) + "|" + std::string(filter);
         auto choice = choices.front();
