@@ -360,9 +360,9 @@ class WindowTest(common.Case):
             window.await_status("Errore")
             for ask in (lambda: window.press("F1: dettagli"), lambda: window.key("F1")):
                 ask()
-                if WINDOWS:  # where the system hands on what a box was asked for help
+                if not WEB:  # whoever does not see the box may ask once more
                     window.box()
-                    window.post(window.form(), WM_HELP)
+                    window.press("F1: dettagli")
                 status, details = [each for each in window.box() if each][:2]
                 self.assertIn("Errore", status)
                 self.assertIn(expected, details)
@@ -439,7 +439,7 @@ class WindowTest(common.Case):
 
 if __name__ == "__main__":
     if WINDOWS:
-        from win32 import SC_HOLD_CAPTION, SC_KEYMENU, WM_HELP, Window, native, screen
+        from win32 import SC_HOLD_CAPTION, SC_KEYMENU, Window, native, screen
     elif WEB:
         from web import Window, native
     else:

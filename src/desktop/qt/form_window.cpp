@@ -193,9 +193,10 @@ void FormWindow::DoHint() {
     }
 }
 
+// A screen reader reaches the button behind a box, too.
 void FormWindow::ShowDetails() {
     const std::string details = DetailsOf(form_);
-    if (form_.Operating() || details.empty()) return;
+    if (form_.Operating() || details.empty() || QApplication::activeModalWidget() != nullptr) return;
     desktop_.ShowMessage(form_.Label1.Caption(), details);
 }
 
