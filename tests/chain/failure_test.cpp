@@ -5,6 +5,7 @@
 #include "chain/bench.h"
 #include "panel/advice.h"
 #include "panel/message_table.h"
+#include "protocol/code_lists.h"
 #include "protocol/transmitter_kinds.h"
 #include "protocol/wait_for_remote.h"
 
@@ -125,6 +126,14 @@ read: count: The section count could not be read: the reply had status 1 and fir
 read: table: The section offsets could not be read: the reply had status 1 and first byte 5.
 read: release: The remote did not acknowledge the end of the conversation: the reply had status 1 and first byte 0.
 )");
+}
+
+TEST(CodeLists, PiecesAreNumbersFrom0To255) {
+    EXPECT_EQ(ParseCodeList(" 7 , 0000000042,0,255").bytes, (Bytes{7, 42, 0, 255}));
+    for (const std::string bad : {"", "1 2", "256", "4,-1", "1,2x", "1,,2", "1,255,"}) {
+        const ParsedCodeList list = ParseCodeList(bad);
+        EXPECT_EQ(list.bad ? list.bad->place : 0, list.bytes.size() + 1) << bad;
+    }
 }
 
 TEST(Failure, DataThatCannotBeWorkedWithStopItBeforeAnyHarm) {

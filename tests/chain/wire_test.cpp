@@ -80,6 +80,13 @@ TEST(Programming, WritesTheSelectedSectionsOfTheRightList) {
     }
 }
 
+TEST(Programming, TheActivationByteNamesTheFirstSectionInUse) {
+    for (const auto& [state, expected] : std::vector<std::pair<int, int>>{
+             {0x00, 0x00}, {0xE0, 0xE0}, {0x1F, 0x11}, {0xB0, 0xB2}, {0x70, 1}, {0xFF, 1}}) {
+        EXPECT_EQ(ActivationByte(static_cast<std::uint8_t>(state)), expected) << state;
+    }
+}
+
 TEST(ReadBack, ByteForByte) {
     Scenario scenario = With({}, {0x100, 0x200, 0x300});
     scenario.remote->contents.free = 32;

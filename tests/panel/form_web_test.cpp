@@ -224,42 +224,38 @@ TEST(Settings, AreReadWithABufferThatGrowsUntilTheSectionFits) {
     }
 }
 
-// The rows whose text is more than "Error" and the number behind the code's.
+// The codes whose texts, in Italian and in English, are more than "Error" and the number behind the code's.
 TEST(MessageTable, HasTheseTextsAndNothingForOtherCodes) {
-    const std::map<std::size_t, std::string_view> texts{
-        {0, "Programmazione eseguita con successo"},
-        {1, "Firmware Ok"},
-        {2, "Programmatore non collegato"},
-        {3, "Telecomando non rilevato, posizionare il telecomando di fronte al trasmettitore"},
-        {13, "Programmazione annullata"},
-        {15, "Si \xC3\xA8\xC2\x8F verificato un errore! Ripetere la programmazione"},
+    const std::map<std::size_t, std::array<std::string, 2>> texts{
+        {0, {"Programmazione eseguita con successo", "Operation succesfully completed"}},
+        {1, {"Firmware Ok", "Firmware Ok"}},
+        {2, {"Programmatore non collegato", "USB not connected"}},
+        {3,
+         {"Telecomando non rilevato, posizionare il telecomando di fronte al trasmettitore",
+          "Remote not detected, place the remote in front of the transmitter"}},
+        {13, {"Programmazione annullata", "Programming canceled"}},
+        {15,
+         {"Si \xC3\xA8\xC2\x8F verificato un errore! Ripetere la programmazione",
+          "Attention an error occurred! Repeat programming"}},
         {20,
-         "Posizionare il telecomando di fronte al trasmettitore entro 1 minuto. Sincronizzazione in corso"},
-        {22, "APRI"},
-        {23, "PROGRAMMA"},
-        {24, "Leggi Programmazione"},
-        {25, "CHIUDI"},
-        {26, "Operation succesfully completed"},
-        {27, "Firmware Ok"},
-        {28, "USB not connected"},
-        {29, "Remote not detected, place the remote in front of the transmitter"},
-        {39, "Programming canceled"},
-        {41, "Attention an error occurred! Repeat programming"},
-        {46,
-         "Place the remote control in front of the transmitter within 1 minute. Syncronization in progress"},
-        {48, "OPEN"},
-        {49, "PROGRAM"},
-        {50, "CODE READING"},
-        {51, "CLOSE"}};
+         {"Posizionare il telecomando di fronte al trasmettitore entro 1 minuto. Sincronizzazione in corso",
+          "Place the remote control in front of the transmitter within 1 minute. Syncronization in "
+          "progress"}},
+        {22, {"APRI", "OPEN"}},
+        {23, {"PROGRAMMA", "PROGRAM"}},
+        {24, {"Leggi Programmazione", "CODE READING"}},
+        {25, {"CHIUDI", "CLOSE"}}};
     for (std::size_t row = 0; row < 52; ++row) {
+        const std::size_t language = row / 26;
         const std::size_t code = row % 26;
         const auto [id, number, text] = MessageTable[row];
-        EXPECT_EQ(id, row < 26 ? "1" : "2") << row;
+        EXPECT_EQ(id, language == 0 ? "1" : "2") << row;
         EXPECT_EQ(number, std::to_string(code < 22 ? code : code - 22)) << row;
-        EXPECT_EQ(text, texts.contains(row) ? std::string(texts.at(row))
-                                            : (row < 26 ? "Errore " : "Error ") + std::to_string(code + 1));
+        const std::string error = (language == 0 ? "Errore " : "Error ") + std::to_string(code + 1);
+        EXPECT_EQ(text, texts.contains(code) ? texts.at(code).at(language) : error) << row;
         if (code < 22) {
-            EXPECT_EQ(MessageFor(ResultCode(code), row < 26 ? Language::italian : Language::english), text);
+            EXPECT_EQ(MessageFor(ResultCode(code), language == 0 ? Language::italian : Language::english),
+                      text);
         }
     }
     for (const int code : {22, 25, 26, 51, 99, 100, 255})
