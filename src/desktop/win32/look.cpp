@@ -16,7 +16,7 @@ namespace {
 constexpr Colour kBorder{118, 124, 132};  // 4:1 on white
 constexpr Colour kDimmed{110, 116, 125};
 
-// Space around the text of a button, in twips.
+// Space beside a text, in twips.
 constexpr int kCaptionMargin = 90;
 constexpr int kSmallestFont = 100;
 
@@ -148,7 +148,7 @@ OwnedFont MakeFittingFont(const Font& font, int dotsPerInch, const std::wstring&
         RECT needed{0, 0, room.cx - 2 * margin, 0};
         ::DrawTextW(canvas.get(), text.c_str(), -1, &needed, DT_CALCRECT | DT_WORDBREAK);
         ::SelectObject(canvas.get(), old);
-        const bool fits = needed.right <= room.cx - 2 * margin && needed.bottom <= room.cy - margin;
+        const bool fits = needed.right <= room.cx - 2 * margin && needed.bottom <= room.cy;
         if (fits || smaller.height <= kSmallestFont) return made;
     }
 }
