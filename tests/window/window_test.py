@@ -402,7 +402,8 @@ class WindowTest(common.Case):
         window = self.open_slowly(500, options=self.enterContext(screen("800x480", 1.5)) | TRACED)
         _, (left, top, right, bottom), (width, height) = window.frame()
         if QT:
-            left_edge, right_edge, title, bottom_edge = window.numbers(window.windows()[0], "_NET_FRAME_EXTENTS")
+            left_edge, right_edge, title, bottom_edge = eventually(
+                lambda: window.numbers(window.windows()[0], "_NET_FRAME_EXTENTS"), "the frame")
             left, top, right, bottom = left - left_edge, top - title, right + right_edge, bottom + bottom_edge
         self.assertTrue(0 <= left and right <= 800 and 0 <= top and bottom <= 480, window.frame())
         self.assertAlmostEqual(width / height, 618 / 447, delta=0.02)
