@@ -101,7 +101,7 @@ class WindowOnScreen(Window):
             xtest.fake_input(self.display, kind, 1)
             self.display.sync()
 
-    def strike(self, chord):
+    def key(self, chord):
         codes = [self.display.keysym_to_keycode(XK.string_to_keysym(key)) for key in chord.split("+")]
         for kind, each in ((X.KeyPress, codes), (X.KeyRelease, reversed(codes))):
             for code in each:

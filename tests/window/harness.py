@@ -265,12 +265,10 @@ class Window(common.WindowOnScreen):
         self.windows()[-1].set_input_focus(X.RevertToParent, X.CurrentTime)
         self.display.sync()
 
-    def strike(self, chord):
+    def key(self, chord):
         self.activate()
         time.sleep(0.05)
-        super().strike(chord)
-
-    key = strike
+        super().key(chord)
 
     def tell(self, kind, *data, by=None):
         form = self.windows()[0]

@@ -12,9 +12,7 @@ import tempfile
 import common
 from common import eventually
 
-KEYS = {"Tab": 9, "Return": 13, "Escape": 27, "space": 32, "F1": 112}
-WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_KEYDOWN, WM_KEYUP, WM_SYSCHAR, WM_SYSCOMMAND, WM_DROPFILES, WM_DPICHANGED = (
-    0x10, 0x16, 0xF5, 0x100, 0x101, 0x106, 0x112, 0x233, 0x2E0)
+WM_CLOSE, WM_ENDSESSION, BM_CLICK, WM_SYSCOMMAND, WM_DROPFILES, WM_DPICHANGED = 0x10, 0x16, 0xF5, 0x112, 0x233, 0x2E0
 CLASSES = {"list": "ListBox", "progress bar": "msctls_progress32"}
 ACCESSIBLE_NAME, ACCESSIBLE_DESCRIPTION = "608d3df8-8128-4aa7-a428-f55e49267291", "4d48dfe4-bd3f-491f-a648-492d6f20c588"
 SC_HOLD_CAPTION, SC_KEYMENU = 0xF012, 0xF100
@@ -175,12 +173,6 @@ class Window(common.WindowOnScreen):
 
     def focus(self):
         return "".join(each["text"] for each in self.focused())
-
-    def key(self, chord):
-        *alt, key = chord.split("+")
-        control, = eventually(self.focused, "the focus")
-        for message, flags in [(WM_SYSCHAR, 1 << 29)] if alt else [(WM_KEYDOWN, 1), (WM_KEYUP, 3 << 30 | 1)]:
-            self.post(control, message, KEYS.get(key) or ord(key if alt else key.upper()), flags)
 
     def enter_loop(self, command):
         """Has the system run a loop of its own in place of the program's: for the title bar, or for a menu."""

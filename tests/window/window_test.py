@@ -94,10 +94,10 @@ class WindowTest(common.Case):
         window.await_status(READ)
         window.picture("read")
         if not WEB:  # where it is the browser's business
-            window.strike("Control_L+c")
+            window.key("Control_L+c")
             eventually(lambda: window.copied() == READ, "all of the status")
             window.drag_mouse((200, 357), (450, 357))
-            window.strike("Control_L+c")
+            window.key("Control_L+c")
             eventually(lambda: window.copied() == READ.split("\n")[1], "what is selected")
         self.close(window, file)
 
