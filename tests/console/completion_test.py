@@ -60,7 +60,8 @@ class Completion(ConsoleTest):
     @unittest.skipUnless(shutil.which("zsh"), "no zsh")
     def test_zsh(self):
         shell = pexpect.spawn(
-            "zsh", ["-f", "-i"], cwd=self.folder, dimensions=(24, 200), env={**PLAIN_ENVIRONMENT, "ZDOTDIR": str(self.folder)},
+            "zsh", ["-f", "-i"], cwd=self.folder, dimensions=(24, 200), timeout=120,
+            env={**PLAIN_ENVIRONMENT, "ZDOTDIR": str(self.folder)},
         )  # fmt: skip
         self.addCleanup(shell.close, force=True)
 
