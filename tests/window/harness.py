@@ -20,7 +20,7 @@ try:
     if not shutil.which("openbox"):
         raise ImportError("no openbox")
     from gi.repository import Atspi, Gio, GLib
-    from Xlib import X
+    from Xlib import X, display
     from Xlib.protocol import event
 except (ImportError, ValueError) as missing:
     print("skipped:", missing)
@@ -59,12 +59,16 @@ def environment(**variables):
 def screen(size, scale):
     """Another screen, with a window manager; what a window there is opened with."""
     reading, writing = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24", "-nolisten", "tcp"],
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", size + "x24", "-nolisten", "tcp", "-noreset"],
                               pass_fds=[writing], stderr=subprocess.DEVNULL)
     try:
         name = f":{int(os.read(reading, 10))}"
         manager = subprocess.Popen(["openbox"], env=environment(DISPLAY=name), stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL)
+        watched = display.Display(name)  # one that comes later than a window may lose it
+        sign = watched.intern_atom("_NET_SUPPORTING_WM_CHECK")
+        eventually(lambda: watched.screen().root.get_full_property(sign, X.AnyPropertyType), "the window manager")
+        watched.close()
         yield {"DISPLAY": name, "scale": scale}
     finally:
         for process in (manager, server):
