@@ -14,7 +14,7 @@
 namespace vento::console {
 namespace {
 
-constexpr Phrase kOverwritten{"La traccia sovrascriverebbe {0}.", "The trace would overwrite {0}."};
+constexpr Phrase kOverwritten{"Verrebbe sovrascritto {0}.", "{0} would be overwritten."};
 
 simulator::Scenario ScenarioFor(const Options& options) {
     if (!options.simulate->empty()) return simulator::LoadScenario(*options.simulate);
@@ -43,7 +43,9 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
     if (!options.simulate) return nullptr;
     try {
         const simulator::Scenario scenario = ScenarioFor(options);
-        if (options.trace) RequireOther(*options.trace, Utf8FromPath(scenario.image), kOverwritten);
+        for (const auto& written : {options.trace, options.log}) {
+            if (written) RequireOther(*written, Utf8FromPath(scenario.image), kOverwritten);
+        }
         return std::make_unique<simulator::SimulatedHidHost>(scenario, clock);
     } catch (const storage::ContentError& error) {
         throw Failure(kUnusableInput, About(*options.simulate, error));

@@ -78,7 +78,9 @@ RunLog::RunLog(const Options& options, platform::Files& files) : options_(option
     constexpr Phrase kSame{"Il registro è lo stesso file di {0}.", "The log is the same file as {0}."};
     for (const std::string& argument : options_.arguments)
         RequireOther(*options_.log, argument, kSame);
-    if (options_.trace) RequireOther(*options_.log, *options_.trace, kSame);
+    for (const auto& other : {options_.trace, options_.simulate}) {
+        if (other) RequireOther(*options_.log, *other, kSame);
+    }
     try {
         digest_ = Sha256(files.ReadAll(options_.Argument(0), kLargestProgramme));
     } catch (const platform::FileError& error) {

@@ -1,6 +1,7 @@
 """What the console program answers: statuses, the JSON object of every command, words on both outputs, the trace."""
 
 import hashlib
+import itertools
 import json
 import os
 import pathlib
@@ -351,11 +352,11 @@ class Files(ConsoleTest):
             for arguments in (["check", EXAMPLE], ["devices", "--json"], ["--help"]):
                 self.assertIn("can't be written", self.run_console(73, *arguments, stdout=full)[1])
 
-    def test_a_trace_never_overwrites_what_is_read_nor_does_a_log_the_programme(self):
+    def test_neither_a_trace_nor_a_log_overwrites_what_is_read(self):
         path = self.file("VENTO-x.qlb", programme())
         simulate = self.simulate(image="image.json")
         self.run_console(0, "program", path, simulate)
-        for option, victim in (("--trace", path), ("--log", path), ("--trace", "scenario.json"), ("--trace", "image.json")):
+        for option, victim in itertools.product(("--trace", "--log"), (path, "scenario.json", "image.json")):
             before = (self.folder / victim).read_bytes()
             self.run_console(64, "program", path, simulate, option, victim)
             self.assertEqual((self.folder / victim).read_bytes(), before)

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "platform/native_node.h"
 #include "platform/windows/files.h"
@@ -12,6 +14,7 @@
 #include "platform/windows/hid_host.h"
 #include "platform/windows/text.h"
 #include "support/scratch_folder.h"
+#include "text/encoding.h"
 
 namespace vento::test {
 
@@ -91,6 +94,66 @@ TEST(HidIdentity, IsReadFromThePathOfAUsbInterface) {
     }
     EXPECT_TRUE(IsKeyboardPath(R"(\\?\hid#vid_2b11&pid_0001&mi_00#7&1a#{4d1e55b2}\KBD)"));
     EXPECT_FALSE(IsKeyboardPath("kbd"));
+}
+
+// An interface of the HID class in the system's list, by the keys of the registry that the list is made of.
+class ListedInterface {
+  public:
+    explicit ListedInterface(const std::wstring& path) {
+        Set(kClass, L"DeviceInstance", L"ROOT\\VENTO\\0000");
+        Set(std::wstring(kClass) + L"\\#", L"SymbolicLink", path);
+        Set(std::wstring(kDevice) + L"\\0000", L"ClassGUID", L"{745a17a0-74d3-11d0-b6fe-00a0c90f57da}");
+        constexpr DWORD kLinked = 1;
+        const std::wstring control = std::wstring(kClass) + L"\\#\\Control";
+        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, control.c_str(), L"Linked", REG_DWORD, &kLinked,
+                          sizeof kLinked);
+    }
+    ListedInterface(const ListedInterface&) = delete;
+    ListedInterface& operator=(const ListedInterface&) = delete;
+    ~ListedInterface() {
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, kClass);
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, kDevice);
+    }
+
+  private:
+    static constexpr const wchar_t* kClass =
+        LR"(System\CurrentControlSet\Control\DeviceClasses\{4d1e55b2-f16f-11cf-88cb-001111000030}\##?#VENTO)";
+    static constexpr const wchar_t* kDevice = LR"(System\CurrentControlSet\Enum\ROOT\VENTO)";
+
+    static void Set(const std::wstring& key, const wchar_t* name, const std::wstring& value) {
+        const auto size = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
+        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, REG_SZ, value.c_str(), size);
+    }
+};
+
+TEST(WindowsHidHost, SaysWhyWhatIsListedCannotBeOpened) {
+    const test::ScratchFolder folder;
+    const std::string path = folder.Path("vid_04d8&pid_0001");
+    const auto isTransmitter = [](HidIdentity identity) { return identity.vendorId == 0x04D8; };
+    const auto nobody = [](HidIdentity) { return false; };
+    WindowsHidHost host;
+    const ListedInterface listed(Wide(path));
+    const auto expect = [&](OpenOutcome outcome, Presence presence) {
+        std::vector<std::string> found;
+        host.Search([&](std::string_view each) { return found.emplace_back(each), true; });
+        EXPECT_TRUE(std::ranges::any_of(found, [&](const auto& each) { return SameButForCase(each, path); }));
+        const OpenAnswer answer = host.Open(path, isTransmitter);
+        EXPECT_EQ(answer.outcome, outcome);
+        EXPECT_NE(answer.error, 0);
+        EXPECT_EQ(answer.identity, (HidIdentity{0x04D8, 1}));
+        EXPECT_EQ(host.Detect(isTransmitter), presence);
+        EXPECT_EQ(host.Detect(nobody), Presence::absent);
+    };
+    expect(OpenOutcome::failed, Presence::absent);
+    {
+        const OwnedHandle another(
+            ::CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+        expect(OpenOutcome::busy, Presence::inUse);
+    }
+    expect(OpenOutcome::failed, Presence::absent);  // it is no HID device
+    ::DeleteFileW(Wide(path).c_str());
+    ::CreateDirectoryW(Wide(path).c_str(), nullptr);  // which nobody opens as a file
+    expect(OpenOutcome::forbidden, Presence::forbidden);
 }
 
 TEST(WindowsHidHold, KeepsOneInterfaceFromAllOthersUntilItsEnd) {
