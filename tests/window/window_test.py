@@ -400,10 +400,11 @@ class WindowTest(common.Case):
     @unittest.skipIf(WEB, "the browser's window")
     def test_is_within_reach_on_a_small_screen_and_calls_for_attention_from_behind_another_window(self):
         window = self.open_slowly(500, options=self.enterContext(screen("800x480", 1.5)) | TRACED)
-        _, (left, top, right, bottom), (width, height) = window.frame()
         if QT:
             left_edge, right_edge, title, bottom_edge = eventually(
                 lambda: window.numbers(window.windows()[0], "_NET_FRAME_EXTENTS"), "the frame")
+        _, (left, top, right, bottom), (width, height) = window.frame()
+        if QT:
             left, top, right, bottom = left - left_edge, top - title, right + right_edge, bottom + bottom_edge
         self.assertTrue(0 <= left and right <= 800 and 0 <= top and bottom <= 480, window.frame())
         self.assertAlmostEqual(width / height, 618 / 447, delta=0.02)
