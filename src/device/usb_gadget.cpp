@@ -1,6 +1,7 @@
 #include "device/usb_gadget.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -129,6 +130,18 @@ std::vector<std::string> Controllers() {
     return names;
 }
 
+std::string StateOf(const std::string& controller) {
+    return fs::path(kControllers) / controller / "state";
+}
+
+/// The state, open and read, so that poll(2) tells from now on that it has changed.
+platform::FileDescriptor WatchState(const std::string& controller) {
+    platform::FileDescriptor state(::open(StateOf(controller).c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, 32> text{};
+    if (!state.IsOpen() || ::read(state.Number(), text.data(), text.size()) < 0) Fail(StateOf(controller));
+    return state;
+}
+
 bool IsFree(const std::string& controller) {
     return Line(fs::path(kControllers) / controller / "function").empty();
 }
@@ -214,6 +227,7 @@ void UsbGadget::Build(const Setup& setup) {
     if (setup.keyboardFirst) AddFunction(folder_, {"hid.keyboard", kKeyboardDescriptor, 8, true});
     constexpr std::string_view kTransmitter = "hid.transmitter";
     AddFunction(folder_, {kTransmitter, kReportDescriptor, platform::kReportPayload, false});
+    state_ = WatchState(controller_);
     Write(folder_ + "/UDC", controller_);
     reports_ = OpenNode(folder_ + "/functions/" + std::string(kTransmitter));
 }
@@ -224,7 +238,9 @@ UsbGadget::~UsbGadget() {
 }
 
 std::optional<std::string> UsbGadget::Place() const {
-    if (Line(fs::path(kControllers) / controller_ / "state") != "configured") return std::nullopt;
+    // Until the host resets its port a controller goes on naming the state that the gadget before was in.
+    pollfd state{.fd = state_.Number(), .events = POLLPRI, .revents = 0};
+    if (::poll(&state, 1, 0) < 1 || Line(StateOf(controller_)) != "configured") return std::nullopt;
     return controller_;
 }
 

@@ -54,6 +54,7 @@ class UsbGadget final : public KernelDevice {
 
     std::string controller_;
     std::string folder_;                ///< of the gadget in configfs
+    platform::FileDescriptor state_;    ///< of the controller, as read before the device was plugged in
     platform::FileDescriptor reports_;  ///< the node of the HID function
 };
 
