@@ -135,10 +135,11 @@ class Machine {
                         "the list of a proved column is in the remote");
         }
         if (outcome.code != ResultCode::success) return;
+        const std::string losses = DescribeLosses(outcome.programming).In(Language::english);
+        const std::string box = kIncompleteProgramming.In(Language::english) + "\n";
         const auto& messages = desktop_.messages;  // cancelling may have told of a missing transmitter
-        const std::string incomplete = kIncompleteProgramming.In(Language::english);
-        const bool told = !messages.empty() && messages.back() == incomplete;
-        Require(told == !DescribeLosses(outcome.programming).Empty() && (told || !lost),
+        const bool told = !messages.empty() && messages.back().starts_with(box);
+        Require(losses.empty() ? !told && !lost : told && messages.back() == box + losses,
                 "what is lost is told of");
         Require(host_.Harmed(begin_) || outcome.programming.closed,
                 "a run with a good transmitter is closed");
