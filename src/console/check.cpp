@@ -116,7 +116,8 @@ std::string DescribeList(const CheckedList& each, Language language) {
     if (each.list.bad) return text + Phrase{"non utilizzabile", "not usable"}.In(language) + "\n";
     const std::string bytes = std::to_string(each.list.bytes.size());
     text += std::string(bytes.size() < 5 ? 5 - bytes.size() : 0, ' ') + bytes;
-    text += Phrase{" byte  ", " bytes  "}.In(language) + Pad(DecodeName(each.list.bytes), kNameLength);
+    text += Fill({" byte  ", " {0:byte |bytes}  "}, {bytes}).In(language) +
+            Pad(DecodeName(each.list.bytes), kNameLength);
     return text + Phrase{"  riga ", "  line "}.In(language) + std::to_string(each.line) + "\n";
 }
 

@@ -82,7 +82,9 @@ void RunEncode(const Console& console, Answer& answer) {
         output->Save(container, answer);
         answer.fields["bytesOut"] = container.size();
     });
-    output->Tell(Counts(answer, {"{0} byte codificati in {1}", "{0} bytes encoded in {1}"}), answer);
+    output->Tell(
+        Counts(answer, {"{0} byte {0:codificato|codificati} in {1}", "{0} {0:byte|bytes} encoded in {1}"}),
+        answer);
 }
 
 void RunDecode(const Console& console, Answer& answer) {
@@ -104,10 +106,12 @@ void RunDecode(const Console& console, Answer& answer) {
         if (tools.key == nullptr) answer.fields["result"] = uncoded;
         answer.fields["bytesOut"] = bytes.size();
     });
-    const Sentence counts =
-        Counts(answer, uncoded ? Phrase{"{0} byte decodificati in {1}, non erano compressi",
-                                        "{0} bytes decoded to {1}, they were not compressed"}
-                               : Phrase{"{0} byte decodificati in {1}", "{0} bytes decoded to {1}"});
+    const Sentence counts = Counts(
+        answer,
+        uncoded
+            ? Phrase{"{0} byte {0:decodificato|decodificati} in {1}, non {0:era compresso|erano compressi}",
+                     "{0} {0:byte|bytes} decoded to {1}, which {0:was|were} not compressed"}
+            : Phrase{"{0} byte {0:decodificato|decodificati} in {1}", "{0} {0:byte|bytes} decoded to {1}"});
     if (output) {
         output->Tell(counts, answer);
     } else {
@@ -122,16 +126,17 @@ constexpr std::array kForms{"foreign", "stored", "coded"};
 Sentence Describe(const codec::ContainerInfo& info) {
     const auto text = [](std::uint64_t number) { return std::to_string(number); };
     if (info.form == codec::Form::foreign)
-        return Fill({"nessun contenitore, {0} byte", "no container, {0} bytes"}, {text(info.containerSize)});
+        return Fill({"nessun contenitore, {0} byte", "no container, {0} {0:byte|bytes}"},
+                    {text(info.containerSize)});
     if (info.form == codec::Form::stored) {
         return Fill({"contenitore con i byte come sono: {0} byte in {1}",
-                     "container with the bytes as they are: {0} bytes in {1}"},
+                     "container with the bytes as they are: {0} {0:byte|bytes} in {1}"},
                     {text(info.sourceLength), text(info.containerSize)});
     }
     return Fill({"contenitore compresso: {0} byte in {1}\nsomma di controllo {2}\n"
-                 "tabella di {3} valori, codici da {4} a {5} bit; i dati cominciano al byte {6}",
-                 "coded container: {0} bytes in {1}\nchecksum {2}\n"
-                 "table of {3} values, codes of {4} to {5} bits; the data begin at byte {6}"},
+                 "tabella di {3} {3:valore|valori}, codici da {4} a {5} bit; i dati cominciano al byte {6}",
+                 "coded container: {0} {0:byte|bytes} in {1}\nchecksum {2}\n"
+                 "table of {3} {3:value|values}, codes of {4} to {5} bits; the data begin at byte {6}"},
                 {text(info.sourceLength), text(info.containerSize), text(info.checksum), text(info.symbols),
                  text(info.shortestCode), text(info.longestCode), text(info.dataOffset + 1)});
 }

@@ -100,11 +100,11 @@ Comparison CompareLists(const std::string& textA, const std::string& textB) {
         if (result.different++ == 0) result.place = i + 1;
     }
     result.same = a.bytes == b.bytes;
-    result.text =
-        Fill({"{0} byte e {1}", "{0} bytes and {1}"}, {Number(a.bytes.size()), Number(b.bytes.size())});
+    result.text = Fill({"{0} byte e {1}", "{0} {0:byte|bytes} and {1}"},
+                       {Number(a.bytes.size()), Number(b.bytes.size())});
     if (result.different > 0) {
-        result.text += Fill({", {0} diversi, il primo al posto {1}: {2} e {3}",
-                             ", {0} differ, the first at place {1}: {2} and {3}"},
+        result.text += Fill({", {0} {0:diverso|diversi}, il primo al posto {1}: {2} e {3}",
+                             ", {0} {0:differs|differ}, the first at place {1}: {2} and {3}"},
                             {Number(result.different), Number(result.place),
                              Number(a.bytes[result.place - 1]), Number(b.bytes[result.place - 1])});
     } else {

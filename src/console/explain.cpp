@@ -29,7 +29,8 @@ std::string CyclesOf(const ExplainedStep& step) {
 
 Sentence AnswerOf(const ExplainedStep& step) {
     if (step.exchange.kind != FrameKind::presence) return step.answer;
-    return Fill({"{0} interrogazioni, {1} con risposta buona", "{0} polls, {1} of them answered well"},
+    return Fill({"{0} {0:interrogazione|interrogazioni}, {1} con risposta buona",
+                 "{0} {0:poll|polls}, {1} answered well"},
                 {std::to_string(step.count), std::to_string(step.good)});
 }
 

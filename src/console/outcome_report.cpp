@@ -18,10 +18,10 @@ ordered_json OrNull(const std::optional<Value>& value) {
 Sentence DescribeLine(const ProgrammingOutcome& outcome, std::size_t column, const Sentence& fate) {
     const ColumnOutcome& each = outcome.columns.at(column);
     if (!each.HasPlace() || !outcome.list) return Labelled(kSections.at(column).name, fate);
-    return Fill(
-        {"{0} (lista {1}, {2} byte dalla parola {3}): {4}", "{0} (list {1}, {2} bytes from word {3}): {4}"},
-        {kSections.at(column).name, std::string(1, *outcome.list), std::to_string(each.bytes),
-         std::to_string(*each.offset), fate});
+    return Fill({"{0} (lista {1}, {2} byte dalla parola {3}): {4}",
+                 "{0} (list {1}, {2} {2:byte|bytes} from word {3}): {4}"},
+                {kSections.at(column).name, std::string(1, *outcome.list), std::to_string(each.bytes),
+                 std::to_string(*each.offset), fate});
 }
 
 }  // namespace

@@ -220,7 +220,8 @@ void Operate(const Console& console, ConsoleMachine& machine, FormWeb& form, Ans
     answer.fields["seconds"] = answer.fields["seconds"].get<double>() + seconds.count();
     Conclude(form, machine, console, answer);
     console.notices.Detail(
-        Fill({"Codice {0}, {1} cicli sul collegamento, {2} ms", "Code {0}, {1} cycles on the link, {2} ms"},
+        Fill({"Codice {0}, {1} {1:ciclo|cicli} sul collegamento, {2} ms",
+              "Code {0}, {1} {1:cycle|cycles} on the link, {2} ms"},
              {std::to_string(answer.status), std::to_string(machine.Hid().Cycles()),
               std::to_string(std::chrono::round<std::chrono::milliseconds>(seconds).count())}));
 }

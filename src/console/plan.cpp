@@ -157,12 +157,13 @@ Sentence DescribePlanned(const PlannedRun& run, std::size_t c) {
     } else if (!column.offset) {
         text = Labelled(name, column.problem);
     } else {
-        text = Fill(
-            {"{0}: lista {1}, {2} byte in {3} blocchi e {4} frame, dalla parola {5}, che ha posto per {6}",
-             "{0}: list {1}, {2} bytes in {3} blocks and {4} frames, from word {5}, which has room for {6}"},
-            {name, std::string(1, run.outcome.list.value_or('?')), std::to_string(column.bytes),
-             std::to_string(plan.blocks), std::to_string(plan.frames), std::to_string(*column.offset),
-             std::to_string(plan.room)});
+        text = Fill({"{0}: lista {1}, {2} byte in {3} {3:blocco|blocchi} e {4} frame, dalla parola {5}, che "
+                     "ha posto per {6}",
+                     "{0}: list {1}, {2} {2:byte|bytes} in {3} {3:block|blocks} and {4} {4:frame|frames}, "
+                     "from word {5}, which has room for {6}"},
+                    {name, std::string(1, run.outcome.list.value_or('?')), std::to_string(column.bytes),
+                     std::to_string(plan.blocks), std::to_string(plan.frames), std::to_string(*column.offset),
+                     std::to_string(plan.room)});
     }
     if (column.overwrittenBy) {
         text += Fill({"; la lista di {0} la sovrascriverebbe", "; the list of {0} would overwrite it"},
@@ -186,7 +187,7 @@ void Report(const Console& console, const PlannedRun& run, const SequenceResult&
     answer.fields["bytes"] = run.bytes;
     answer.fields["frames"] = run.frames;
     answer.text = Fill({"{0}, telecomando di versione {1}: {2} byte, {3} frame\n",
-                        "{0}, remote of version {1}: {2} bytes, {3} frames\n"},
+                        "{0}, remote of version {1}: {2} {2:byte|bytes}, {3} {3:frame|frames}\n"},
                        {console.options.Argument(0), VersionText(run.outcome.version.value()),
                         std::to_string(run.bytes), std::to_string(run.frames)})
                       .In(language);

@@ -136,8 +136,7 @@ FrameKind ReadFrame(RecordedExchange& exchange, const FrameKinds& due) {
 }
 
 Sentence WordCount(std::size_t count) {
-    return Fill(count == 1 ? Phrase{"{0} parola", "{0} word"} : Phrase{"{0} parole", "{0} words"},
-                {std::to_string(count)});
+    return Fill({"{0} {0:parola|parole}", "{0} {0:word|words}"}, {std::to_string(count)});
 }
 
 }  // namespace
@@ -212,7 +211,7 @@ Sentence DescribeArguments(const RecordedExchange& exchange) {
             return Fill({"{1} da {0}", "{1} from {0}"},
                         {std::to_string(WordOf(sent)), std::to_string(sent[2])});
         case FrameKind::blockHeader:
-            return Fill({"{1} byte di dati da {0}", "{1} bytes of data from {0}"},
+            return Fill({"{1} byte di dati da {0}", "{1} {1:byte|bytes} of data from {0}"},
                         {std::to_string(WordOf(sent)), std::to_string(sent[2])});
         case FrameKind::blockData:
             return WordCount(sent.size() / 2);
@@ -221,7 +220,7 @@ Sentence DescribeArguments(const RecordedExchange& exchange) {
                 {"da {0}, {1} in tutto", "from {0}, {1} in all"},
                 {std::to_string(WordOf(sent)), std::to_string(WordOf(std::span(sent).subspan(2)) + 1U)});
         case FrameKind::unknown:
-            return Fill({"{0} byte", "{0} bytes"}, {std::to_string(exchange.frame.size())});
+            return Fill({"{0} byte", "{0} {0:byte|bytes}"}, {std::to_string(exchange.frame.size())});
         default:
             return {};
     }

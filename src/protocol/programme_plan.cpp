@@ -70,8 +70,8 @@ SequenceResult ProgrammePlan::PlaceColumns(const SectionOffsets& offsets) {
         if (c < offsets.count) {
             column.offset = offsets.words[c];
         } else if (column.selected) {
-            column.problem = Fill({"questo telecomando ha {0} sezioni, nessuna per {1}.",
-                                   "this remote has {0} sections, and none for {1}."},
+            column.problem = Fill({"questo telecomando ha {0} {0:sezione|sezioni}, nessuna per {1}.",
+                                   "this remote has {0} {0:section|sections}, and none for {1}."},
                                   {std::to_string(offsets.count), kSections[c].name});
         }
     }

@@ -23,16 +23,31 @@ Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values) {
     Sentence filled;
     for (std::size_t i = 0; i < kLanguageCount; ++i) {
         const auto language = static_cast<Language>(i);
-        const std::string text = pattern.In(language);
-        std::string_view rest = text;
+        std::string& text = filled.texts_[i];
+        std::string_view rest = pattern.View(language);
         for (auto at = rest.find('{'); at != std::string_view::npos; at = rest.find('{')) {
-            const bool isPlace = at + 2 < rest.size() && rest[at + 2] == '}' && rest[at + 1] >= '0' &&
-                                 rest[at + 1] < '0' + static_cast<int>(values.size());
-            filled.texts_[i] += rest.substr(0, isPlace ? at : at + 1);
-            if (isPlace) filled.texts_[i] += (values.begin() + (rest[at + 1] - '0'))->In(language);
-            rest.remove_prefix(isPlace ? at + 3 : at + 1);
+            text += rest.substr(0, at);
+            rest.remove_prefix(at);
+            const std::string_view place = rest.substr(0, rest.find('}') + 1);
+            const bool hasValue = place.size() > 2 && place[1] >= '0' &&
+                                  place[1] < '0' + static_cast<int>(values.size()) &&
+                                  (place[2] == '}' || place[2] == ':');
+            if (!hasValue) {
+                text += '{';
+                rest.remove_prefix(1);
+                continue;
+            }
+            const std::string& value = (values.begin() + (place[1] - '0'))->In(language);
+            if (place[2] == '}') {
+                text += value;
+            } else {
+                const std::string_view words = place.substr(3, place.size() - 4);
+                const auto bar = words.find('|');
+                text += value == "1" ? words.substr(0, bar) : words.substr(bar + 1);
+            }
+            rest.remove_prefix(place.size());
         }
-        filled.texts_[i] += rest;
+        text += rest;
     }
     return filled;
 }

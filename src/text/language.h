@@ -58,7 +58,8 @@ class Sentence {
     std::array<std::string, kLanguageCount> texts_;
 };
 
-/// `pattern` with each "{0}" to "{9}" replaced by the value of that index. An index without a value stays as
+/// `pattern` with each "{0}" to "{9}" replaced by the value of that index, and each "{0:byte|bytes}" by the
+/// first of the two words where that value is "1", by the second elsewhere. An index without a value stays as
 /// it stands.
 [[nodiscard]] Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values);
 
