@@ -139,7 +139,9 @@ class Program(ConsoleTest):
         whole = programme(40)
         path, image = self.file("VENTO-x.qlb", whole), self.folder / "image.json"
         simulate = self.simulate(image=str(image))
-        self.assertEqual(self.run_json(18, "verify", path, simulate)["columns"][1]["outcome"]["lost"], True)
+        answer = self.run_json(18, "verify", path, simulate, "--language=it")
+        self.assertEqual(answer["message"], "Il telecomando non contiene questo programma")
+        self.assertTrue(answer["columns"][1]["outcome"]["lost"])
         self.run_console(0, "program", path, simulate)
         written = image.read_text()
         out, _ = self.run_console(0, "verify", path, simulate, "--language=it")
