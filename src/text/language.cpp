@@ -26,26 +26,18 @@ Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values) {
         std::string& text = filled.texts_[i];
         std::string_view rest = pattern.View(language);
         for (auto at = rest.find('{'); at != std::string_view::npos; at = rest.find('{')) {
+            const auto end = rest.find('}', at);
+            const std::string_view place = rest.substr(at + 1, end - at - 1);
+            const std::string& value = std::data(values)[place.at(0) - '0'].In(language);
             text += rest.substr(0, at);
-            rest.remove_prefix(at);
-            const std::string_view place = rest.substr(0, rest.find('}') + 1);
-            const bool hasValue = place.size() > 2 && place[1] >= '0' &&
-                                  place[1] < '0' + static_cast<int>(values.size()) &&
-                                  (place[2] == '}' || place[2] == ':');
-            if (!hasValue) {
-                text += '{';
-                rest.remove_prefix(1);
-                continue;
-            }
-            const std::string& value = (values.begin() + (place[1] - '0'))->In(language);
-            if (place[2] == '}') {
+            if (place.size() == 1) {
                 text += value;
             } else {
-                const std::string_view words = place.substr(3, place.size() - 4);
+                const std::string_view words = place.substr(2);
                 const auto bar = words.find('|');
                 text += value == "1" ? words.substr(0, bar) : words.substr(bar + 1);
             }
-            rest.remove_prefix(place.size());
+            rest.remove_prefix(end + 1);
         }
         text += rest;
     }

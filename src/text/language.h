@@ -58,9 +58,8 @@ class Sentence {
     std::array<std::string, kLanguageCount> texts_;
 };
 
-/// `pattern` with each "{0}" to "{9}" replaced by the value of that index, and each "{0:byte|bytes}" by the
-/// first of the two words where that value is "1", by the second elsewhere. An index without a value stays as
-/// it stands.
+/// `pattern` with each "{0}" to "{9}" replaced by the value of that index, which there has to be, and each
+/// "{0:byte|bytes}" by the first of the two words where that value is "1", by the second elsewhere.
 [[nodiscard]] Sentence Fill(const Phrase& pattern, std::initializer_list<Sentence> values);
 
 /// "name: text"
