@@ -125,9 +125,10 @@ constexpr std::array kForms{"foreign", "stored", "coded"};
 
 Sentence Describe(const codec::ContainerInfo& info) {
     const auto text = [](std::uint64_t number) { return std::to_string(number); };
-    if (info.form == codec::Form::foreign)
+    if (info.form == codec::Form::foreign) {
         return Fill({"nessun contenitore, {0} byte", "no container, {0} {0:byte|bytes}"},
                     {text(info.containerSize)});
+    }
     if (info.form == codec::Form::stored) {
         return Fill({"contenitore con i byte come sono: {0} byte in {1}",
                      "container with the bytes as they are: {0} {0:byte|bytes} in {1}"},
