@@ -94,6 +94,7 @@ TEST(Failure, EachStepHasItsCode) {
         said += ExpectRun(bench, c.read, c.code, c.name);
         if (c.closing == 0) continue;
         EXPECT_EQ(std::ranges::count(bench.host.frames, CommandFrame(c.closing, 2)), 1) << c.name;
+        if (c.closing == 224) said += bench.form.LatestOutcome()->diagnostic.In(Language::italian) + "\n";
     }
     EXPECT_EQ(said, R"(
 gone at the second look: No transmitter was found.
@@ -105,7 +106,9 @@ version with another echo: The remote's version could not be read: the reply had
 count refused: The section count could not be read: the reply had status 1 and first byte 4.
 table lost: The section offsets could not be read: no reply came.
 a transfer refused: TV: not written: Block 1: The remote refused another block: the reply had status 1 and first byte 1.
+TV: non scritta: Blocco 1: Il telecomando non ha accettato un nuovo blocco: la risposta aveva stato 1 e primo byte 1.
 a block's checksum wrong: TV: not written: Block 1: checksum 108 was expected, but the reply had status 0 and first byte 44.
+TV: non scritta: Blocco 1: il telecomando doveva rispondere con la somma di controllo 108, ma la risposta aveva stato 0 e primo byte 44.
 every transfer fails: TV: not written: Block 1: checksum 108 was expected, but the reply had status 0 and first byte 44.
 DTT: not written: Block 1: checksum 28 was expected, but the reply had status 0 and first byte 92.
 SAT: not written: Block 1: checksum 204 was expected, but the reply had status 0 and first byte 140.
@@ -208,6 +211,7 @@ TEST(Wait, CountsTriesOfTenPollsAndGivesUpAfterThreeMinutesOfSilence) {
         {"never there, first kind", 1240, {kWait, kEver, refused}, 20000, 3},
         {"never there, second kind", 11025, {kWait, kEver, refused}, 10000, 3},
         {"silent", 11025, {kWait, kEver, fault::ReadFails{}}, 180, 3, 1},
+        {"silent behind the first poll", 11025, {kWait + 1, kEver, fault::ReadFails{}}, 182, 3, 1},
         {"not silent, however long it takes", 11025, {kWait, kEver, refused}, 10000, 3, 1}};
     for (const Case& c : cases) {
         Scenario scenario = With({c.fault});

@@ -115,9 +115,12 @@ TEST(Operation, ShowsItsCourse) {
         form.DropFile("other.qlb");
         EXPECT_EQ(bench.host.cycles, cycles);
     };
-    form.Command6_Click(0);
-    EXPECT_EQ(seen,
-              "off|on|Posizionare il||no bar 0 of 3|bar 0 of 3|bar 2 of 3|no bar 2 of 3|Programmazione|");
+    for (int run = 0; run < 2; ++run) {
+        seen.clear();
+        form.Command6_Click(0);
+        EXPECT_EQ(seen,
+                  "off|on|Posizionare il||no bar 0 of 3|bar 0 of 3|bar 2 of 3|no bar 2 of 3|Programmazione|");
+    }
     EXPECT_EQ(bench.desktop.choices.size(), 1U);
     EXPECT_EQ(bench.desktop.whyAwake, "") << "a simulation needs no machine that stays awake";
     EXPECT_EQ(form.ListView1[0].Items().front(), "Alfa");
