@@ -47,6 +47,7 @@ class Explain(TraceTest):
         self.record(0, "read", remote={"free": 96, "memory": {"256": [193, 194, 195]}})
         out = self.run_console(0, "explain", "trace.jsonl", "--language", "it")[0]
         self.assertIn('parole da leggere, 8 da 256: nome "ABC', out)
+        self.assertIn("temporizzazione del collegamento, primo tipo: senza risposta", out)
         self.assertIn("segni delle sezioni libere (8, 5): libere: DTT, SAT", out)
         self.assertTrue(out.endswith("L'operazione è finita qui.\n"), out)
 

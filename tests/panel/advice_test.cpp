@@ -61,7 +61,7 @@ TEST(Advice, TellsOfEachColumnWhatHasBecomeOfIt) {
     ProgrammingOutcome outcome;
     EXPECT_TRUE(DescribeLosses(outcome).Empty()) << "nothing is selected";
     outcome.columns = {columns[4], columns[0], columns[3]};
-    said += InBoth(DescribeLosses(outcome));
+    said += InBoth(kIncompleteProgramming) + InBoth(DescribeLosses(outcome));
     EXPECT_EQ(said, R"(
 non selezionata
 not selected
@@ -87,6 +87,8 @@ sovrascritta dalla lista di DTT, che è troppo lunga per la sua parte di memoria
 overwritten by the list of DTT, which is too long for its part of the memory; not written: the run ended before it.
 non è nel telecomando: la verifica si è fermata prima.
 is not in the remote: the verification ended before it.
+Il telecomando non è completo. Ripetere la programmazione.
+The remote is not complete. Program again.
 TV: sovrascritta dalla lista di DTT, che è troppo lunga per la sua parte di memoria.
 SAT: non scritta: Problema.
 Il telecomando non ha confermato la fine della programmazione.
