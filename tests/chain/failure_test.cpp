@@ -55,6 +55,7 @@ TEST(Failure, EachStepHasItsCode) {
     constexpr std::uint32_t kCodes = kAfterWait + 4 + 10;        // second conversation of a read
     const std::vector<Case> cases{
         {"gone at the second look", {At(2, gone)}, 2},
+        {"refused at the second look", {At(2, fault::Refused{})}, 2},
         {"gone before the timing", {At(3, gone)}, 9},
         {"timing lost on the way", {At(3, fault::WriteFails{})}, 0},
         {"gone during the wait", {{kWait, 30000, gone}}, 3},
@@ -92,12 +93,16 @@ TEST(Failure, EachStepHasItsCode) {
     for (const Case& c : cases) {
         Workbench bench(With(c.faults), Programme(7, 33));
         said += ExpectRun(bench, c.read, c.code, c.name);
+        if (c.closing == 224 || c.code == 2)
+            said += bench.form.LatestOutcome()->diagnostic.In(Language::italian) + "\n";
         if (c.closing == 0) continue;
         EXPECT_EQ(std::ranges::count(bench.host.frames, CommandFrame(c.closing, 2)), 1) << c.name;
-        if (c.closing == 224) said += bench.form.LatestOutcome()->diagnostic.In(Language::italian) + "\n";
     }
     EXPECT_EQ(said, R"(
 gone at the second look: No transmitter was found.
+Non è stato trovato alcun trasmettitore.
+refused at the second look: The scenario of the simulation does not let the transmitter be opened: its "opens" is false, or a fault "refused" covers this search.
+Lo scenario della simulazione vieta di aprire il trasmettitore: "opens" vale false oppure un guasto "refused" copre questa ricerca.
 gone before the timing: The transmitter was gone before it could take the link timing.
 gone during the wait: No remote answered 10 polls in a row; at the last poll no transmitter was found.
 version refused: The remote's version could not be read: the reply had status 1 and first byte 6.
