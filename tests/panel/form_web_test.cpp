@@ -36,8 +36,8 @@ TEST(StartUp, TakesTheCommandLineAndTheLanguage) {
         EXPECT_EQ(form.Command6(0).Caption() + "|" + form.Command4.Caption() + "|" + form.Command2.Caption() +
                       "|" + form.Command3.Caption(),
                   captions);
-        EXPECT_EQ(form.Place.left, 14400 - 4635);
-        EXPECT_EQ(form.Place.top, 8100 - 3352);
+        EXPECT_EQ(std::tuple(form.Place.left, form.Place.top, form.Place.width, form.Place.height),
+                  std::tuple(14400 - 4635, 8100 - 3352, 9270, 6705));
         EXPECT_FALSE(form.ProgressBar1.Visible());
         EXPECT_TRUE(bench.desktop.messages.empty()) << "a bad command line is passed over in silence";
     }
