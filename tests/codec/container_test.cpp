@@ -39,8 +39,8 @@ TEST(Decode, TakesOrRefusesTheseContainers) {
          "The container ends at offset 15, within its code area"},
         {"wrong sum", FromHex("4D41330D 02 02000000 0200 6101 6201 02 02"), "",
          "The data might be corrupted (checksum did not match expected value)"},
-        {"no such branch", FromHex("4D41330D 00 05000000 0200 6101 6202 02 3A"), "",
-         "The data do not fit their code, at bit 4 of offset 16"}};
+        {"no such branch", FromHex("4D41330D 00 05000000 0200 6101 6202 02 D4"), "",
+         "The data do not fit their code, at bit 7 of offset 16"}};
     for (const auto& [name, container, decoded, said] : cases) {
         const Outcome outcome = DecodeWithClass(container);
         EXPECT_EQ(outcome.said, said) << name;

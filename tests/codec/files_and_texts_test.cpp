@@ -159,6 +159,7 @@ TEST_F(CodecFiles, CostNoMoreThanTheirDataCanGive) {
     EXPECT_FALSE(codec.DecodeFile(folder.Write("claims", claims), decoded));
     EXPECT_EQ(decoded.size(), 16U);
     EXPECT_EQ(clsHuffman::DecodeBound({reinterpret_cast<const std::uint8_t*>(claims.data()), 18}), 144U);
+    EXPECT_EQ(clsHuffman::DecodeBound(std::array<std::uint8_t, 7>{'M', 'A', '0', '\r'}), 3U);
     EXPECT_LE(decoded.capacity(), 64U);
 }
 
