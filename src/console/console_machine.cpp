@@ -14,7 +14,14 @@
 namespace vento::console {
 namespace {
 
-constexpr Phrase kOverwritten{"Verrebbe sovrascritto {0}.", "{0} would be overwritten."};
+constexpr Phrase kSameAsLog{"Il registro è lo stesso file di {0}.", "The log is the same file as {0}."};
+
+// Nothing that a run writes beside its results is `other`. Throws Failure.
+void RequireOutputsOther(const Options& options, const std::string& other) {
+    constexpr Phrase kOverwritten{"Verrebbe sovrascritto {0}.", "{0} would be overwritten."};
+    if (options.trace) RequireOther(*options.trace, other, kOverwritten);
+    if (options.log) RequireOther(*options.log, other, kSameAsLog);
+}
 
 simulator::Scenario ScenarioFor(const Options& options) {
     if (!options.simulate->empty()) return simulator::LoadScenario(*options.simulate);
@@ -43,9 +50,7 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
     if (!options.simulate) return nullptr;
     try {
         const simulator::Scenario scenario = ScenarioFor(options);
-        for (const auto& written : {options.trace, options.log}) {
-            if (written) RequireOther(*written, Utf8FromPath(scenario.image), kOverwritten);
-        }
+        RequireOutputsOther(options, Utf8FromPath(scenario.image));
         return std::make_unique<simulator::SimulatedHidHost>(scenario, clock);
     } catch (const storage::ContentError& error) {
         throw Failure(kUnusableInput, About(*options.simulate, error));
@@ -54,11 +59,13 @@ std::unique_ptr<simulator::SimulatedHidHost> MakeSimulatedHost(const Options& op
     }
 }
 
+// The first of the files that a run writes, so that all of them are looked at here.
 std::optional<TraceFile> MakeTrace(const Options& options, platform::Clock& clock) {
-    if (!options.trace) return std::nullopt;
     for (const std::string& argument : options.arguments)
-        RequireOther(*options.trace, argument, kOverwritten);
-    if (options.simulate) RequireOther(*options.trace, *options.simulate, kOverwritten);
+        RequireOutputsOther(options, argument);
+    if (options.simulate) RequireOutputsOther(options, *options.simulate);
+    if (!options.trace) return std::nullopt;
+    if (options.log) RequireOther(*options.log, *options.trace, kSameAsLog);
     return std::optional<TraceFile>(std::in_place, *options.trace, clock);
 }
 

@@ -7,7 +7,6 @@
 #include <cstdint>
 
 #include "console/failure.h"
-#include "console/input.h"
 #include "platform/native.h"
 #include "programme/loader.h"
 #include "protocol/commands.h"
@@ -75,12 +74,6 @@ std::string Sha256(std::string_view bytes) {
 
 RunLog::RunLog(const Options& options, platform::Files& files) : options_(options) {
     if (!options_.log) return;
-    constexpr Phrase kSame{"Il registro è lo stesso file di {0}.", "The log is the same file as {0}."};
-    for (const std::string& argument : options_.arguments)
-        RequireOther(*options_.log, argument, kSame);
-    for (const auto& other : {options_.trace, options_.simulate}) {
-        if (other) RequireOther(*options_.log, *other, kSame);
-    }
     try {
         digest_ = Sha256(files.ReadAll(options_.Argument(0), kLargestProgramme));
     } catch (const platform::FileError& error) {
